@@ -1,0 +1,24 @@
+# One place for what every target shares: warnings, the include root, sanitizers.
+
+add_library(sentrel_options INTERFACE)
+target_compile_options(sentrel_options INTERFACE -Wall -Wextra -Wpedantic -Werror)
+target_include_directories(sentrel_options INTERFACE "${CMAKE_SOURCE_DIR}/src")
+if(SENTREL_SANITIZE)
+    target_compile_options(sentrel_options INTERFACE
+        "-fsanitize=${SENTREL_SANITIZE}" -fno-omit-frame-pointer -fno-sanitize-recover=all)
+    target_link_options(sentrel_options INTERFACE "-fsanitize=${SENTREL_SANITIZE}")
+endif()
+
+# sentrel_room(NAME SOURCES a.cpp ... DEPENDS lib ...): a static library for one room.
+function(sentrel_room name)
+    cmake_parse_arguments(ROOM "" "" "SOURCES;DEPENDS" ${ARGN})
+    add_library(${name} STATIC ${ROOM_SOURCES})
+    target_link_libraries(${name} PUBLIC sentrel_options ${ROOM_DEPENDS})
+endfunction()
+
+# sentrel_program(NAME SOURCES a.cpp ... DEPENDS lib ...): an executable in build/<preset>/bin.
+function(sentrel_program name)
+    cmake_parse_arguments(PROGRAM "" "" "SOURCES;DEPENDS" ${ARGN})
+    add_executable(${name} ${PROGRAM_SOURCES})
+    target_link_libraries(${name} PRIVATE sentrel_options ${PROGRAM_DEPENDS})
+endfunction()

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string_view>
+
+namespace Platform {
+
+/// The system log (NSLog; on Linux the datagram socket /dev/log, see syslog(3)).
+class SystemLog {
+  public:
+    virtual ~SystemLog() = default;
+
+    /// Writes one entry. `text` is UTF-8 and may hold line breaks; it is logged whole, never used as a format. When the
+    /// log cannot be reached, the entry goes to standard error. May be called on any thread.
+    virtual void log(std::string_view text) = 0;
+};
+
+}  // namespace Platform

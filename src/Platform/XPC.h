@@ -1,0 +1,131 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+#include "Base/Coder.h"
+#include "Base/KeyedUnarchiver.h"
+#include "Base/URL.h"
+#include "Platform/Error.h"
+
+namespace Platform {
+
+class XPCObject;
+
+/// One argument of a message. A list of coded objects travels as an archive, an object as a proxy.
+using XPCValue = std::variant<std::string, std::int32_t, Base::URL, Base::CodedObjectList, std::shared_ptr<XPCObject>>;
+
+enum class XPCArgumentKind : std::uint8_t { string, int32, url, codedObjects, object };
+
+struct XPCInterface;
+
+/// One argument as an interface declares it.
+struct XPCArgument {
+    XPCArgumentKind kind;
+    /// For codedObjects: what may be in the list.
+    Base::AllowedClasses allowed{};
+    /// For object: what the proxy understands.
+    std::shared_ptr<const XPCInterface> proxy{};
+};
+
+/// One method of a protocol.
+struct XPCMethod {
+    std::string_view selector;
+    std::vector<XPCArgument> arguments;
+    /// Whether the sender waits for an answer: a completion block whose one argument is an optional error.
+    bool replies = false;
+};
+
+/// A protocol as it goes over a connection (NSXPCInterface): its methods and what may travel in each argument.
+struct XPCInterface {
+    std::string_view protocolName;
+    std::vector<XPCMethod> methods;
+};
+
+/// Completion of a method that replies. To be called once, on any thread.
+using XPCReply = std::function<void(const std::optional<Error>& error)>;
+
+/// Something that understands the messages of one protocol: an exported object, or the proxy of one on the other side.
+class XPCObject {
+  public:
+    virtual ~XPCObject() = default;
+
+    [[nodiscard]] virtual std::string_view protocolName() const = 0;
+
+    /// Delivers one message. `reply` is empty unless the method replies. An exported object is called on the
+    /// connection's own thread, one message at a time, with arguments that fit the interface. A proxy returns at once
+    /// (a synchronous one, for a method that replies, when the reply or the error handler has run) and reports no
+    /// failure to its caller: the connection's handlers do.
+    virtual void message(std::string_view selector, std::vector<XPCValue> arguments, XPCReply reply) = 0;
+};
+
+/// One connection to a peer (NSXPCConnection). Handlers and exported objects are called on the connection's own thread.
+class XPCConnection {
+  public:
+    /// Invalidates.
+    virtual ~XPCConnection() = default;
+
+    /// Before resume: what the remote object understands.
+    virtual void setRemoteObjectInterface(XPCInterface interface) = 0;
+    /// Before resume: the object that answers the peer's messages. The connection shares its ownership.
+    virtual void setExportedObject(XPCInterface interface, std::shared_ptr<XPCObject> object) = 0;
+    /// Called once: the service does not exist or refused the peer, a message was refused, or invalidate was called.
+    virtual void setInvalidationHandler(std::function<void()> handler) = 0;
+    /// Called when the peer has gone away while the connection was in use.
+    virtual void setInterruptionHandler(std::function<void()> handler) = 0;
+    /// Starts delivery. Always succeeds; an unreachable service shows when something is sent.
+    virtual void resume() = 0;
+    virtual void invalidate() = 0;
+    /// A proxy for the remote object, without an error handler. Null without a remote interface.
+    [[nodiscard]] virtual std::shared_ptr<XPCObject> remoteObjectProxy() = 0;
+    /// A proxy whose calls block until the reply has arrived; `failed` runs on the caller's thread instead of the reply
+    /// when the message could not be delivered or the peer went away.
+    [[nodiscard]] virtual std::shared_ptr<XPCObject> synchronousRemoteObjectProxy(
+        std::function<void(const Error&)> failed) = 0;
+};
+
+/// Where the other end of a connection comes from.
+struct XPCPeer {
+    std::int32_t pid = 0;
+    /// Effective user id.
+    std::uint32_t uid = 0;
+};
+
+/// The mach service of a helper. One listener serves one process.
+class XPCListener {
+  public:
+    /// `accept` decides on a new, authenticated, not yet resumed connection: it sets interface and object and returns
+    /// true, or returns false to refuse the peer. It runs on the thread that called `run`.
+    using Accept = std::function<bool(std::shared_ptr<XPCConnection> connection, const XPCPeer& peer)>;
+    /// A peer or a message that was refused, and why, in one line; for the owner to log. On any thread.
+    using Refused = std::function<void(const std::string& why)>;
+
+    virtual ~XPCListener() = default;
+
+    /// Serves until nobody has been connected for `idleSeconds`; then returns. Only peers that satisfy one of the
+    /// helper's own SMAuthorizedClients requirements reach `accept`.
+    virtual void run(const Accept& accept, const Refused& refused, std::uint32_t idleSeconds) = 0;
+};
+
+/// NSXPCConnectionPrivileged: the mach service lives in the system domain.
+inline constexpr std::uint32_t kXPCConnectionPrivileged = 0x1000;
+
+/// XPC mach services.
+class XPC {
+  public:
+    virtual ~XPC() = default;
+
+    /// A new connection, not yet resumed. Never null; touches nothing.
+    [[nodiscard]] virtual std::shared_ptr<XPCConnection> makeConnection(const std::string& machServiceName,
+                                                                        std::uint32_t options) = 0;
+    /// The listener of this process's own mach service; null when launchd did not hand it one.
+    [[nodiscard]] virtual std::unique_ptr<XPCListener> makeListener(const std::string& machServiceName) = 0;
+};
+
+}  // namespace Platform
