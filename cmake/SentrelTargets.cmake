@@ -22,3 +22,20 @@ function(sentrel_program name)
     add_executable(${name} ${PROGRAM_SOURCES})
     target_link_libraries(${name} PRIVATE sentrel_options ${PROGRAM_DEPENDS})
 endfunction()
+
+# sentrel_embed_property_lists(TARGET INFO LAUNCHD): puts both files into the executable's sections __TEXT,__info_plist and
+# __TEXT,__launchd_plist.
+function(sentrel_embed_property_lists target info launchd)
+    if(APPLE)
+        target_link_options(${target} PRIVATE
+            "LINKER:-sectcreate,__TEXT,__info_plist,${info}"
+            "LINKER:-sectcreate,__TEXT,__launchd_plist,${launchd}")
+    else()
+        set(EMBEDDED_INFO_PLIST "${info}")
+        set(EMBEDDED_LAUNCHD_PLIST "${launchd}")
+        set(source "${CMAKE_CURRENT_BINARY_DIR}/generated/${target}-EmbeddedPropertyLists.cpp")
+        configure_file("${CMAKE_SOURCE_DIR}/src/Platform/Linux/EmbeddedPropertyLists.cpp.in" "${source}" @ONLY)
+        set_source_files_properties("${source}" PROPERTIES OBJECT_DEPENDS "${info};${launchd}")
+        target_sources(${target} PRIVATE "${source}")
+    endif()
+endfunction()

@@ -7,6 +7,9 @@
 
 namespace Platform {
 
+/// DISPATCH_TIME_NOW: the present, as a timer's start.
+inline constexpr std::uint64_t kTimeNow = 0;
+
 /// A counting semaphore whose wait has a deadline (dispatch_semaphore).
 class Semaphore {
   public:
@@ -18,7 +21,8 @@ class Semaphore {
     [[nodiscard]] virtual bool wait(std::uint64_t deadline) = 0;
 };
 
-/// A concurrent queue: blocks start in order of submission and may overlap.
+/// A queue of blocks. On a concurrent one blocks start in order of submission and may overlap; on a serial
+/// one each starts when the one before it has ended, all on one thread.
 class Queue {
   public:
     /// Waits for the blocks that were submitted.
@@ -50,6 +54,7 @@ class Dispatch {
     [[nodiscard]] virtual std::unique_ptr<Semaphore> makeSemaphore(std::int64_t value) = 0;
     /// A concurrent queue with the default-priority global queue as its target.
     [[nodiscard]] virtual std::unique_ptr<Queue> makeConcurrentQueue(const std::string& label) = 0;
+    [[nodiscard]] virtual std::unique_ptr<Queue> makeSerialQueue(const std::string& label) = 0;
     /// A timer whose `handler` runs on the default-priority global queue.
     [[nodiscard]] virtual std::unique_ptr<Timer> makeTimer(std::function<void()> handler) = 0;
 };

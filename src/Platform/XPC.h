@@ -19,7 +19,8 @@ namespace Platform {
 class XPCObject;
 
 /// One argument of a message. A list of coded objects travels as an archive, an object as a proxy.
-using XPCValue = std::variant<std::string, std::int32_t, Base::URL, Base::CodedObjectList, std::shared_ptr<XPCObject>>;
+using XPCValue =
+    std::variant<std::string, std::int32_t, Base::URL, Base::CodedObjectList, std::shared_ptr<XPCObject>>;
 
 enum class XPCArgumentKind : std::uint8_t { string, int32, url, codedObjects, object };
 
@@ -42,7 +43,8 @@ struct XPCMethod {
     bool replies = false;
 };
 
-/// A protocol as it goes over a connection (NSXPCInterface): its methods and what may travel in each argument.
+/// A protocol as it goes over a connection (NSXPCInterface): its methods and what may travel in each
+/// argument.
 struct XPCInterface {
     std::string_view protocolName;
     std::vector<XPCMethod> methods;
@@ -51,7 +53,8 @@ struct XPCInterface {
 /// Completion of a method that replies. To be called once, on any thread.
 using XPCReply = std::function<void(const std::optional<Error>& error)>;
 
-/// Something that understands the messages of one protocol: an exported object, or the proxy of one on the other side.
+/// Something that understands the messages of one protocol: an exported object, or the proxy of one on the
+/// other side.
 class XPCObject {
   public:
     virtual ~XPCObject() = default;
@@ -59,23 +62,27 @@ class XPCObject {
     [[nodiscard]] virtual std::string_view protocolName() const = 0;
 
     /// Delivers one message. `reply` is empty unless the method replies. An exported object is called on the
-    /// connection's own thread, one message at a time, with arguments that fit the interface. A proxy returns at once
-    /// (a synchronous one, for a method that replies, when the reply or the error handler has run) and reports no
-    /// failure to its caller: the connection's handlers do.
+    /// connection's own thread, one message at a time, with arguments that fit the interface. A proxy returns
+    /// at once (a synchronous one, for a method that replies, when the reply or the error handler has run)
+    /// and reports no failure to its caller: the connection's handlers do.
     virtual void message(std::string_view selector, std::vector<XPCValue> arguments, XPCReply reply) = 0;
 };
 
-/// One connection to a peer (NSXPCConnection). Handlers and exported objects are called on the connection's own thread.
+/// One connection to a peer (NSXPCConnection). Handlers and exported objects are called on the connection's
+/// own thread.
+///
+/// A resumed connection stays alive and in use, whether or not anybody refers to it, until it becomes
+/// invalid: dropping it is no invalidation.
 class XPCConnection {
   public:
-    /// Invalidates.
     virtual ~XPCConnection() = default;
 
     /// Before resume: what the remote object understands.
     virtual void setRemoteObjectInterface(XPCInterface interface) = 0;
     /// Before resume: the object that answers the peer's messages. The connection shares its ownership.
     virtual void setExportedObject(XPCInterface interface, std::shared_ptr<XPCObject> object) = 0;
-    /// Called once: the service does not exist or refused the peer, a message was refused, or invalidate was called.
+    /// Called once: the service does not exist or refused the peer, a message was refused, or invalidate was
+    /// called.
     virtual void setInvalidationHandler(std::function<void()> handler) = 0;
     /// Called when the peer has gone away while the connection was in use.
     virtual void setInterruptionHandler(std::function<void()> handler) = 0;
@@ -84,8 +91,8 @@ class XPCConnection {
     virtual void invalidate() = 0;
     /// A proxy for the remote object, without an error handler. Null without a remote interface.
     [[nodiscard]] virtual std::shared_ptr<XPCObject> remoteObjectProxy() = 0;
-    /// A proxy whose calls block until the reply has arrived; `failed` runs on the caller's thread instead of the reply
-    /// when the message could not be delivered or the peer went away.
+    /// A proxy whose calls block until the reply has arrived; `failed` runs on the caller's thread instead of
+    /// the reply when the message could not be delivered or the peer went away.
     [[nodiscard]] virtual std::shared_ptr<XPCObject> synchronousRemoteObjectProxy(
         std::function<void(const Error&)> failed) = 0;
 };
@@ -100,17 +107,21 @@ struct XPCPeer {
 /// The mach service of a helper. One listener serves one process.
 class XPCListener {
   public:
-    /// `accept` decides on a new, authenticated, not yet resumed connection: it sets interface and object and returns
-    /// true, or returns false to refuse the peer. It runs on the thread that called `run`.
+    /// `accept` decides on a new, authenticated, not yet resumed connection: it sets interface and object and
+    /// returns true, or returns false to refuse the peer. It runs on the thread that called `run`.
     using Accept = std::function<bool(std::shared_ptr<XPCConnection> connection, const XPCPeer& peer)>;
     /// A peer or a message that was refused, and why, in one line; for the owner to log. On any thread.
     using Refused = std::function<void(const std::string& why)>;
 
     virtual ~XPCListener() = default;
 
-    /// Serves until nobody has been connected for `idleSeconds`; then returns. Only peers that satisfy one of the
-    /// helper's own SMAuthorizedClients requirements reach `accept`.
+    /// Serves until nobody has been connected and no transaction has been open for `idleSeconds`; then
+    /// returns. Only peers that satisfy one of the requirements reach `accept`; no byte of another is read.
     virtual void run(const Accept& accept, const Refused& refused, std::uint32_t idleSeconds) = 0;
+
+    /// Opens a transaction: work that must be finished although nobody may be connected any more. It lasts as
+    /// long as the returned pointer or a copy of it. May be called on any thread.
+    [[nodiscard]] virtual std::shared_ptr<void> transaction() = 0;
 };
 
 /// NSXPCConnectionPrivileged: the mach service lives in the system domain.
@@ -125,7 +136,10 @@ class XPC {
     [[nodiscard]] virtual std::shared_ptr<XPCConnection> makeConnection(const std::string& machServiceName,
                                                                         std::uint32_t options) = 0;
     /// The listener of this process's own mach service; null when launchd did not hand it one.
-    [[nodiscard]] virtual std::unique_ptr<XPCListener> makeListener(const std::string& machServiceName) = 0;
+    /// `clientRequirements` are code-signing requirements, as the helper's SMAuthorizedClients lists them; a
+    /// peer has to satisfy one.
+    [[nodiscard]] virtual std::unique_ptr<XPCListener> makeListener(
+        const std::string& machServiceName, const std::vector<std::string>& clientRequirements) = 0;
 };
 
 }  // namespace Platform

@@ -9,25 +9,31 @@ namespace Platform::Linux {
 
 /// Where process 1 of the simulated Mac answers what a Mac's security, kernel and launchd services would.
 ///
-/// A SOCK_SEQPACKET socket; one request packet is answered by one reply packet. Both are fields joined by NUL bytes,
-/// at most kMaximumPacket bytes. The server knows the sender by its kernel credentials. Requests and replies:
+/// A SOCK_SEQPACKET socket; one request packet is answered by one reply packet. Both are fields joined by NUL
+/// bytes, at most kMaximumPacket bytes. The server knows the sender by its kernel credentials. Requests and
+/// replies:
 ///
-///   authorize FLAGS RIGHT...      STATUS TOKEN      OSStatus in decimal, 0 when granted; token of the session
-///   release TOKEN                 0
-///   bless TOKEN LABEL             CODE TEXT         0, or the error's code and words
-///   unload-kext BUNDLEID          CODE              kernel return code, decimal, signed
-///   launchctl ARGUMENT...         STATUS OUT ERR    exit status, text for standard output and standard error
+///   authorize FLAGS RIGHT...   STATUS TOKEN       OSStatus in decimal, 0 when granted; token of the session
+///   release TOKEN              0
+///   bless TOKEN LABEL          CODE TEXT          0, or the error's code and words
+///   unload-kext BUNDLEID       CODE               kernel return code, decimal, signed
+///   identify PID               STATUS IDENTIFIER  0 and the code's identifier (CFBundleIdentifier) of a running
+///                                                 program whose executable and bundle only root could have
+///                                                 written; else 1
+///   launchctl ARGUMENT...      STATUS OUT ERR     exit status, text for standard output and standard error
 inline constexpr std::string_view kServicesSocket = "/var/run/mac-services.socket";
 inline constexpr std::size_t kMaximumPacket = 65536;
 
-/// The stream sockets of mach services: this folder, then the service's name. The owner is process 1, which hands the
-/// listening descriptor to the job as kFirstServiceDescriptor and up, named in order by kServiceNamesVariable
+/// The stream sockets of mach services: this folder, then the service's name. The owner is process 1, which
+/// hands the listening descriptor to the job as kFirstServiceDescriptor and up, named in order by
+/// kServiceNamesVariable
 /// ("name:name").
 inline constexpr std::string_view kMachServicesFolder = "/var/run/mach";
 inline constexpr std::string_view kServiceNamesVariable = "MACH_SERVICE_NAMES";
 inline constexpr int kFirstServiceDescriptor = 3;
 
 /// Sends one request and waits for its reply's fields. Nothing when there is no server or it went away.
-[[nodiscard]] std::optional<std::vector<std::string>> requestMacService(const std::vector<std::string>& fields);
+[[nodiscard]] std::optional<std::vector<std::string>> requestMacService(
+    const std::vector<std::string>& fields);
 
 }  // namespace Platform::Linux

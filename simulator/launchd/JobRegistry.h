@@ -1,0 +1,111 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "Support/Files.h"
+#include "Support/Machine.h"
+#include "launchd/EventLoop.h"
+#include "launchd/JobDefinition.h"
+#include "launchd/SystemLogFile.h"
+
+namespace Simulator {
+
+/// A launchd domain: the system, or the session of a logged-in user.
+struct DomainId {
+    /// Nothing for the system.
+    std::optional<std::uint32_t> uid;
+
+    /// "system" or "gui/501".
+    [[nodiscard]] std::string name() const;
+    /// As messages have it: "system" or "user gui: 501".
+    [[nodiscard]] std::string description() const;
+
+    friend auto operator<=>(const DomainId&, const DomainId&) = default;
+};
+
+/// One registered job.
+struct Job {
+    enum class State : std::uint8_t { waiting, running, stopping };
+
+    DomainId domain;
+    JobDefinition definition;
+    std::string plist;
+    State state = State::waiting;
+    std::optional<pid_t> pid;
+    /// Listening sockets of the mach services, in the order of their names; the job's own while it runs.
+    std::vector<std::string> serviceNames;
+    std::vector<Descriptor> services;
+    std::chrono::steady_clock::time_point started{};
+    std::optional<EventLoop::Timer> timer;
+    /// Start again as soon as the process has gone (kickstart -k).
+    bool restart = false;
+    /// Who waits for the job to be gone.
+    std::vector<std::function<void(int)>> waiting;
+
+    [[nodiscard]] bool onDemand() const { return !services.empty(); }
+};
+
+/// All jobs of all domains, and their processes. Single-threaded; results are launchctl's numbers, 0 for
+/// success.
+class JobRegistry {
+  public:
+    JobRegistry(EventLoop& loop, SystemLogFile& log, const Machine& machine, const Session& session);
+
+    /// Makes the domains and loads what lies in /Library/LaunchDaemons and /Library/LaunchAgents; a broken or
+    /// disabled property list is passed over with a line in the log.
+    void boot();
+
+    [[nodiscard]] bool hasDomain(const DomainId& domain) const;
+    [[nodiscard]] const Job* find(const DomainId& domain, const std::string& label) const;
+    [[nodiscard]] std::vector<const Job*> jobs(const DomainId& domain) const;
+    [[nodiscard]] std::vector<DomainId> domains() const { return {domains_.begin(), domains_.end()}; }
+
+    /// Registers the job of a property list and starts it if it runs at load.
+    int bootstrap(const DomainId& domain, const std::string& plist);
+    /// Ends a job and forgets it; `done` is called when its process has gone, at once if that is refused.
+    void bootout(const DomainId& domain, const std::string& label, std::function<void(int)> done);
+    int setEnabled(const DomainId& domain, const std::string& label, bool enabled);
+    int kickstart(const DomainId& domain, const std::string& label, bool killFirst);
+    int kill(const DomainId& domain, const std::string& label, int signal);
+
+    /// To be called for every child that ended.
+    void reaped(pid_t pid, int status);
+
+    /// Whether a job that mach messages have started still runs.
+    [[nodiscard]] bool onDemandJobRuns() const;
+
+  private:
+    using Key = std::pair<DomainId, std::string>;
+
+    void loadFolder(const DomainId& domain, const std::string& folder);
+    [[nodiscard]] std::uint32_t owner(const DomainId& domain) const { return domain.uid.value_or(0); }
+    void openServices(Job& job);
+    void arm(Job& job);
+    void disarm(Job& job);
+    void start(Job& job);
+    [[nodiscard]] std::map<std::string, std::string> environment(const Job& job) const;
+    void ended(Job& job, int status);
+    void startLater(Job& job, std::chrono::milliseconds delay);
+    void forget(Job& job);
+    [[nodiscard]] Job* findMutable(const DomainId& domain, const std::string& label);
+    [[nodiscard]] std::string disabledFile(const DomainId& domain) const;
+    void readDisabled(const DomainId& domain);
+
+    EventLoop& loop_;
+    SystemLogFile& log_;
+    const Machine& machine_;
+    const Session& session_;
+    std::set<DomainId> domains_;
+    std::map<Key, std::unique_ptr<Job>> jobs_;
+    std::map<DomainId, std::map<std::string, bool>> disabled_;
+};
+
+}  // namespace Simulator

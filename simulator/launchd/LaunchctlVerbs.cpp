@@ -1,0 +1,358 @@
+#include "launchd/LaunchctlVerbs.h"
+
+#include <cctype>
+#include <charconv>
+#include <csignal>
+#include <map>
+#include <memory>
+
+namespace Simulator {
+
+namespace {
+
+constexpr int kUsage = 64;
+constexpr int kNotPermitted = 1;
+
+constexpr const char* kUsageText =
+    "Usage: launchctl <subcommand> ...\n"
+    "Subcommands:\n"
+    "\tbootstrap       Bootstraps a domain or a service into a domain.\n"
+    "\tbootout         Tears down a domain or removes a service from a domain.\n"
+    "\tenable          Enables an existing service.\n"
+    "\tdisable         Disables an existing service.\n"
+    "\tkickstart       Forces an existing service to start.\n"
+    "\tkill            Sends a signal to the service instance.\n"
+    "\tprint           Prints a description of a domain or service.\n"
+    "\tlist            Lists information about services.\n"
+    "\tremove          Unloads the specified service name.\n";
+
+const char* wordsFor(int code) {
+    switch (code) {
+        case kNotPermitted:
+            return "Operation not permitted";
+        case kNoSuchProcess:
+            return "No such process";
+        case kInputOutputError:
+            return "Input/output error";
+        case kInvalidArgument:
+            return "Invalid argument";
+        case kNowInProgress:
+            return "Operation now in progress";
+        case kAlreadyInProgress:
+            return "Operation already in progress";
+        case kNoDomain:
+            return "Could not find specified domain";
+        case kNoService:
+            return "Could not find specified service";
+        case kServiceDisabled:
+            return "Service is disabled";
+        case kBadOwnership:
+            return "Path had bad ownership/permissions";
+        case kDomainRefuses:
+            return "Domain does not support specified action";
+        default:
+            return "Unknown error";
+    }
+}
+
+LaunchctlReply failed(const std::string& what, int code) {
+    return {code, "", what + ": " + std::to_string(code) + ": " + wordsFor(code) + "\n"};
+}
+
+LaunchctlReply usage(const std::string& text) {
+    return {kUsage, "", "Usage: launchctl " + text + "\n"};
+}
+
+LaunchctlReply badTarget(const std::string& text) {
+    return {kUsage, "", "Unrecognized target specifier.\nUsage: launchctl " + text + "\n"};
+}
+
+LaunchctlReply noService(const DomainId& domain, const std::string& label) {
+    return {kNoService, "",
+            "Could not find service \"" + label + "\" in domain for " + domain.description() + "\n"};
+}
+
+LaunchctlReply noDomain(const std::string& text) {
+    return {kNoDomain, "", "Could not find domain for " + text + "\n"};
+}
+
+std::string phrase(const std::string& verb) {
+    if (verb == "bootstrap") {
+        return "Bootstrap failed";
+    }
+    if (verb == "bootout") {
+        return "Boot-out failed";
+    }
+    std::string text = verb;
+    text.front() = static_cast<char>(std::toupper(static_cast<unsigned char>(text.front())));
+    return text + " failed";
+}
+
+const char* stateName(const Job& job) {
+    return job.pid ? "running" : "not running";
+}
+
+std::string describe(const Job& job) {
+    std::string text = job.domain.name() + "/" + job.definition.label + " = {\n\tpath = " + job.plist +
+                       "\n\tstate = " + stateName(job) + "\n\tprogram = " + job.definition.program + "\n";
+    if (job.pid) {
+        text += "\tpid = " + std::to_string(*job.pid) + "\n";
+    }
+    return text + "}\n";
+}
+
+std::string pidColumn(const Job& job) {
+    return job.pid ? std::to_string(*job.pid) : "-";
+}
+
+std::optional<int> signalNumber(const std::string& text) {
+    static const std::map<std::string, int> names{{"HUP", SIGHUP},   {"INT", SIGINT},   {"KILL", SIGKILL},
+                                                  {"TERM", SIGTERM}, {"USR1", SIGUSR1}, {"USR2", SIGUSR2},
+                                                  {"STOP", SIGSTOP}, {"CONT", SIGCONT}, {"QUIT", SIGQUIT}};
+    const auto found = names.find(text.starts_with("SIG") ? text.substr(3) : text);
+    if (found != names.end()) {
+        return found->second;
+    }
+    int number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    return error == std::errc() && end == text.data() + text.size() && number > 0 && number < NSIG
+               ? std::optional(number)
+               : std::nullopt;
+}
+
+}  // namespace
+
+LaunchctlVerbs::LaunchctlVerbs(EventLoop& loop, JobRegistry& jobs, const Faults& faults)
+    : loop_(loop), jobs_(jobs), faults_(faults) {}
+
+std::optional<LaunchctlVerbs::Target> LaunchctlVerbs::parseTarget(const std::string& text) {
+    Target target;
+    const std::size_t slash = text.find('/');
+    const std::string kind = text.substr(0, slash);
+    std::string rest = slash == std::string::npos ? "" : text.substr(slash + 1);
+    if (kind == "system") {
+        target.label = rest;
+        return target;
+    }
+    if (kind != "gui" && kind != "user" && kind != "login" && kind != "pid" && kind != "session") {
+        return std::nullopt;
+    }
+    const std::size_t end = rest.find('/');
+    const std::string number = rest.substr(0, end);
+    std::uint32_t uid = 0;
+    const auto [last, error] = std::from_chars(number.data(), number.data() + number.size(), uid);
+    if (error != std::errc() || last != number.data() + number.size()) {
+        return std::nullopt;
+    }
+    target.domain.uid = uid;
+    target.known = kind == "gui";
+    target.label = end == std::string::npos ? "" : rest.substr(end + 1);
+    return target;
+}
+
+bool LaunchctlVerbs::mayModify(const Caller& caller, const DomainId& domain) {
+    return caller.uid == 0 || domain.uid == caller.uid;
+}
+
+void LaunchctlVerbs::run(const Caller& caller, const Arguments& arguments, const Done& done) {
+    if (const auto seconds = faultNumber(faults_, "launchctl-hang")) {
+        loop_.after(std::chrono::milliseconds(static_cast<std::int64_t>(*seconds * 1000)),
+                    [this, caller, arguments, done] { dispatch(caller, arguments, done); });
+        return;
+    }
+    dispatch(caller, arguments, done);
+}
+
+void LaunchctlVerbs::dispatch(const Caller& caller, const Arguments& arguments, const Done& done) {
+    static const std::map<std::string, Verb> verbs{
+        {"bootstrap", &LaunchctlVerbs::bootstrap}, {"bootout", &LaunchctlVerbs::bootout},
+        {"enable", &LaunchctlVerbs::enable},       {"disable", &LaunchctlVerbs::enable},
+        {"print", &LaunchctlVerbs::print},         {"list", &LaunchctlVerbs::list},
+        {"kickstart", &LaunchctlVerbs::kickstart}, {"kill", &LaunchctlVerbs::kill},
+        {"remove", &LaunchctlVerbs::remove}};
+    if (arguments.empty() || arguments.front() == "help") {
+        done({arguments.empty() ? kUsage : 0, arguments.empty() ? "" : kUsageText,
+              arguments.empty() ? kUsageText : ""});
+        return;
+    }
+    const auto verb = verbs.find(arguments.front());
+    if (verb == verbs.end()) {
+        done({kUsage, "", "Unrecognized subcommand: " + arguments.front() + "\n" + kUsageText});
+        return;
+    }
+    if (faultValue(faults_, "launchctl-fail") == arguments.front()) {
+        done(failed(phrase(arguments.front()), kInputOutputError));
+        return;
+    }
+    (this->*verb->second)(caller, arguments, done);
+}
+
+void LaunchctlVerbs::bootstrap(const Caller& caller, const Arguments& arguments, const Done& done) {
+    const auto target = arguments.size() > 1 ? parseTarget(arguments[1]) : std::nullopt;
+    if (!target || !target->label.empty()) {
+        done(badTarget("bootstrap <domain-target> [service-path, service-path2, ...]"));
+        return;
+    }
+    int code = exists(*target) ? 0 : kDomainRefuses;
+    if (!mayModify(caller, target->domain)) {
+        code = kNotPermitted;
+    } else if (arguments.size() < 3) {
+        code = kInvalidArgument;
+    }
+    for (std::size_t index = 2; index < arguments.size() && code == 0; ++index) {
+        code = jobs_.bootstrap(target->domain, arguments[index]);
+    }
+    done(code == 0 ? LaunchctlReply{} : failed("Bootstrap failed", code));
+}
+
+void LaunchctlVerbs::bootout(const Caller& caller, const Arguments& arguments, const Done& done) {
+    const auto target = arguments.size() > 1 ? parseTarget(arguments[1]) : std::nullopt;
+    if (!target || (target->label.empty() ? arguments.size() < 3 : arguments.size() > 2)) {
+        done(badTarget("bootout <domain-target> [service-path1, service-path2, ...] | <service-target>"));
+        return;
+    }
+    if (!mayModify(caller, target->domain)) {
+        done(failed("Boot-out failed", kNotPermitted));
+        return;
+    }
+    if (!exists(*target)) {
+        done(failed("Boot-out failed", kDomainRefuses));
+        return;
+    }
+    std::vector<std::string> labels;
+    int code = 0;
+    if (!target->label.empty()) {
+        labels.push_back(target->label);
+    }
+    for (std::size_t index = 2; index < arguments.size() && code == 0; ++index) {
+        std::string why;
+        const auto job = readJobDefinition(arguments[index], target->domain.uid.value_or(0), code, why);
+        code = job ? 0 : code;
+        labels.push_back(job ? job->label : "");
+    }
+    if (code != 0) {
+        done(failed("Boot-out failed", code));
+        return;
+    }
+    // One reply when the last job has gone, with the last refusal.
+    const auto left = std::make_shared<std::size_t>(labels.size());
+    const auto worst = std::make_shared<int>(0);
+    for (const std::string& label : labels) {
+        jobs_.bootout(target->domain, label, [left, worst, done](int result) {
+            *worst = result != 0 ? result : *worst;
+            if (--*left == 0) {
+                done(*worst == 0 ? LaunchctlReply{} : failed("Boot-out failed", *worst));
+            }
+        });
+    }
+}
+
+void LaunchctlVerbs::enable(const Caller& caller, const Arguments& arguments, const Done& done) {
+    const std::string& verb = arguments.front();
+    const auto target = arguments.size() == 2 ? parseTarget(arguments[1]) : std::nullopt;
+    if (!target || target->label.empty()) {
+        done(badTarget(verb + " <service-target>"));
+        return;
+    }
+    int code = kNotPermitted;
+    if (mayModify(caller, target->domain)) {
+        code = exists(*target) ? jobs_.setEnabled(target->domain, target->label, verb == "enable")
+                               : kDomainRefuses;
+    }
+    done(code == 0 ? LaunchctlReply{} : failed("Could not " + verb + " service", code));
+}
+
+void LaunchctlVerbs::print(const Caller& /*caller*/, const Arguments& arguments, const Done& done) {
+    const auto target = arguments.size() == 2 ? parseTarget(arguments[1]) : std::nullopt;
+    if (!target) {
+        done(badTarget("print <domain-target> | <service-target>"));
+        return;
+    }
+    if (!exists(*target)) {
+        done(noDomain(target->domain.description()));
+        return;
+    }
+    if (!target->label.empty()) {
+        const Job* job = jobs_.find(target->domain, target->label);
+        done(job == nullptr ? noService(target->domain, target->label)
+                            : LaunchctlReply{0, describe(*job), ""});
+        return;
+    }
+    std::string text = target->domain.name() + " = {\n\tservices = {\n";
+    for (const Job* job : jobs_.jobs(target->domain)) {
+        text += "\t\t" + pidColumn(*job) + "\t" + job->definition.label + "\n";
+    }
+    done({0, text + "\t}\n}\n", ""});
+}
+
+void LaunchctlVerbs::list(const Caller& caller, const Arguments& arguments, const Done& done) {
+    const DomainId domain = caller.uid == 0 ? DomainId{} : DomainId{caller.uid};
+    if (arguments.size() > 2) {
+        done(usage("list [service-name]"));
+        return;
+    }
+    if (arguments.size() == 2) {
+        const Job* job = jobs_.find(domain, arguments[1]);
+        done(job == nullptr ? noService(domain, arguments[1]) : LaunchctlReply{0, describe(*job), ""});
+        return;
+    }
+    std::string text = "PID\tStatus\tLabel\n";
+    for (const Job* job : jobs_.jobs(domain)) {
+        text += pidColumn(*job) + "\t0\t" + job->definition.label + "\n";
+    }
+    done({0, text, ""});
+}
+
+void LaunchctlVerbs::kickstart(const Caller& caller, const Arguments& arguments, const Done& done) {
+    bool killFirst = false;
+    std::size_t index = 1;
+    for (; index < arguments.size() && arguments[index].starts_with('-'); ++index) {
+        killFirst = killFirst || arguments[index].find('k') != std::string::npos;
+    }
+    const auto target = index + 1 == arguments.size() ? parseTarget(arguments[index]) : std::nullopt;
+    if (!target || target->label.empty()) {
+        done(badTarget("kickstart [-k] <service-target>"));
+        return;
+    }
+    if (!mayModify(caller, target->domain)) {
+        done(failed("Could not kickstart service \"" + target->label + "\"", kNotPermitted));
+        return;
+    }
+    const int code = exists(*target) ? jobs_.kickstart(target->domain, target->label, killFirst) : kNoDomain;
+    if (code == kNoService) {
+        done(noService(target->domain, target->label));
+        return;
+    }
+    done(code == 0 ? LaunchctlReply{}
+                   : failed("Could not kickstart service \"" + target->label + "\"", code));
+}
+
+void LaunchctlVerbs::kill(const Caller& caller, const Arguments& arguments, const Done& done) {
+    const auto signal = arguments.size() == 3 ? signalNumber(arguments[1]) : std::nullopt;
+    const auto target = arguments.size() == 3 ? parseTarget(arguments[2]) : std::nullopt;
+    if (!signal || !target || target->label.empty()) {
+        done(usage("kill <signal-number|signal-name> <service-target>"));
+        return;
+    }
+    if (!mayModify(caller, target->domain)) {
+        done(failed("Could not kill service", kNotPermitted));
+        return;
+    }
+    const int code = exists(*target) ? jobs_.kill(target->domain, target->label, *signal) : kNoDomain;
+    if (code == kNoService) {
+        done(noService(target->domain, target->label));
+        return;
+    }
+    done(code == 0 ? LaunchctlReply{} : failed("Could not kill service", code));
+}
+
+void LaunchctlVerbs::remove(const Caller& caller, const Arguments& arguments, const Done& done) {
+    if (arguments.size() != 2) {
+        done(usage("remove <service-name>"));
+        return;
+    }
+    jobs_.bootout(caller.uid == 0 ? DomainId{} : DomainId{caller.uid}, arguments[1],
+                  [done](int code) { done(code == 0 ? LaunchctlReply{} : failed("Remove failed", code)); });
+}
+
+}  // namespace Simulator

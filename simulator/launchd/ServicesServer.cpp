@@ -1,0 +1,171 @@
+#include "launchd/ServicesServer.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <charconv>
+#include <cstring>
+
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include "Platform/Linux/MacServices.h"
+#include "launchd/CodeIdentity.h"
+
+namespace Simulator {
+
+namespace {
+
+constexpr std::size_t kMaximumConnections = 256;
+
+std::vector<std::string> split(std::string_view packet) {
+    std::vector<std::string> fields;
+    for (;;) {
+        const std::size_t end = packet.find('\0');
+        fields.emplace_back(packet.substr(0, end));
+        if (end == std::string_view::npos) {
+            return fields;
+        }
+        packet.remove_prefix(end + 1);
+    }
+}
+
+/// Joins fields; the longest is cut when they do not fit into one packet.
+std::string join(std::vector<std::string> fields) {
+    std::size_t total = fields.size();
+    std::string* longest = &fields.front();
+    for (std::string& field : fields) {
+        total += field.size();
+        longest = field.size() > longest->size() ? &field : longest;
+    }
+    if (total > Platform::Linux::kMaximumPacket) {
+        longest->resize(longest->size() - std::min(longest->size(), total - Platform::Linux::kMaximumPacket));
+    }
+    std::string packet;
+    for (std::size_t index = 0; index < fields.size(); ++index) {
+        packet += (index > 0 ? std::string(1, '\0') : std::string()) + fields[index];
+    }
+    return packet;
+}
+
+}  // namespace
+
+bool ServicesServer::open() {
+    listener_ = Descriptor(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    const std::string path(Platform::Linux::kServicesSocket);
+    std::memcpy(address.sun_path, path.data(), path.size());
+    ::unlink(path.c_str());
+    if (!listener_.valid() ||
+        ::bind(listener_.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
+        ::chmod(path.c_str(), 0666) != 0 || ::listen(listener_.get(), SOMAXCONN) != 0) {
+        return false;
+    }
+    loop_.watch(listener_.get(), [this] { accept(); });
+    return true;
+}
+
+void ServicesServer::accept() {
+    Descriptor socket(::accept4(listener_.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
+    ucred sender{};
+    socklen_t length = sizeof sender;
+    if (!socket.valid() || ::getsockopt(socket.get(), SOL_SOCKET, SO_PEERCRED, &sender, &length) != 0) {
+        return;
+    }
+    if (connections_.size() >= kMaximumConnections) {
+        // Somebody opens connections and leaves them lying about: the oldest goes.
+        close(connections_.begin()->first);
+    }
+    const ConnectionId id = next_++;
+    loop_.watch(socket.get(), [this, id] { receive(id); });
+    connections_[id] = {std::move(socket), {sender.pid, sender.uid}};
+}
+
+void ServicesServer::close(ConnectionId id) {
+    const auto found = connections_.find(id);
+    if (found != connections_.end()) {
+        loop_.unwatch(found->second.socket.get());
+        connections_.erase(found);
+    }
+}
+
+void ServicesServer::receive(ConnectionId id) {
+    static std::array<char, Platform::Linux::kMaximumPacket> buffer;
+    const auto found = connections_.find(id);
+    if (found == connections_.end()) {
+        return;
+    }
+    const ssize_t length =
+        ::recv(found->second.socket.get(), buffer.data(), buffer.size(), MSG_DONTWAIT | MSG_TRUNC);
+    if (length < 0 && (errno == EAGAIN || errno == EINTR)) {
+        return;
+    }
+    if (length <= 0 || static_cast<std::size_t>(length) > buffer.size()) {
+        close(id);
+        return;
+    }
+    const Caller caller = found->second.caller;
+    if (!handle(id, caller, split({buffer.data(), static_cast<std::size_t>(length)}))) {
+        close(id);
+    }
+}
+
+bool ServicesServer::handle(ConnectionId id, const Caller& caller, const Fields& request) {
+    const std::string& verb = request.front();
+    if (verb == "authorize" && request.size() >= 2) {
+        std::uint32_t flags = 0;
+        static_cast<void>(std::from_chars(request[1].data(), request[1].data() + request[1].size(), flags));
+        std::string token;
+        const std::span<const std::string> rights(request.begin() + 2, request.end());
+        const std::int32_t status = services_.authorizations.authorize(caller, flags, rights, token);
+        reply(id, {std::to_string(status), token});
+        return true;
+    }
+    if (verb == "release" && request.size() == 2) {
+        services_.authorizations.release(request[1], caller);
+        reply(id, {"0"});
+        return true;
+    }
+    if (verb == "bless" && request.size() == 3) {
+        services_.blessing.bless(caller, request[1], request[2],
+                                 [this, id](int code, const std::string& text) {
+                                     reply(id, {std::to_string(code), text});
+                                 });
+        return true;
+    }
+    if (verb == "unload-kext" && request.size() == 2) {
+        reply(id, {std::to_string(services_.extensions.unload(caller, request[1]))});
+        return true;
+    }
+    if (verb == "identify" && request.size() == 2) {
+        pid_t pid = 0;
+        static_cast<void>(std::from_chars(request[1].data(), request[1].data() + request[1].size(), pid));
+        const auto identifier = codeIdentifier(pid);
+        reply(id, {identifier ? "0" : "1", identifier.value_or("")});
+        return true;
+    }
+    if (verb == "launchctl") {
+        services_.launchctl.run(caller, {request.begin() + 1, request.end()},
+                                [this, id](const LaunchctlReply& result) {
+                                    reply(id, {std::to_string(result.status), result.out, result.err});
+                                });
+        return true;
+    }
+    return false;
+}
+
+void ServicesServer::reply(ConnectionId id, const Fields& fields) {
+    const auto found = connections_.find(id);
+    if (found == connections_.end()) {
+        return;
+    }
+    const std::string packet = join(fields);
+    if (::send(found->second.socket.get(), packet.data(), packet.size(), MSG_DONTWAIT | MSG_NOSIGNAL) < 0) {
+        close(id);
+    }
+}
+
+}  // namespace Simulator

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "launchd/Authorizations.h"
+#include "launchd/Blessing.h"
+#include "launchd/LaunchctlVerbs.h"
+#include "launchd/LoadedExtensions.h"
+
+namespace Simulator {
+
+/// The services socket (Platform/Linux/MacServices.h): reads requests, hands each to the service that it is
+/// for, sends the reply. A request that makes no sense ends its connection.
+class ServicesServer {
+  public:
+    struct Services {
+        Authorizations& authorizations;
+        Blessing& blessing;
+        LoadedExtensions& extensions;
+        LaunchctlVerbs& launchctl;
+    };
+
+    ServicesServer(EventLoop& loop, const Services& services) : loop_(loop), services_(services) {}
+
+    [[nodiscard]] bool open();
+
+  private:
+    struct Connection {
+        Descriptor socket;
+        Caller caller;
+    };
+    using ConnectionId = std::uint64_t;
+    using Fields = std::vector<std::string>;
+
+    void accept();
+    void receive(ConnectionId id);
+    void close(ConnectionId id);
+    /// Whether the request was one; its reply may come later.
+    [[nodiscard]] bool handle(ConnectionId id, const Caller& caller, const Fields& request);
+    void reply(ConnectionId id, const Fields& fields);
+
+    EventLoop& loop_;
+    Services services_;
+    Descriptor listener_;
+    std::map<ConnectionId, Connection> connections_;
+    ConnectionId next_ = 1;
+};
+
+}  // namespace Simulator

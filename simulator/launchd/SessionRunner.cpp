@@ -1,0 +1,85 @@
+#include "launchd/SessionRunner.h"
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <iostream>
+
+#include <sys/wait.h>
+
+#include "launchd/Spawn.h"
+
+namespace Simulator {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto kPoll = 20ms;
+constexpr int kMaximumPolls = 500;
+
+}  // namespace
+
+SessionRunner::SessionRunner(EventLoop& loop, SystemLogFile& log, const JobRegistry& jobs,
+                             const Machine& machine, const Session& session)
+    : loop_(loop), log_(log), jobs_(jobs), machine_(machine), session_(session) {}
+
+void SessionRunner::start(std::function<void(int)> settled) {
+    settled_ = std::move(settled);
+    startPrograms();
+    startCommand();
+}
+
+void SessionRunner::startPrograms() {
+    for (const RunningProgram& program : machine_.running) {
+        SpawnRequest request;
+        request.program = program.path;
+        request.arguments = {program.path};
+        request.uid = program.uid;
+        std::string name = "root";
+        for (const User& user : machine_.users) {
+            name = user.uid == program.uid ? user.name : name;
+        }
+        request.environment = userEnvironment(name, program.uid);
+        int error = 0;
+        std::error_code ignored;
+        if (std::filesystem::exists(program.path, ignored) && !spawn(request, error)) {
+            log_.write("Cannot start " + program.path + ": " + std::strerror(error));
+        }
+    }
+}
+
+void SessionRunner::startCommand() {
+    const User user = machine_.user(session_.user).value_or(User{"root", 0, false});
+    SpawnRequest request;
+    request.program = session_.command.front();
+    request.arguments = session_.command;
+    request.uid = user.uid;
+    request.environment = userEnvironment(user.name, user.uid);
+    request.environment.insert(session_.environment.begin(), session_.environment.end());
+    request.attached = true;
+    request.search = true;
+    int error = 0;
+    command_ = spawn(request, error);
+    if (!command_) {
+        std::cerr << "macsim: " << request.program << ": " << std::strerror(error) << std::endl;
+        settle(error == ENOENT ? 127 : 126, 0);
+    }
+}
+
+void SessionRunner::reaped(pid_t pid, int status) {
+    if (pid == command_) {
+        command_.reset();
+        settle(WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status), 0);
+    }
+}
+
+void SessionRunner::settle(int status, int tries) {
+    if (!jobs_.onDemandJobRuns() || tries >= kMaximumPolls) {
+        settled_(status);
+        return;
+    }
+    loop_.after(kPoll, [this, status, tries] { settle(status, tries + 1); });
+}
+
+}  // namespace Simulator

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+
+#include "launchd/EventLoop.h"
+#include "launchd/JobRegistry.h"
+#include "launchd/SystemLogFile.h"
+
+namespace Simulator {
+
+/// The person at the terminal: runs the session's one command and waits until the Mac has settled after it.
+class SessionRunner {
+  public:
+    SessionRunner(EventLoop& loop, SystemLogFile& log, const JobRegistry& jobs, const Machine& machine,
+                  const Session& session);
+
+    /// Starts the programs that run from the start, then the command. `settled` gets the command's exit
+    /// status (128 + n after signal n, 126 or 127 when it could not be started) when no on-demand job runs
+    /// any more, at the latest 10 seconds after the command has ended.
+    void start(std::function<void(int status)> settled);
+
+    /// To be called for every child that ended.
+    void reaped(pid_t pid, int status);
+
+  private:
+    void startPrograms();
+    void startCommand();
+    void settle(int status, int tries);
+
+    EventLoop& loop_;
+    SystemLogFile& log_;
+    const JobRegistry& jobs_;
+    const Machine& machine_;
+    const Session& session_;
+    std::function<void(int)> settled_;
+    std::optional<pid_t> command_;
+};
+
+}  // namespace Simulator

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <sys/types.h>
+
+namespace Simulator {
+
+/// How a program is started.
+struct SpawnRequest {
+    std::string program;
+    std::vector<std::string> arguments;
+    std::map<std::string, std::string> environment;
+    /// "/" when it is empty or cannot be entered.
+    std::string workingDirectory;
+    std::uint32_t uid = 0;
+    /// Descriptors that become 3, 4, ...
+    std::vector<int> services;
+    /// Keeps standard input, output, error, session and terminal; otherwise they are /dev/null and a session
+    /// of its own.
+    bool attached = false;
+    /// Looks `program` up in the environment's PATH.
+    bool search = false;
+};
+
+/// Starts a program as that user. Returns its process id once it runs under its own name, or nothing with
+/// `error` set to the reason (an errno).
+[[nodiscard]] std::optional<pid_t> spawn(const SpawnRequest& request, int& error);
+
+/// The environment of a user's programs on a Mac.
+[[nodiscard]] std::map<std::string, std::string> userEnvironment(const std::string& name, std::uint32_t uid);
+
+}  // namespace Simulator

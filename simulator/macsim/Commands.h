@@ -1,0 +1,45 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Support/Machine.h"
+
+namespace Simulator {
+
+struct CreateOptions {
+    std::string folder;
+    /// Generations of the product, in the order of the command line.
+    std::vector<std::string> installed;
+    std::string shortVersion;
+    std::string build;
+    std::vector<User> users;
+    /// Executable names, or "all".
+    std::vector<std::string> running;
+    std::vector<std::string> otherAntivirus;
+    bool realSize = false;
+    /// The uninstaller's bundle; empty for the one next to macsim.
+    std::string uninstaller;
+    bool withoutUninstaller = false;
+};
+
+struct RunOptions {
+    std::string folder;
+    std::string user = "root";
+    Faults faults;
+    std::vector<std::string> command;
+};
+
+/// The commands of macsim. Each returns macsim's exit status or throws a Refusal.
+int createMac(const CreateOptions& options);
+int runMac(const RunOptions& options);
+int printLog(const std::string& folder, bool follow);
+int printState(const std::string& folder, bool json);
+int printFaults();
+int deleteMac(const std::string& folder);
+
+/// "NAME:UID" or "NAME:UID:logged-out", comma-separated; throws a Refusal for anything else.
+[[nodiscard]] std::vector<User> parseUsers(const std::string& text);
+
+}  // namespace Simulator

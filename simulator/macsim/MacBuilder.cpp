@@ -1,0 +1,111 @@
+#include "macsim/MacBuilder.h"
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "Support/Files.h"
+#include "macsim/Refusal.h"
+
+namespace Simulator {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+[[noreturn]] void failed(const std::string& path) {
+    throw Refusal("cannot make " + path + ": " + std::strerror(errno));
+}
+
+[[noreturn]] void failed(const std::string& path, const std::error_code& error) {
+    throw Refusal("cannot make " + path + ": " + error.message());
+}
+
+}  // namespace
+
+void MacBuilder::makeParent(const std::string& path) {
+    std::error_code error;
+    fs::create_directories(fs::path(hostPath(path)).parent_path(), error);
+    if (error) {
+        failed(path, error);
+    }
+}
+
+void MacBuilder::setAccess(const std::string& path, const Access& access) {
+    const std::string host = hostPath(path);
+    if (((access.uid != 0 || access.gid != 0) && ::lchown(host.c_str(), access.uid, access.gid) != 0) ||
+        ::chmod(host.c_str(), access.mode) != 0) {
+        failed(path);
+    }
+}
+
+void MacBuilder::folder(const std::string& path, const Access& access) {
+    std::error_code error;
+    fs::create_directories(hostPath(path), error);
+    if (error) {
+        failed(path, error);
+    }
+    setAccess(path, access);
+}
+
+void MacBuilder::file(const std::string& path, std::string_view bytes, const Access& access) {
+    makeParent(path);
+    const Descriptor file(
+        ::open(hostPath(path).c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, 0600));
+    if (!file.valid() || !writeAll(file.get(), bytes)) {
+        failed(path);
+    }
+    setAccess(path, access);
+}
+
+void MacBuilder::link(const std::string& path, const std::string& target) {
+    makeParent(path);
+    if (::symlink(target.c_str(), hostPath(path).c_str()) != 0) {
+        failed(path);
+    }
+}
+
+void MacBuilder::propertyList(const std::string& path, const PropertyList& value, PropertyListForm form) {
+    file(path, writePropertyList(value, form));
+}
+
+void MacBuilder::program(const std::string& name, const std::string& path, const Access& access) {
+    makeParent(path);
+    std::error_code error;
+    fs::copy_file(programs_ + "/" + name, hostPath(path), fs::copy_options::overwrite_existing, error);
+    if (error) {
+        failed(path, error);
+    }
+    setAccess(path, access);
+}
+
+void MacBuilder::copyFolder(const std::string& source, const std::string& path) {
+    makeParent(path);
+    std::error_code error;
+    fs::copy(source, hostPath(path), fs::copy_options::recursive | fs::copy_options::copy_symlinks, error);
+    if (error) {
+        failed(path, error);
+    }
+    // Installed items are root's alone, whatever the umask of the build was.
+    const auto protect = [](const fs::path& item) {
+        fs::permissions(item, fs::perms::group_write | fs::perms::others_write,
+                        fs::perm_options::remove | fs::perm_options::nofollow);
+    };
+    protect(hostPath(path));
+    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(hostPath(path))) {
+        if (!entry.is_symlink()) {
+            protect(entry.path());
+        }
+    }
+}
+
+bool MacBuilder::exists(const std::string& path) const {
+    std::error_code error;
+    return fs::exists(fs::symlink_status(hostPath(path), error));
+}
+
+}  // namespace Simulator

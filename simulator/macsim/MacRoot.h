@@ -1,0 +1,34 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "Support/Files.h"
+
+namespace Simulator {
+
+/// A simulated Mac's root as seen from outside. Paths are the Mac's own; links inside are resolved as the Mac
+/// would, so that nothing outside the folder is ever reached.
+class MacRoot {
+  public:
+    /// Throws a Refusal when `folder` is not a simulated Mac.
+    explicit MacRoot(const std::string& folder);
+
+    [[nodiscard]] const std::string& folder() const { return folder_; }
+
+    /// Whether an item is there; a link counts as itself.
+    [[nodiscard]] bool exists(std::string_view path) const;
+    /// Opens an item with open(2)'s flags; invalid on failure.
+    [[nodiscard]] Descriptor open(std::string_view path, int flags, unsigned mode = 0) const;
+    [[nodiscard]] std::optional<std::string> read(std::string_view path) const;
+    /// Writes a file anew. Returns whether that worked.
+    [[nodiscard]] bool write(std::string_view path, std::string_view bytes, unsigned mode) const;
+    void remove(std::string_view path) const;
+
+  private:
+    std::string folder_;
+    Descriptor root_;
+};
+
+}  // namespace Simulator

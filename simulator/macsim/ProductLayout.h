@@ -1,0 +1,32 @@
+#pragma once
+
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "macsim/Commands.h"
+#include "macsim/MacBuilder.h"
+
+namespace Simulator {
+
+/// The generations of the product that can be laid down, earliest first, without "all".
+[[nodiscard]] std::span<const std::string_view> generations();
+
+/// Lays down the generations that `options` names, with the catalogue's names and places: bundles,
+/// executables, job property lists, workflows, data folders, helper tools. Where two generations use one path
+/// as a file and as a folder, it becomes the folder; of other things at one path, the later generation's
+/// stays.
+void buildProduct(MacBuilder& mac, const CreateOptions& options);
+
+/// Executables of the product's applications that are there; several when more than one generation has the
+/// name. For "all", every application but the uninstaller.
+[[nodiscard]] std::vector<std::string> installedApplications(const MacBuilder& mac, const std::string& name);
+
+/// Folders that hold kernel extensions.
+[[nodiscard]] std::vector<std::string> extensionFolders();
+
+/// Every path of the catalogue that belongs to the product, without duplicates.
+[[nodiscard]] std::vector<std::string> productPaths();
+
+}  // namespace Simulator

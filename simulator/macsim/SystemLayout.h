@@ -1,0 +1,17 @@
+#pragma once
+
+#include <vector>
+
+#include "Support/Machine.h"
+#include "macsim/MacBuilder.h"
+
+namespace Simulator {
+
+/// Lays down the Mac itself: its folders, users, tools, and the mount points of what it borrows from the
+/// host.
+void buildSystem(MacBuilder& mac, const std::vector<User>& users);
+
+/// Folders of the host that every simulated Mac sees, read-only, under the same path.
+[[nodiscard]] const std::vector<std::string>& borrowedFolders();
+
+}  // namespace Simulator

@@ -1,0 +1,136 @@
+// macsim: makes, runs and inspects simulated Macs.
+
+#include <exception>
+#include <functional>
+#include <iostream>
+#include <memory>
+
+#include <CLI/CLI.hpp>
+
+#include "Platform/SystemPorts.h"
+#include "ReadOnlyPorts.h"
+#include "macsim/Commands.h"
+#include "macsim/Namespaces.h"
+#include "macsim/Refusal.h"
+
+namespace Simulator {
+
+namespace {
+
+/// What the command line asked for: its action, and whether that needs other users' ids.
+struct Action {
+    std::function<int()> run;
+    bool needsNamespaces = false;
+};
+
+void addCreate(CLI::App& app, Action& action) {
+    auto options = std::make_shared<CreateOptions>();
+    auto version = std::make_shared<std::string>(SENTREL_DEFAULT_VERSION);
+    auto users = std::make_shared<std::string>("alice:501,bob:502,carol:503");
+    auto size = std::make_shared<std::string>("small");
+    auto empty = std::make_shared<bool>(false);
+    auto* command = app.add_subcommand("create", "Makes a simulated Mac in a new folder");
+    command->add_option("DIR", options->folder, "The folder; it must not exist or be empty")->required();
+    auto* installed =
+        command->add_option("--installed", options->installed, "A generation of the product, or all");
+    installed->allow_extra_args(false)->type_name("GENERATION");
+    command->add_option("--version", *version, "Version of the product's bundles")->type_name("SHORT/BUILD");
+    command->add_option("--users", *users, "The Mac's users; NAME:UID:logged-out has no session");
+    command->add_option("--running", options->running, "Applications that run from the start, or all")
+        ->allow_extra_args(false)
+        ->delimiter(',');
+    command
+        ->add_option("--other-antivirus", options->otherAntivirus, "app, process, a process name or a path")
+        ->allow_extra_args(false);
+    command->add_option("--size", *size, "small or real")->check(CLI::IsMember({"small", "real"}));
+    command->add_option("--uninstaller", options->uninstaller, "The uninstaller's bundle");
+    command->add_flag("--without-uninstaller", options->withoutUninstaller, "Leaves the uninstaller out");
+    command->add_flag("--empty", *empty, "An empty Mac (as without --installed)")->excludes(installed);
+    command->callback([=, &action] {
+        const std::size_t slash = version->find('/');
+        if (slash == 0 || slash == std::string::npos || slash + 1 == version->size()) {
+            throw Refusal("'" + *version + "' is not SHORT/BUILD", Refusal::kMisuse);
+        }
+        options->shortVersion = version->substr(0, slash);
+        options->build = version->substr(slash + 1);
+        options->users = parseUsers(*users);
+        options->realSize = *size == "real";
+        action = {[options] { return createMac(*options); }, true};
+    });
+}
+
+void addRun(CLI::App& app, Action& action) {
+    auto options = std::make_shared<RunOptions>();
+    auto faults = std::make_shared<std::vector<std::string>>();
+    auto* command = app.add_subcommand("run", "Boots a simulated Mac and runs a command in it");
+    command->add_option("DIR", options->folder, "The Mac")->required();
+    command->add_option("--as", options->user, "The user who runs the command")->type_name("USER");
+    command->add_option("--fault", *faults, "Something that goes wrong (see list-faults)")
+        ->allow_extra_args(false)
+        ->type_name("NAME[=VALUE]");
+    command->add_option("COMMAND", options->command, "The command, behind --")->required();
+    command->callback([=, &action] {
+        for (const std::string& fault : *faults) {
+            if (const auto wrong = addFault(options->faults, fault)) {
+                throw Refusal(*wrong, Refusal::kMisuse);
+            }
+        }
+        action = {[options] { return runMac(*options); }, true};
+    });
+}
+
+void addInspection(CLI::App& app, Action& action) {
+    auto folder = std::make_shared<std::string>();
+    auto flag = std::make_shared<bool>(false);
+    auto* log = app.add_subcommand("log", "Prints the system log");
+    log->add_option("DIR", *folder, "The Mac")->required();
+    log->add_flag("--follow", *flag, "Goes on as the log grows");
+    log->callback([=, &action] { action = {[=] { return printLog(*folder, *flag); }}; });
+    auto* state = app.add_subcommand("state", "Prints what the Mac was like at the end of its last run");
+    state->add_option("DIR", *folder, "The Mac")->required();
+    state->add_flag("--json", *flag, "As it was recorded");
+    state->callback([=, &action] { action = {[=] { return printState(*folder, *flag); }}; });
+    app.add_subcommand("list-faults", "Lists everything that can go wrong")->callback([&action] {
+        action = {[] { return printFaults(); }};
+    });
+    auto* remove = app.add_subcommand("delete", "Removes a simulated Mac");
+    remove->add_option("DIR", *folder, "The Mac")->required();
+    remove->callback([=, &action] { action = {[=] { return deleteMac(*folder); }, true}; });
+}
+
+int run(int argc, char** argv) {
+    CLI::App app{"Simulated Macs for the product's programs", "macsim"};
+    app.require_subcommand(1);
+    Action action;
+    addCreate(app, action);
+    addRun(app, action);
+    addInspection(app, action);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::CallForHelp& help) {
+        return app.exit(help);
+    } catch (const CLI::ParseError& error) {
+        throw Refusal(error.what(), Refusal::kMisuse);
+    }
+    if (action.needsNamespaces) {
+        needNamespaces(argv);
+    }
+    return action.run();
+}
+
+}  // namespace
+
+}  // namespace Simulator
+
+int main(int argc, char** argv) {
+    Platform::SystemPorts::setCurrent(&Tools::readOnlyPorts());
+    try {
+        return Simulator::run(argc, argv);
+    } catch (const Simulator::Refusal& refusal) {
+        std::cerr << "macsim: " << refusal.what() << '\n';
+        return refusal.status();
+    } catch (const std::exception& failure) {
+        std::cerr << "macsim: " << failure.what() << '\n';
+        return Simulator::Refusal::kRefused;
+    }
+}

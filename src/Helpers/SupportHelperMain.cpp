@@ -1,0 +1,66 @@
+// com.norvik.SupportPrivilegedHelper: installs the runtime support package as root. Started on demand by
+// launchd.
+
+#include <atomic>
+#include <memory>
+#include <string>
+
+#include "Helpers/AuthorizedClients.h"
+#include "Helpers/PackageInstaller.h"
+#include "Helpers/Retirement.h"
+#include "InstallCommon/SupportPrivilegedHelperClient.h"
+#include "NorvikCommon/InstallerLog.h"
+#include "Platform/SystemPorts.h"
+
+namespace {
+
+constexpr std::uint32_t kIdleSeconds = 2;
+
+using InstallCommon::SupportPrivilegedHelperClient;
+
+/// NVKSupportPrivilegedHelper, as it is exported. Every connection delivers on its own thread; the system's
+/// installer tool queues what comes at the same time.
+class SupportPrivilegedHelper final : public Platform::XPCObject {
+  public:
+    [[nodiscard]] std::string_view protocolName() const override { return "NVKSupportPrivilegedHelper"; }
+
+    void message(std::string_view /*selector*/, std::vector<Platform::XPCValue> arguments,
+                 Platform::XPCReply reply) override {
+        reply(Helpers::installPackage(std::get<Base::URL>(arguments.at(0))));
+        hasServed_ = true;
+    }
+
+    [[nodiscard]] bool hasServed() const { return hasServed_; }
+
+  private:
+    std::atomic<bool> hasServed_ = false;
+};
+
+void logRefusal(const std::string& why) {
+    NorvikCommon::logInstallerLine("Refused " + why);
+}
+
+}  // namespace
+
+int main() {
+    Platform::SystemPorts::setCurrent(&Platform::createSystemPorts());
+    const std::string label(SupportPrivilegedHelperClient::machServiceName);
+    const std::unique_ptr<Platform::XPCListener> listener =
+        Platform::SystemPorts::current().xpc.makeListener(label, Helpers::authorizedClients());
+    if (listener == nullptr) {
+        NorvikCommon::logInstallerLine("launchd handed over no service named " + label);
+        return 1;
+    }
+    const auto helper = std::make_shared<SupportPrivilegedHelper>();
+    listener->run(
+        [&helper](const std::shared_ptr<Platform::XPCConnection>& connection,
+                  const Platform::XPCPeer& /*peer*/) {
+            connection->setExportedObject(SupportPrivilegedHelperClient::xpcInterface(), helper);
+            return true;
+        },
+        logRefusal, kIdleSeconds);
+    if (helper->hasServed()) {
+        Helpers::retireSelf(label);
+    }
+    return 0;
+}

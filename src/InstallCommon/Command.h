@@ -1,0 +1,64 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Base/Coder.h"
+
+namespace InstallCommon {
+
+/// One step of an installation or uninstallation. The owner of a list builds and sends it; the privileged
+/// helper decodes it and calls `execute` on each command in order.
+class Command : public Base::CodedObject {
+  public:
+    /// A line for people, shown as progress text while the command runs.
+    [[nodiscard]] virtual const std::string& commandDescription() const = 0;
+    /// How many progress units the command counts for.
+    [[nodiscard]] virtual std::int32_t weight() const = 0;
+    /// Performs the step, in the helper process, on the calling thread. Has no result: a failure is logged
+    /// and the list goes on. A command holds no state that changes here; running it twice repeats the step.
+    virtual void execute() const = 0;
+};
+
+using CommandList = std::vector<std::unique_ptr<Command>>;
+
+/// Keys that every command's coded form has.
+struct CodingKey {
+    CodingKey() = delete;
+    static constexpr std::string_view commandDescription = "commandDescription";
+};
+
+/// The base of all commands. Its coded form is the description alone: the weight is never coded, so every
+/// command arrives with weight 1.
+class CommandConcrete : public Command {
+  public:
+    explicit CommandConcrete(std::string commandDescription);
+    CommandConcrete() = delete;
+
+    [[nodiscard]] const std::string& commandDescription() const override { return commandDescription_; }
+    [[nodiscard]] std::int32_t weight() const override { return weight_; }
+    void setWeight(std::int32_t weight) { weight_ = weight; }
+    /// Must be overridden: here it ends the process.
+    void execute() const override;
+
+    [[nodiscard]] static const Base::CodedClass& staticClass();
+    [[nodiscard]] const Base::CodedClass& codedClass() const override { return staticClass(); }
+    /// Subclasses write their own keys first and then call this.
+    void encode(Base::Coder& coder) const override;
+
+  protected:
+    /// Subclasses read their own keys first and then this, each giving up at the first that is missing.
+    [[nodiscard]] static std::optional<std::string> decodeDescription(Base::Coder& coder);
+
+  private:
+    [[nodiscard]] static std::unique_ptr<Base::CodedObject> decode(Base::Coder& coder);
+
+    std::int32_t weight_ = 1;
+    std::string commandDescription_;
+};
+
+}  // namespace InstallCommon

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "InstallCommon/Command.h"
+
+namespace InstallCommon {
+
+/// Turns the component catalogue into the ordered lists of commands that the helper executes. The order is
+/// the design: jobs are stopped before the files they run from are deleted, kernel extensions unloaded before
+/// anything is deleted, applications closed before their bundles go, launchd property lists go last. Nothing
+/// here looks at the disk: a command for a component that is not installed is emitted all the same. Commands
+/// are new on every call; the component lists under them are made once per process. Nothing is logged.
+struct CommandSuitsProvider {
+    CommandSuitsProvider() = delete;
+
+    /// 73 commands: stop 6 daemon jobs and 10 agent jobs, unload 2 kernel extensions, close 12 applications,
+    /// delete 43 items.
+    [[nodiscard]] static CommandList makeUninstallCommands();
+
+    /// 2 commands: delete the data folders, then the privileged helper tools, one of which executes these
+    /// very commands.
+    [[nodiscard]] static CommandList makeCleanupCommands();
+};
+
+}  // namespace InstallCommon

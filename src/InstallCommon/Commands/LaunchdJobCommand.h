@@ -1,0 +1,53 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "InstallCommon/Command.h"
+#include "NorvikCommon/Product Paths Information/ProductComponents.h"
+
+namespace InstallCommon {
+
+/// The shared base of the commands that start and stop a launchd job. A daemon lives in the system's domain,
+/// an agent in each user's session. Has no `execute` of its own and is never put into a list.
+class LaunchdJobCommand : public CommandConcrete {
+  public:
+    LaunchdJobCommand(std::string commandDescription, NorvikCommon::LaunchdInfo launchdJob, bool isDaemon);
+
+    [[nodiscard]] const NorvikCommon::LaunchdInfo& launchdJob() const { return launchdJob_; }
+    [[nodiscard]] bool isDaemon() const { return isDaemon_; }
+
+    [[nodiscard]] static const Base::CodedClass& staticClass();
+    [[nodiscard]] const Base::CodedClass& codedClass() const override { return staticClass(); }
+    void encode(Base::Coder& coder) const override;
+
+  protected:
+    /// Decodes any class of this family.
+    template <class JobCommand>
+    [[nodiscard]] static std::unique_ptr<Base::CodedObject> decodeJob(Base::Coder& coder) {
+        std::optional<Fields> fields = decodeFields(coder);
+        return fields ? std::make_unique<JobCommand>(std::move(fields->description),
+                                                     std::move(fields->launchdJob), fields->isDaemon)
+                      : nullptr;
+    }
+
+    /// Runs `block` under each local user's id, one user after another.
+    static void forEachUser(const std::function<void(std::uint32_t userId)>& block);
+
+  private:
+    struct Fields {
+        NorvikCommon::LaunchdInfo launchdJob;
+        bool isDaemon;
+        std::string description;
+    };
+
+    [[nodiscard]] static std::optional<Fields> decodeFields(Base::Coder& coder);
+
+    NorvikCommon::LaunchdInfo launchdJob_;
+    bool isDaemon_;
+};
+
+}  // namespace InstallCommon

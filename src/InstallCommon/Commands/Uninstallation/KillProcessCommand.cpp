@@ -1,0 +1,44 @@
+#include "InstallCommon/Commands/Uninstallation/KillProcessCommand.h"
+
+#include <utility>
+
+#include "InstallCommon/InstallationUtils.h"
+
+namespace InstallCommon {
+
+namespace {
+
+// The key is that of the kext command, on purpose: both ends agree on it.
+constexpr std::string_view kProcessKey = "kext";
+
+}  // namespace
+
+KillProcessCommand::KillProcessCommand(std::string commandDescription, std::string process)
+    : CommandConcrete(std::move(commandDescription)), process_(std::move(process)) {}
+
+void KillProcessCommand::execute() const {
+    InstallationUtils::killProcess(process_);
+}
+
+const Base::CodedClass& KillProcessCommand::staticClass() {
+    static const Base::CodedClass kClass{"_TtC13InstallCommon18KillProcessCommand",
+                                         &CommandConcrete::staticClass(), &decode};
+    return kClass;
+}
+
+void KillProcessCommand::encode(Base::Coder& coder) const {
+    coder.encodeString(kProcessKey, process_);
+    CommandConcrete::encode(coder);
+}
+
+std::unique_ptr<Base::CodedObject> KillProcessCommand::decode(Base::Coder& coder) {
+    std::optional<std::string> process = coder.decodeString(kProcessKey);
+    if (!process) {
+        return nullptr;
+    }
+    std::optional<std::string> description = decodeDescription(coder);
+    return description ? std::make_unique<KillProcessCommand>(std::move(*description), std::move(*process))
+                       : nullptr;
+}
+
+}  // namespace InstallCommon

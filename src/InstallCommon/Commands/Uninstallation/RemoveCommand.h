@@ -1,0 +1,44 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "Base/URL.h"
+#include "InstallCommon/Command.h"
+
+namespace InstallCommon {
+
+/// Deletes files and folders together with their repair copies.
+class RemoveCommand final : public CommandConcrete {
+  public:
+    struct Item {
+        Base::URL path;
+        /// Leave the item and its repair copy alone when it is a folder that holds something.
+        bool removeIfEmpty = false;
+
+        friend bool operator==(const Item&, const Item&) = default;
+    };
+
+    RemoveCommand(std::string commandDescription, std::vector<Item> items);
+    /// Every item is removed unconditionally.
+    RemoveCommand(std::string commandDescription, const std::vector<Base::URL>& items);
+    RemoveCommand(std::string commandDescription, const Base::URL& item);
+
+    [[nodiscard]] const std::vector<Item>& itemsToRemove() const { return itemsToRemove_; }
+
+    /// Item by item, in order; each outcome is one line of FileSystemUtil::remove, for the item and again for
+    /// its repair copy, whether or not there is one.
+    void execute() const override;
+
+    [[nodiscard]] static const Base::CodedClass& staticClass();
+    [[nodiscard]] const Base::CodedClass& codedClass() const override { return staticClass(); }
+    void encode(Base::Coder& coder) const override;
+
+  private:
+    [[nodiscard]] static std::unique_ptr<Base::CodedObject> decode(Base::Coder& coder);
+
+    std::vector<Item> itemsToRemove_;
+};
+
+}  // namespace InstallCommon

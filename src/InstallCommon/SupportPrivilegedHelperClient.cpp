@@ -1,0 +1,59 @@
+#include "InstallCommon/SupportPrivilegedHelperClient.h"
+
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "NorvikCommon/InstallerLog.h"
+#include "NorvikCommon/PrivilegedHelperUtils.h"
+#include "Platform/SystemPorts.h"
+
+namespace InstallCommon {
+
+namespace {
+
+constexpr std::string_view kProtocol = "NVKSupportPrivilegedHelper";
+constexpr const char* kPackageName = "SwiftRuntimeForCommandLineTools";
+constexpr const char* kPackageType = "pkg";
+
+}  // namespace
+
+Platform::XPCInterface SupportPrivilegedHelperClient::xpcInterface() {
+    return {kProtocol, {{installSelector, {{Platform::XPCArgumentKind::url, {}, nullptr}}, true}}};
+}
+
+bool SupportPrivilegedHelperClient::blessHelper(const Platform::SFAuthorization& auth) {
+    return NorvikCommon::BlessHelperWithLabel(std::string(machServiceName), auth);
+}
+
+bool SupportPrivilegedHelperClient::installSwiftSupportPackage() {
+    const Platform::SystemPorts& ports = Platform::SystemPorts::current();
+    const std::optional<Base::URL> package = ports.bundles.mainBundle()->resource(kPackageName, kPackageType);
+    if (!package) {
+        return false;
+    }
+    const std::shared_ptr<Platform::XPCConnection> connection =
+        ports.xpc.makeConnection(std::string(machServiceName), Platform::kXPCConnectionPrivileged);
+    connection->setRemoteObjectInterface(xpcInterface());
+    connection->resume();
+    bool succeeded = false;
+    const std::shared_ptr<Platform::XPCObject> helper = connection->synchronousRemoteObjectProxy(
+        [](const Platform::Error& error) { NorvikCommon::logLine(error.description); });
+    if (helper == nullptr || helper->protocolName() != kProtocol) {
+        return false;
+    }
+    std::vector<Platform::XPCValue> arguments;
+    arguments.emplace_back(*package);
+    helper->message(installSelector, std::move(arguments),
+                    [&succeeded](const std::optional<Platform::Error>& error) {
+                        if (error) {
+                            NorvikCommon::logLine(error->description);
+                        } else {
+                            succeeded = true;
+                        }
+                    });
+    return succeeded;
+}
+
+}  // namespace InstallCommon

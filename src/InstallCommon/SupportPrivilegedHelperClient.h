@@ -1,0 +1,32 @@
+#pragma once
+
+#include <string_view>
+
+#include "Platform/Authorization.h"
+#include "Platform/XPC.h"
+
+namespace InstallCommon {
+
+/// The support helper, as its clients use it. Stateless; every call blocks the calling thread.
+struct SupportPrivilegedHelperClient {
+    SupportPrivilegedHelperClient() = delete;
+
+    /// The helper's launchd label and mach service.
+    static constexpr std::string_view machServiceName = "com.norvik.SupportPrivilegedHelper";
+    /// The method that installs a package: one file URL; replies with an optional error.
+    static constexpr std::string_view installSelector = "installSwiftSupportPackage:completion:";
+
+    /// Installs the helper with launchd; logs as BlessHelperWithLabel does.
+    [[nodiscard]] static bool blessHelper(const Platform::SFAuthorization& auth);
+
+    /// Has the helper install the runtime support package of the running program's bundle. True only when the
+    /// helper reported success. False without a log line when the package is not in the bundle; false with
+    /// the error's description as the whole line when the helper cannot be reached or reports an error. A
+    /// helper that never answers blocks.
+    [[nodiscard]] static bool installSwiftSupportPackage();
+
+    /// The protocol NVKSupportPrivilegedHelper.
+    [[nodiscard]] static Platform::XPCInterface xpcInterface();
+};
+
+}  // namespace InstallCommon

@@ -1,0 +1,81 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "InstallCommon/XPC/InstallationXPCUtils.h"
+#include "NorvikCommon/XPCClient.h"
+
+namespace InstallCommon {
+
+/// Called once per executed command, on the connection's own thread: the command's description, the total
+/// weight of the list, the weight executed so far. The run is finished when the two weights are equal.
+using ProgressNotificationBlock = std::function<void(const std::string& description, std::int32_t totalWeight,
+                                                     std::int32_t executedWeight)>;
+
+/// What drives an installation or uninstallation.
+class InstallationService {
+  public:
+    virtual ~InstallationService() = default;
+
+    [[nodiscard]] virtual const ProgressNotificationBlock& progressNotificationBlock() const = 0;
+    /// To be set before the run; may be empty.
+    virtual void setProgressNotificationBlock(ProgressNotificationBlock block) = 0;
+    virtual void uninstall() = 0;
+};
+
+/// The one object through which an owner drives the installer helper: one run per client. It decides whether
+/// the run is allowed, builds the list of commands, sums their weights, hands the list over in one message
+/// and turns the helper's calls into progress reports. Owned by a shared pointer, which the connection shares
+/// while it lives.
+class InstallationHelperClient final : public NorvikCommon::XPCClient,
+                                       public InstallationService,
+                                       public CommandExecutingDelegate {
+  public:
+    /// A client of the installer helper's privileged service; touches nothing.
+    InstallationHelperClient();
+    /// Not available on this class: a programming error that ends the process.
+    [[noreturn]] InstallationHelperClient(std::string machServiceName, bool isServicePrivileged);
+
+    [[nodiscard]] const ProgressNotificationBlock& progressNotificationBlock() const override {
+        return progressNotificationBlock_;
+    }
+    void setProgressNotificationBlock(ProgressNotificationBlock block) override {
+        progressNotificationBlock_ = std::move(block);
+    }
+
+    /// The helper's proxy after connecting, or null.
+    [[nodiscard]] const std::shared_ptr<CommandExecuting>& remoteObject() const { return remoteObject_; }
+    /// The sum of the weights of the list last sent.
+    [[nodiscard]] std::int32_t totalCommandsWeight() const { return totalCommandsWeight_; }
+    void setTotalCommandsWeight(std::int32_t weight) { totalCommandsWeight_ = weight; }
+
+    /// Whether the installed product may be removed by this program: it is installed and not newer. Logs what
+    /// the environment check logs at its first use.
+    [[nodiscard]] bool canUninstall() const;
+
+    /// Sends the uninstall and cleanup commands and returns as soon as they are handed over; results arrive
+    /// through the progress block only. Without a proxy nothing is sent or reported. Logs nothing.
+    void uninstall() override;
+
+    /// Sums the weights, connects anew and hands the list over in one message; what `uninstall` does with its
+    /// list.
+    void send(CommandList commands);
+
+    /// The helper's call. Weights add up from the creation of the client on; an overflow ends the process.
+    void commandExecutingDidExecuteCommand(const std::string& description, std::int32_t withWeight) override;
+
+  protected:
+    void willResumeConnection(Platform::XPCConnection& connection) override;
+    void didResumeConnection(Platform::XPCConnection& connection) override;
+
+  private:
+    ProgressNotificationBlock progressNotificationBlock_;
+    std::shared_ptr<CommandExecuting> remoteObject_;
+    std::int32_t totalCommandsWeight_ = 0;
+    std::int32_t executedCommandsWeight_ = 0;
+};
+
+}  // namespace InstallCommon

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "Base/URL.h"
+
+namespace NorvikCommon {
+
+/// Fixed locations of the system. Each call computes a fresh value; nothing is logged.
+struct SystemPathProvider {
+    SystemPathProvider() = delete;
+
+    /// /Library/LaunchDaemons
+    [[nodiscard]] static Base::URL daemonsPlists();
+    /// /Library/LaunchAgents
+    [[nodiscard]] static Base::URL userAgentsPlists();
+    /// /Library/Extensions
+    [[nodiscard]] static Base::URL extensions();
+    /// The Launch Services registration tool, despite the name.
+    [[nodiscard]] static Base::URL lsRegisterDatabase();
+    /// /bin/launchctl
+    [[nodiscard]] static Base::URL launchctlExecutable();
+    /// The file manager's application folder in the local domain, created when missing: /Applications.
+    [[nodiscard]] static Base::URL localApplications();
+    /// The file manager's support folder in the local domain, created when missing: /Library/Application
+    /// Support.
+    [[nodiscard]] static Base::URL localApplicationSupport();
+};
+
+}  // namespace NorvikCommon

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <sys/stat.h>
+#include <sys/types.h>
+
+#include <memory>
+
+namespace Platform::Linux {
+
+/// Copies single items between open folders, with their attributes. All operations return 0 or an errno
+/// value, EEXIST when there is something called `newName`, a dangling link included. One object serves one
+/// copy on one thread: it remembers what the file systems at hand cannot do.
+class FileCopy {
+  public:
+    FileCopy();
+    FileCopy(const FileCopy&) = delete;
+    FileCopy& operator=(const FileCopy&) = delete;
+    ~FileCopy();
+
+    /// A plain file. ENOTSUP when the entry is none (any more).
+    [[nodiscard]] int copyFile(int from, const char* name, int to, const char* newName);
+    /// A link, as itself; `status` is its own.
+    [[nodiscard]] int copyLink(int from, const char* name, const struct stat& status, int to,
+                               const char* newName);
+    /// A FIFO, a socket's name or a device.
+    [[nodiscard]] int copySpecial(int from, const char* name, const struct stat& status, int to,
+                                  const char* newName);
+    /// Gives an open copy the owner, extended attributes, mode and times of its source.
+    [[nodiscard]] int copyAttributes(int source, const struct stat& sourceStatus, int copy);
+
+  private:
+    [[nodiscard]] int copyContents(int source, const struct stat& status, int copy);
+    [[nodiscard]] int copyRange(int source, int copy, off_t begin, off_t end);
+    [[nodiscard]] int copyAll(int source, int copy);
+
+    static constexpr std::size_t kBufferSize = std::size_t{1} << 17;
+
+    const uid_t user_;
+    const gid_t group_;
+    std::unique_ptr<char[]> buffer_;
+    bool tryClone_ = true;
+    bool tryCopyRange_ = true;
+};
+
+}  // namespace Platform::Linux

@@ -1,0 +1,55 @@
+#include "Platform/Linux/LinuxAuthorization.h"
+
+#include <memory>
+#include <optional>
+
+#include "Platform/Linux/MacServices.h"
+
+namespace Platform::Linux {
+
+namespace {
+
+class LinuxSFAuthorization final : public SFAuthorization {
+  public:
+    LinuxSFAuthorization() = default;
+    LinuxSFAuthorization(const LinuxSFAuthorization&) = delete;
+    LinuxSFAuthorization& operator=(const LinuxSFAuthorization&) = delete;
+    ~LinuxSFAuthorization() override { release(); }
+
+    bool obtainWithRights(const std::vector<AuthorizationItem>& rights, std::uint32_t flags,
+                          const std::vector<AuthorizationItem>& /*environment*/) override {
+        std::vector<std::string> request{"authorize", std::to_string(flags)};
+        for (const AuthorizationItem& right : rights) {
+            request.push_back(right.name);
+        }
+        const auto reply = requestMacService(request);
+        if (!reply || reply->size() != 2 || reply->front() != "0") {
+            return false;
+        }
+        release();
+        reference_.emplace(reply->back());
+        return true;
+    }
+
+    const AuthorizationReference* authorizationRef() const override {
+        return reference_ ? &*reference_ : nullptr;
+    }
+
+  private:
+    void release() {
+        if (reference_) {
+            static_cast<void>(requestMacService({"release", reference_->token()}));
+            reference_.reset();
+        }
+    }
+
+    std::optional<LinuxAuthorizationReference> reference_;
+};
+
+}  // namespace
+
+std::unique_ptr<SFAuthorization> LinuxAuthorization::create() {
+    return std::make_unique<LinuxSFAuthorization>();
+}
+
+}  // namespace Platform::Linux

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <string>
+
+#include "Platform/Authorization.h"
+
+namespace Platform::Linux {
+
+/// What process 1 of the simulated Mac gave out for an authorization session that it granted.
+class LinuxAuthorizationReference final : public AuthorizationReference {
+  public:
+    explicit LinuxAuthorizationReference(std::string token) : token_(std::move(token)) {}
+
+    /// Names the session to process 1; good for this process only.
+    [[nodiscard]] const std::string& token() const { return token_; }
+
+  private:
+    std::string token_;
+};
+
+/// Authorization sessions kept by process 1 of the simulated Mac. A session has a reference from its first
+/// grant on.
+class LinuxAuthorization final : public Authorization {
+  public:
+    [[nodiscard]] std::unique_ptr<SFAuthorization> create() override;
+};
+
+}  // namespace Platform::Linux

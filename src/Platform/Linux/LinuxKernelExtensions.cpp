@@ -1,0 +1,27 @@
+#include "Platform/Linux/LinuxKernelExtensions.h"
+
+#include <charconv>
+
+#include "Platform/Linux/MacServices.h"
+
+namespace Platform::Linux {
+
+namespace {
+
+/// kOSKextReturnInternalError: what stands for an answer that never came.
+constexpr std::int32_t kInternalError = static_cast<std::int32_t>(0xdc008001);
+
+}  // namespace
+
+std::int32_t LinuxKernelExtensions::unload(const std::string& bundleIdentifier) {
+    const auto reply = requestMacService({"unload-kext", bundleIdentifier});
+    if (!reply || reply->size() != 1) {
+        return kInternalError;
+    }
+    const std::string& number = reply->front();
+    std::int32_t code = 0;
+    const auto [end, failure] = std::from_chars(number.data(), number.data() + number.size(), code);
+    return failure == std::errc() && end == number.data() + number.size() ? code : kInternalError;
+}
+
+}  // namespace Platform::Linux

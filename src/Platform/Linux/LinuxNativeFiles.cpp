@@ -1,0 +1,59 @@
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstdio>
+
+#include "Platform/Posix/NativeFiles.h"
+
+namespace Platform::Posix {
+
+namespace {
+
+#ifdef SYS_fchmodat2
+constexpr long kChangeModeCall = SYS_fchmodat2;
+#else
+// The same number on every architecture (Linux 6.6).
+constexpr long kChangeModeCall = 452;
+#endif
+
+/// Before fchmodat2 a descriptor that was opened with O_PATH could be reached by its name only.
+int setModeByName(int item, mode_t mode) {
+    std::array<char, 64> name{};
+    std::snprintf(name.data(), name.size(), "/proc/self/fd/%d", item);
+    return ::chmod(name.data(), mode);
+}
+
+}  // namespace
+
+int openItemItself(const char* path) {
+    return ::open(path, O_PATH | O_NOFOLLOW | O_CLOEXEC);
+}
+
+int setModeOfOpenItem(int item, mode_t mode) {
+    struct stat status {};
+    if (::fstat(item, &status) != 0) {
+        return -1;
+    }
+    if (S_ISLNK(status.st_mode)) {
+        errno = EOPNOTSUPP;
+        return -1;
+    }
+    if (::syscall(kChangeModeCall, item, "", mode, AT_EMPTY_PATH) == 0) {
+        return 0;
+    }
+    return errno == ENOSYS ? setModeByName(item, mode) : -1;
+}
+
+int setOwnerOfOpenItem(int item, uid_t owner, gid_t group) {
+    return ::fchownat(item, "", owner, group, AT_EMPTY_PATH);
+}
+
+int openFolderForLookup(const char* path) {
+    return ::open(path, O_PATH | O_DIRECTORY | O_CLOEXEC);
+}
+
+}  // namespace Platform::Posix

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <mutex>
+#include <string>
+#include <string_view>
+
+#include "Platform/Posix/Descriptor.h"
+#include "Platform/SystemLog.h"
+
+namespace Platform::Linux {
+
+/// The datagram socket of the system log, as syslog(3) speaks to it:
+/// "<13>Nov  1 12:00:00 NAME[PID]: text", NAME being the program's file name, the time local.
+///
+/// Connects when something is logged and again after the log was restarted. One entry is one datagram, line
+/// breaks included; one that is larger than the system lets through goes as several, each with the heading,
+/// cut between characters. Waits while the log's queue is full. What cannot be sent goes to standard error as
+/// "NAME[PID]: text".
+class LinuxSystemLog final : public SystemLog {
+  public:
+    explicit LinuxSystemLog(std::string socketPath = "/dev/log");
+
+    void log(std::string_view text) override;
+
+  private:
+    [[nodiscard]] bool connect();
+    [[nodiscard]] int send(std::string_view heading, std::string_view text);
+    /// Both take off `text` what was sent and return whether everything was.
+    [[nodiscard]] bool sendOrReconnect(std::string_view heading, std::string_view& text);
+    [[nodiscard]] bool sendInPieces(std::string_view heading, std::string_view& text);
+
+    const std::string socketPath_;
+    const std::string programName_;
+    std::mutex mutex_;
+    Posix::Descriptor socket_;
+};
+
+}  // namespace Platform::Linux

@@ -1,0 +1,398 @@
+#include "Platform/Linux/LinuxXPCConnection.h"
+
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <thread>
+#include <utility>
+
+#include "Platform/Linux/RemoteObject.h"
+#include "Platform/Linux/XPCMarshalling.h"
+
+namespace Platform::Linux {
+
+namespace {
+
+constexpr std::size_t kReadSize = 65536;
+// The system's own codes for the two ways in which a connection fails (NSXPCConnectionInterrupted and
+// ...Invalid).
+constexpr int kInterruptedCode = 4097;
+constexpr int kInvalidCode = 4099;
+
+Posix::Descriptor connectToSocket(const std::string& path) {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    if (path.size() >= sizeof address.sun_path) {
+        return {};
+    }
+    std::memcpy(address.sun_path, path.data(), path.size());
+    Posix::Descriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    if (!socket ||
+        ::connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
+        return {};
+    }
+    return socket;
+}
+
+std::vector<std::uint8_t> emptyFrame(FrameKind kind) {
+    return FrameWriter(kind).finish();
+}
+
+}  // namespace
+
+LinuxXPCConnection::LinuxXPCConnection(std::string serviceName, std::string socketPath)
+    : serviceName_(std::move(serviceName)),
+      socketPath_(std::move(socketPath)),
+      isListeners_(false),
+      wakeup_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
+
+LinuxXPCConnection::LinuxXPCConnection(Posix::Descriptor socket, std::shared_ptr<void> transaction,
+                                       std::function<void(const std::string& why)> refused)
+    : isListeners_(true),
+      refused_(std::move(refused)),
+      transaction_(std::move(transaction)),
+      socket_(std::move(socket)),
+      wakeup_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
+
+void LinuxXPCConnection::setRemoteObjectInterface(XPCInterface interface) {
+    remoteInterface_ = std::make_shared<const XPCInterface>(std::move(interface));
+}
+
+void LinuxXPCConnection::setExportedObject(XPCInterface interface, std::shared_ptr<XPCObject> object) {
+    exported_ = {std::move(object), std::make_shared<const XPCInterface>(std::move(interface))};
+}
+
+void LinuxXPCConnection::setInvalidationHandler(std::function<void()> handler) {
+    invalidationHandler_ = std::move(handler);
+}
+
+void LinuxXPCConnection::setInterruptionHandler(std::function<void()> handler) {
+    interruptionHandler_ = std::move(handler);
+}
+
+void LinuxXPCConnection::resume() {
+    if (isListeners_) {
+        enqueue(emptyFrame(FrameKind::accepted));
+    }
+    std::thread([self = shared_from_this()] { self->run(); }).detach();
+}
+
+void LinuxXPCConnection::invalidate() {
+    {
+        const std::lock_guard lock(mutex_);
+        isInvalid_ = true;
+    }
+    wake();
+}
+
+std::shared_ptr<XPCObject> LinuxXPCConnection::remoteObjectProxy() {
+    return remoteInterface_ == nullptr
+               ? nullptr
+               : std::make_shared<RemoteObject>(shared_from_this(), 0, remoteInterface_);
+}
+
+std::shared_ptr<XPCObject> LinuxXPCConnection::synchronousRemoteObjectProxy(
+    std::function<void(const Error&)> failed) {
+    return remoteInterface_ == nullptr ? nullptr
+                                       : std::make_shared<SynchronousRemoteObject>(
+                                             shared_from_this(), remoteInterface_, std::move(failed));
+}
+
+// The connection's thread.
+
+void LinuxXPCConnection::run() {
+    for (;;) {
+        if (!isListeners_ && (!waitForSomethingToSend() || !connectToService())) {
+            end(Ending::invalidated);
+            return;
+        }
+        const Ending ending = serve();
+        end(ending);
+        if (ending == Ending::invalidated) {
+            return;
+        }
+    }
+}
+
+bool LinuxXPCConnection::waitForSomethingToSend() {
+    for (;;) {
+        {
+            const std::lock_guard lock(mutex_);
+            if (isInvalid_ || !outgoing_.empty()) {
+                return !isInvalid_;
+            }
+        }
+        pollfd wakeup{wakeup_.get(), POLLIN, 0};
+        ::poll(&wakeup, 1, -1);
+        drainWake();
+    }
+}
+
+bool LinuxXPCConnection::connectToService() {
+    Posix::Descriptor socket = connectToSocket(socketPath_);
+    const std::lock_guard lock(mutex_);
+    socket_ = std::move(socket);
+    return static_cast<bool>(socket_);
+}
+
+LinuxXPCConnection::Ending LinuxXPCConnection::serve() {
+    FrameBuffer buffer;
+    std::array<std::uint8_t, kReadSize> bytes;
+    for (;;) {
+        const auto events = static_cast<short>(hasOutgoing() ? POLLIN | POLLOUT : POLLIN);
+        std::array<pollfd, 2> polled{pollfd{socket_.get(), events, 0}, pollfd{wakeup_.get(), POLLIN, 0}};
+        ::poll(polled.data(), polled.size(), -1);
+        if (polled[1].revents != 0) {
+            drainWake();
+        }
+        {
+            const std::lock_guard lock(mutex_);
+            if (isInvalid_) {
+                return Ending::invalidated;
+            }
+            flush();
+        }
+        if (polled[0].revents == 0) {
+            continue;
+        }
+        const ssize_t count = ::recv(socket_.get(), bytes.data(), bytes.size(), MSG_DONTWAIT);
+        if (count < 0 && (errno == EAGAIN || errno == EINTR)) {
+            continue;
+        }
+        if (count <= 0) {
+            // A peer that leaves before it was taken or took us was never there.
+            return accepted_ && !isListeners_ ? Ending::interrupted : Ending::invalidated;
+        }
+        buffer.append({bytes.data(), static_cast<std::size_t>(count)});
+        Ending ending = Ending::invalidated;
+        if (!deliverFrames(buffer, ending)) {
+            return ending;
+        }
+    }
+}
+
+bool LinuxXPCConnection::deliverFrames(FrameBuffer& buffer, Ending& ending) {
+    while (const auto content = buffer.next()) {
+        if (!deliver(*content, ending)) {
+            return false;
+        }
+    }
+    return !buffer.isBroken() || refuse("a frame of a length that is not allowed");
+}
+
+bool LinuxXPCConnection::deliver(std::span<const std::uint8_t> content, Ending& ending) {
+    FrameReader reader(content);
+    const auto kind = static_cast<FrameKind>(reader.u8().value_or(0));
+    if (kind == FrameKind::message) {
+        return deliverMessage(reader);
+    }
+    if (kind == FrameKind::reply) {
+        return deliverReply(reader);
+    }
+    if (isListeners_) {
+        return refuse("a frame of an unknown kind");
+    }
+    ending = Ending::invalidated;
+    accepted_ = accepted_ || kind == FrameKind::accepted;
+    return kind == FrameKind::accepted;
+}
+
+bool LinuxXPCConnection::deliverMessage(FrameReader& reader) {
+    const auto number = reader.u32();
+    const auto reply = reader.u32();
+    const auto selector = reader.shortText();
+    if (!number || !reply || !selector) {
+        return refuse("a message that is cut off");
+    }
+    Exported target = exported_;
+    if (*number != 0) {
+        const std::lock_guard lock(mutex_);
+        const auto found = exportedArguments_.find(*number);
+        target = found == exportedArguments_.end() ? Exported{} : found->second;
+    }
+    const XPCMethod* method = target.object == nullptr ? nullptr : findMethod(*target.interface, *selector);
+    if (method == nullptr || method->replies != (*reply != 0)) {
+        return refuse("a message that nothing here understands");
+    }
+    const MakeProxy makeProxy = [this](std::uint32_t object, std::shared_ptr<const XPCInterface> interface) {
+        return std::make_shared<RemoteObject>(shared_from_this(), object, std::move(interface));
+    };
+    std::string refusal;
+    std::optional<std::vector<XPCValue>> arguments = readArguments(reader, *method, makeProxy, refusal);
+    if (!arguments) {
+        return refuse(std::string(method->selector) + ", " + refusal);
+    }
+    XPCReply completion;
+    if (method->replies) {
+        completion = [self = shared_from_this(), number = *reply](const std::optional<Error>& error) {
+            self->answer(number, error);
+        };
+    }
+    target.object->message(method->selector, std::move(*arguments), std::move(completion));
+    return true;
+}
+
+bool LinuxXPCConnection::deliverReply(FrameReader& reader) {
+    const auto number = reader.u32();
+    const auto failed = reader.u8();
+    const auto code = reader.u32();
+    const auto text = reader.sized();
+    if (!number || !failed || !code || !text) {
+        return refuse("a reply that is cut off");
+    }
+    Pending pending;
+    {
+        const std::lock_guard lock(mutex_);
+        const auto found = pending_.find(*number);
+        if (found == pending_.end()) {
+            return true;
+        }
+        pending = std::move(found->second);
+        pending_.erase(found);
+    }
+    if (*failed != 0) {
+        pending.reply(Error{std::string(asText(*text)), static_cast<std::int32_t>(*code)});
+    } else {
+        pending.reply(std::nullopt);
+    }
+    return true;
+}
+
+bool LinuxXPCConnection::refuse(const std::string& why) {
+    if (refused_) {
+        refused_(why);
+    }
+    enqueue(emptyFrame(FrameKind::invalidated));
+    return false;
+}
+
+void LinuxXPCConnection::answer(std::uint32_t number, const std::optional<Error>& error) {
+    FrameWriter frame(FrameKind::reply);
+    frame.u32(number);
+    frame.u8(error ? 1 : 0);
+    frame.u32(error ? static_cast<std::uint32_t>(error->code) : 0);
+    frame.sized(error ? std::string_view(error->description) : std::string_view());
+    enqueue(frame.finish());
+}
+
+void LinuxXPCConnection::end(Ending ending) {
+    const bool isInvalid = ending == Ending::invalidated;
+    std::map<std::uint32_t, Pending> pending;
+    std::map<std::uint32_t, Exported> exportedArguments;
+    {
+        const std::lock_guard lock(mutex_);
+        isInvalid_ = isInvalid_ || isInvalid;
+        socket_ = Posix::Descriptor();
+        outgoing_.clear();
+        sentOfFirst_ = 0;
+        pending.swap(pending_);
+        exportedArguments.swap(exportedArguments_);
+    }
+    accepted_ = false;
+    const std::string service = "The connection to service named " + serviceName_;
+    const Error error = isInvalid ? Error{service + " was invalidated.", kInvalidCode}
+                                  : Error{service + " was interrupted.", kInterruptedCode};
+    for (auto& [number, each] : pending) {
+        each.failed(error);
+    }
+    const std::function<void()>& handler = isInvalid ? invalidationHandler_ : interruptionHandler_;
+    if (handler) {
+        handler();
+    }
+    if (isInvalid) {
+        transaction_.reset();
+    }
+}
+
+// Any thread.
+
+void LinuxXPCConnection::send(std::uint32_t object, const XPCMethod& method, std::vector<XPCValue> arguments,
+                              Pending pending) {
+    std::uint32_t reply = 0;
+    bool isInvalid = false;
+    if (method.replies) {
+        const std::lock_guard lock(mutex_);
+        isInvalid = isInvalid_;
+        if (!isInvalid) {
+            reply = ++lastNumber_;
+            pending_.emplace(reply, std::move(pending));
+        }
+    }
+    if (isInvalid) {
+        pending.failed(
+            {"The connection to service named " + serviceName_ + " was invalidated.", kInvalidCode});
+        return;
+    }
+    enqueue(messageFrame(
+        object, reply, method, std::move(arguments),
+        [this](std::shared_ptr<XPCObject> argument, std::shared_ptr<const XPCInterface> interface) {
+            return exportObject({std::move(argument), std::move(interface)});
+        }));
+}
+
+void LinuxXPCConnection::enqueue(std::vector<std::uint8_t> frame) {
+    {
+        const std::lock_guard lock(mutex_);
+        if (isInvalid_) {
+            return;
+        }
+        outgoing_.push_back(std::move(frame));
+        flush();
+    }
+    wake();
+}
+
+/// Sends what the socket takes at once, under the mutex; a frame that is sent alone leaves in one call.
+void LinuxXPCConnection::flush() {
+    while (socket_ && !outgoing_.empty()) {
+        const std::vector<std::uint8_t>& frame = outgoing_.front();
+        const ssize_t count = ::send(socket_.get(), frame.data() + sentOfFirst_, frame.size() - sentOfFirst_,
+                                     MSG_NOSIGNAL | MSG_DONTWAIT);
+        if (count < 0) {
+            if (errno == EINTR) {
+                continue;
+            }
+            if (errno != EAGAIN) {
+                // The peer has gone; the connection's thread will see the end of the stream.
+                outgoing_.clear();
+                sentOfFirst_ = 0;
+            }
+            return;
+        }
+        sentOfFirst_ += static_cast<std::size_t>(count);
+        if (sentOfFirst_ == frame.size()) {
+            outgoing_.pop_front();
+            sentOfFirst_ = 0;
+        }
+    }
+}
+
+bool LinuxXPCConnection::hasOutgoing() {
+    const std::lock_guard lock(mutex_);
+    return !outgoing_.empty();
+}
+
+void LinuxXPCConnection::wake() {
+    const std::uint64_t one = 1;
+    static_cast<void>(!::write(wakeup_.get(), &one, sizeof one));
+}
+
+void LinuxXPCConnection::drainWake() {
+    std::uint64_t count = 0;
+    static_cast<void>(!::read(wakeup_.get(), &count, sizeof count));
+}
+
+std::uint32_t LinuxXPCConnection::exportObject(Exported exported) {
+    const std::lock_guard lock(mutex_);
+    const std::uint32_t number = ++lastNumber_;
+    exportedArguments_.emplace(number, std::move(exported));
+    return number;
+}
+
+}  // namespace Platform::Linux

@@ -1,0 +1,110 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "Platform/Linux/XPCWire.h"
+#include "Platform/Posix/Descriptor.h"
+#include "Platform/XPC.h"
+
+namespace Platform::Linux {
+
+/// An XPC connection over a Unix-domain stream socket, for either end.
+///
+/// Each resumed connection has one thread of its own, which keeps it alive: it connects when the first
+/// message is waiting, reads and delivers frames, calls the handlers, and sends what could not be sent at
+/// once. A client's connection survives its helper: after an interruption the next message connects anew. A
+/// listener's does not.
+class LinuxXPCConnection final : public XPCConnection,
+                                 public std::enable_shared_from_this<LinuxXPCConnection> {
+  public:
+    /// A client's connection to the service whose socket has this path.
+    LinuxXPCConnection(std::string serviceName, std::string socketPath);
+    /// A listener's connection over an accepted socket. `transaction` is held as long as the connection is in
+    /// use; `refused` is told why a message was refused.
+    LinuxXPCConnection(Posix::Descriptor socket, std::shared_ptr<void> transaction,
+                       std::function<void(const std::string& why)> refused);
+
+    void setRemoteObjectInterface(XPCInterface interface) override;
+    void setExportedObject(XPCInterface interface, std::shared_ptr<XPCObject> object) override;
+    void setInvalidationHandler(std::function<void()> handler) override;
+    void setInterruptionHandler(std::function<void()> handler) override;
+    void resume() override;
+    void invalidate() override;
+    [[nodiscard]] std::shared_ptr<XPCObject> remoteObjectProxy() override;
+    [[nodiscard]] std::shared_ptr<XPCObject> synchronousRemoteObjectProxy(
+        std::function<void(const Error&)> failed) override;
+
+    /// For proxies. What an answer or its failure leads to; called once, on the connection's thread.
+    struct Pending {
+        XPCReply reply;
+        std::function<void(const Error&)> failed;
+    };
+    /// For proxies: sends one message to the peer's object with this number. `pending` is kept when the
+    /// method replies.
+    void send(std::uint32_t object, const XPCMethod& method, std::vector<XPCValue> arguments,
+              Pending pending);
+
+  private:
+    struct Exported {
+        std::shared_ptr<XPCObject> object;
+        std::shared_ptr<const XPCInterface> interface;
+    };
+    enum class Ending : std::uint8_t { interrupted, invalidated };
+
+    void run();
+    [[nodiscard]] bool waitForSomethingToSend();
+    [[nodiscard]] bool connectToService();
+    [[nodiscard]] Ending serve();
+    [[nodiscard]] bool deliverFrames(FrameBuffer& buffer, Ending& ending);
+    [[nodiscard]] bool deliver(std::span<const std::uint8_t> content, Ending& ending);
+    [[nodiscard]] bool deliverMessage(FrameReader& reader);
+    [[nodiscard]] bool deliverReply(FrameReader& reader);
+    [[nodiscard]] bool refuse(const std::string& why);
+    void answer(std::uint32_t number, const std::optional<Error>& error);
+    void end(Ending ending);
+
+    void enqueue(std::vector<std::uint8_t> frame);
+    void flush();
+    [[nodiscard]] bool hasOutgoing();
+    void wake();
+    void drainWake();
+    [[nodiscard]] std::uint32_t exportObject(Exported exported);
+
+    const std::string serviceName_;
+    const std::string socketPath_;
+    const bool isListeners_;
+    std::function<void(const std::string&)> refused_;
+
+    // Set before resume, used by the connection's thread.
+    std::shared_ptr<const XPCInterface> remoteInterface_;
+    Exported exported_;
+    std::function<void()> invalidationHandler_;
+    std::function<void()> interruptionHandler_;
+
+    // The connection's thread's own.
+    bool accepted_ = false;
+    std::shared_ptr<void> transaction_;
+
+    // Shared by all threads, under the mutex.
+    std::mutex mutex_;
+    Posix::Descriptor socket_;
+    std::deque<std::vector<std::uint8_t>> outgoing_;
+    std::size_t sentOfFirst_ = 0;
+    std::uint32_t lastNumber_ = 0;
+    std::map<std::uint32_t, Exported> exportedArguments_;
+    std::map<std::uint32_t, Pending> pending_;
+    bool isInvalid_ = false;
+
+    Posix::Descriptor wakeup_;
+};
+
+}  // namespace Platform::Linux

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Platform/Posix/Descriptor.h"
+#include "Platform/XPC.h"
+
+namespace Platform::Linux {
+
+/// A mach service's listener: the stream socket that process 1 handed to this job.
+class LinuxXPCListener final : public XPCListener {
+  public:
+    /// Tells the code-signing identifier of a running process, or nothing when it has no trustworthy one.
+    using Identify = std::function<std::optional<std::string>(std::int32_t pid)>;
+
+    LinuxXPCListener(Posix::Descriptor socket, std::vector<std::string> clientRequirements,
+                     Identify identify);
+
+    void run(const Accept& accept, const Refused& refused, std::uint32_t idleSeconds) override;
+    [[nodiscard]] std::shared_ptr<void> transaction() override;
+
+  private:
+    struct Activity;
+
+    void acceptOne(const Accept& accept, const Refused& refused);
+    [[nodiscard]] std::optional<std::string> refusalOf(const XPCPeer& peer) const;
+
+    Posix::Descriptor socket_;
+    std::vector<std::string> clientRequirements_;
+    Identify identify_;
+    std::shared_ptr<Activity> activity_;
+};
+
+/// The identifier that a code-signing requirement names: X in `identifier "X" and ...`. Nothing when it names
+/// none.
+[[nodiscard]] std::optional<std::string> identifierOfRequirement(std::string_view requirement);
+
+}  // namespace Platform::Linux

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <sys/types.h>
+
+namespace Platform::Posix {
+
+// The few file calls that differ between the systems; each system has its own source file for them. All
+// return 0 or a descriptor on success, -1 with errno on failure.
+
+/// Opens the item itself, a link as the link (O_SYMLINK, or O_PATH with O_NOFOLLOW), for the two operations
+/// below.
+[[nodiscard]] int openItemItself(const char* path);
+/// fchmod for such a descriptor; EOPNOTSUPP for a link where links have no mode of their own.
+[[nodiscard]] int setModeOfOpenItem(int item, mode_t mode);
+/// fchown for such a descriptor.
+[[nodiscard]] int setOwnerOfOpenItem(int item, uid_t owner, gid_t group);
+
+/// Opens a folder as the starting point of descriptor-relative calls, following links. Where the system can,
+/// permission to search the folder is enough.
+[[nodiscard]] int openFolderForLookup(const char* path);
+
+}  // namespace Platform::Posix

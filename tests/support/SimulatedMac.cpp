@@ -1,0 +1,222 @@
+#include "support/SimulatedMac.h"
+
+#include <array>
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <regex>
+#include <sstream>
+#include <stdexcept>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <spawn.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace TestSupport {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+struct Pipe {
+    Pipe() {
+        if (::pipe2(ends.data(), O_CLOEXEC) != 0) {
+            throw std::runtime_error("no pipe");
+        }
+    }
+    std::array<int, 2> ends{};
+};
+
+/// Reads both pipes until they end or time is up.
+void collect(int out, int err, Clock::time_point deadline, ProgramResult& result) {
+    std::array<pollfd, 2> pipes{pollfd{out, POLLIN, 0}, pollfd{err, POLLIN, 0}};
+    std::array<std::string*, 2> texts{&result.out, &result.err};
+    std::array<char, 65536> buffer;
+    while ((pipes[0].fd >= 0 || pipes[1].fd >= 0) && Clock::now() < deadline) {
+        static_cast<void>(::poll(pipes.data(), pipes.size(), 100));
+        for (std::size_t index = 0; index < pipes.size(); ++index) {
+            if (pipes[index].fd < 0 || pipes[index].revents == 0) {
+                continue;
+            }
+            const ssize_t count = ::read(pipes[index].fd, buffer.data(), buffer.size());
+            if (count <= 0) {
+                pipes[index].fd = -1;
+            } else {
+                texts[index]->append(buffer.data(), static_cast<std::size_t>(count));
+            }
+        }
+    }
+}
+
+std::string readWhole(const std::string& file) {
+    std::ifstream stream(file, std::ios::binary);
+    std::ostringstream text;
+    text << stream.rdbuf();
+    return text.str();
+}
+
+std::vector<std::string> linesOf(const std::string& text) {
+    std::vector<std::string> lines;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);) {
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+std::vector<std::string> column(const nlohmann::json& rows, const char* name) {
+    std::vector<std::string> values;
+    for (const auto& row : rows) {
+        values.push_back(row.at(name).get<std::string>());
+    }
+    return values;
+}
+
+}  // namespace
+
+ProgramResult runProgram(const std::vector<std::string>& command, int seconds) {
+    Pipe out;
+    Pipe err;
+    posix_spawn_file_actions_t actions;
+    ::posix_spawn_file_actions_init(&actions);
+    ::posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+    ::posix_spawn_file_actions_adddup2(&actions, out.ends[1], STDOUT_FILENO);
+    ::posix_spawn_file_actions_adddup2(&actions, err.ends[1], STDERR_FILENO);
+    std::vector<std::string> words = command;
+    std::vector<char*> pointers;
+    for (std::string& word : words) {
+        pointers.push_back(word.data());
+    }
+    pointers.push_back(nullptr);
+    ProgramResult result;
+    pid_t child = 0;
+    const int failure = ::posix_spawnp(&child, pointers.front(), &actions, nullptr, pointers.data(), environ);
+    ::posix_spawn_file_actions_destroy(&actions);
+    ::close(out.ends[1]);
+    ::close(err.ends[1]);
+    if (failure == 0) {
+        const auto deadline = Clock::now() + std::chrono::seconds(seconds);
+        collect(out.ends[0], err.ends[0], deadline, result);
+        if (Clock::now() >= deadline) {
+            ::kill(child, SIGTERM);
+        }
+        int status = 0;
+        while (::waitpid(child, &status, 0) < 0 && errno == EINTR) {
+        }
+        result.status = WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
+    }
+    ::close(out.ends[0]);
+    ::close(err.ends[0]);
+    return result;
+}
+
+SimulatedMac::SimulatedMac() {
+    scratch_ = (fs::temp_directory_path() / "simulated-mac.XXXXXX").string();
+    if (::mkdtemp(scratch_.data()) == nullptr) {
+        throw std::runtime_error("no scratch folder");
+    }
+    ::chmod(scratch_.c_str(), 0755);
+    folder_ = scratch_ + "/mac";
+}
+
+SimulatedMac::~SimulatedMac() {
+    // Knows how to remove what belongs to the Mac's users; the rest is this user's own.
+    static_cast<void>(runProgram({macsim(), "delete", folder_}));
+    static_cast<void>(runProgram({"rm", "-rf", "--", scratch_}));
+}
+
+std::string SimulatedMac::macsim() {
+    return SENTREL_BINARIES "/macsim";
+}
+
+ProgramResult SimulatedMac::create(const std::vector<std::string>& options) {
+    std::vector<std::string> command{macsim(), "create", folder_};
+    command.insert(command.end(), options.begin(), options.end());
+    return runProgram(command);
+}
+
+ProgramResult SimulatedMac::run(const std::vector<std::string>& faults,
+                                const std::vector<std::string>& command, const std::string& user) {
+    std::vector<std::string> words{macsim(), "run", folder_, "--as", user};
+    for (const std::string& fault : faults) {
+        words.insert(words.end(), {"--fault", fault});
+    }
+    words.emplace_back("--");
+    words.insert(words.end(), command.begin(), command.end());
+    return runProgram(words);
+}
+
+ProgramResult SimulatedMac::shell(const std::string& line, const std::string& user) {
+    return run({}, {"sh", "-c", line}, user);
+}
+
+std::vector<std::string> SimulatedMac::log() const {
+    return linesOf(contents("/var/log/system.log"));
+}
+
+std::vector<std::string> SimulatedMac::messages(const std::string& program) const {
+    static const std::regex entry(R"(^[A-Z][a-z]{2} [ 0-9]\d \d\d:\d\d:\d\d Mac (.*?)\[(\d+)\]: (.*)$)");
+    std::vector<std::string> texts;
+    bool wanted = false;
+    for (const std::string& line : log()) {
+        std::smatch parts;
+        if (std::regex_match(line, parts, entry)) {
+            wanted = parts[1] == program;
+            if (wanted) {
+                texts.push_back(parts[3]);
+            }
+        } else if (wanted) {
+            texts.back() += "\n" + line;
+        }
+    }
+    return texts;
+}
+
+nlohmann::json SimulatedMac::state() const {
+    auto parsed = nlohmann::json::parse(contents("/var/macsim/state.json"), nullptr, false);
+    return parsed.is_object() ? parsed : nlohmann::json::object();
+}
+
+std::vector<std::string> SimulatedMac::jobs(const std::string& domain) const {
+    const auto recorded = state();
+    return recorded.contains("jobs") && recorded["jobs"].contains(domain)
+               ? column(recorded["jobs"][domain], "label")
+               : std::vector<std::string>{};
+}
+
+std::vector<std::string> SimulatedMac::processes() const {
+    const auto recorded = state();
+    return recorded.contains("processes") ? column(recorded["processes"], "name")
+                                          : std::vector<std::string>{};
+}
+
+std::string SimulatedMac::contents(const std::string& macPath) const {
+    return readWhole(path(macPath));
+}
+
+bool SimulatedMac::exists(const std::string& macPath) const {
+    std::error_code error;
+    return fs::exists(fs::symlink_status(path(macPath), error));
+}
+
+void SimulatedMac::put(const std::string& macPath, const std::string& bytes, unsigned mode) const {
+    fs::create_directories(fs::path(path(macPath)).parent_path());
+    std::ofstream(path(macPath), std::ios::binary) << bytes;
+    ::chmod(path(macPath).c_str(), mode);
+}
+
+void SimulatedMac::putCopy(const std::string& macPath, const std::string& hostFile, unsigned mode) const {
+    fs::create_directories(fs::path(path(macPath)).parent_path());
+    fs::copy_file(hostFile, path(macPath), fs::copy_options::overwrite_existing);
+    ::chmod(path(macPath).c_str(), mode);
+}
+
+}  // namespace TestSupport

@@ -1,0 +1,188 @@
+#include <filesystem>
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include "Support/PropertyList.h"
+#include "support/SimulatedMac.h"
+
+namespace {
+
+using TestSupport::ProgramResult;
+using TestSupport::SimulatedMac;
+
+constexpr const char* kLabel = "com.norvik.InstallerHelper";
+constexpr const char* kClient = "/Applications/Client.app/Contents/MacOS/client";
+constexpr const char* kTool = "/Library/PrivilegedHelperTools/com.norvik.InstallerHelper";
+constexpr const char* kRefused = "The operation couldn\u2019t be completed. (CFErrorDomainLaunchd error ";
+constexpr const char* kReports =
+    "commandExecutingDidExecuteCommand:withWeight: 1\ncommandExecutingDidExecuteCommand:withWeight: 2\n"
+    "commandExecutingDidExecuteCommand:withWeight: 3\ndone as 0\n\n";
+
+class MacsimBlessing : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        ASSERT_EQ(mac_.create().status, 0);
+        mac_.putCopy(kClient, SENTREL_FIXTURES "/macsim_client");
+        mac_.putCopy(std::string("/Applications/Client.app/Contents/Library/LaunchServices/") + kLabel,
+                     SENTREL_FIXTURES "/macsim_helper");
+        putInfo("com.example.client", kLabel);
+    }
+
+    void putInfo(const std::string& identifier, const std::string& helper) {
+        const Simulator::PropertyList info{
+            {"CFBundleIdentifier", identifier},
+            {"SMPrivilegedExecutables", {{helper, "identifier \"" + helper + "\""}}}};
+        mac_.put("/Applications/Client.app/Contents/Info.plist",
+                 Simulator::writePropertyList(info, Simulator::PropertyListForm::xml));
+    }
+
+    ProgramResult client(std::vector<std::string> steps, const std::vector<std::string>& faults = {},
+                         const std::string& user = "root") {
+        steps.insert(steps.begin(), kClient);
+        return mac_.run(faults, steps, user);
+    }
+
+    SimulatedMac mac_;
+};
+
+TEST_F(MacsimBlessing, InstallsTheToolAndItsJob) {
+    EXPECT_EQ(client({"authorize", "2", ",", "bless", kLabel}).out, "granted\nblessed\n");
+    struct stat status {};
+    ASSERT_EQ(::stat(mac_.path(kTool).c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777U, 0544U);
+    const auto job = Simulator::parsePropertyList(
+        mac_.contents("/Library/LaunchDaemons/com.norvik.InstallerHelper.plist"));
+    ASSERT_TRUE(job.has_value());
+    EXPECT_EQ(job->at("ProgramArguments"), std::vector<std::string>{kTool});
+    EXPECT_EQ(mac_.jobs("system"), std::vector<std::string>{kLabel});
+}
+
+TEST_F(MacsimBlessing, TheHelperStartsOnDemandAndLeavesWhenIdle) {
+    EXPECT_EQ(client({"authorize", "2", ",", "bless", kLabel, ",", "call", kLabel}).out,
+              std::string("granted\nblessed\n") + kReports);
+    EXPECT_TRUE(mac_.processes().empty());
+}
+
+TEST_F(MacsimBlessing, TheHelperStartsAgainAfterItHasLeft) {
+    const std::string line = std::string(kClient) + " authorize 2 , bless " + kLabel + " , call " + kLabel +
+                             " >/dev/null; sleep 1; " + kClient + " call " + kLabel;
+    EXPECT_EQ(mac_.shell(line).out, kReports);
+}
+
+TEST_F(MacsimBlessing, AnybodyMayCallTheService) {
+    ASSERT_EQ(client({"authorize", "2", ",", "bless", kLabel}).status, 0);
+    EXPECT_EQ(client({"call", kLabel}, {}, "alice").out, kReports);
+}
+
+TEST_F(MacsimBlessing, ReplacesAnOlderToolOfTheSameLabel) {
+    SimulatedMac older;
+    ASSERT_EQ(older.create({"--installed", "current", "--without-uninstaller"}).status, 0);
+    older.putCopy(kClient, SENTREL_FIXTURES "/macsim_client");
+    older.putCopy(std::string("/Applications/Client.app/Contents/Library/LaunchServices/") + kLabel,
+                  SENTREL_FIXTURES "/macsim_helper");
+    older.put("/Applications/Client.app/Contents/Info.plist",
+              mac_.contents("/Applications/Client.app/Contents/Info.plist"));
+    EXPECT_EQ(older.run({}, {kClient, "authorize", "2", ",", "bless", kLabel, ",", "call", kLabel}).out,
+              std::string("granted\nblessed\n") + kReports);
+}
+
+TEST_F(MacsimBlessing, OnlyRootIsAuthorized) {
+    for (const char* flags : {"2", "3"}) {
+        EXPECT_EQ(client({"authorize", flags, ",", "bless", kLabel}, {}, "alice").out,
+                  std::string("denied\n4 ") + kRefused + "4.)\n");
+    }
+    EXPECT_FALSE(mac_.exists(kTool));
+}
+
+TEST_F(MacsimBlessing, AnAuthorizationIsGoodForItsOwnProcessOnly) {
+    const std::string line = std::string(kClient) +
+                             " raw authorize 2 system.privilege.admin | sed 's/^0.//' >/tmp/t; " + kClient +
+                             " raw bless $(cat /tmp/t) " + kLabel;
+    EXPECT_EQ(mac_.shell(line).out, std::string("4|") + kRefused + "4.)\n");
+    EXPECT_EQ(mac_.contents("/tmp/t").size(), 33U);
+}
+
+TEST_F(MacsimBlessing, BothSidesMustNameEachOther) {
+    putInfo("com.example.client", "com.example.unrelated");
+    EXPECT_EQ(client({"authorize", "2", ",", "bless", kLabel}).out,
+              std::string("granted\n3 ") + kRefused + "3.)\n");
+    putInfo("com.example.stranger", kLabel);
+    EXPECT_EQ(client({"authorize", "2", ",", "bless", kLabel}).out,
+              std::string("granted\n3 ") + kRefused + "3.)\n");
+    EXPECT_EQ(mac_.messages("launchd"),
+              (std::vector<std::string>{"Blessing of com.norvik.InstallerHelper refused: the application's "
+                                        "SMPrivilegedExecutables do not name it",
+                                        "Blessing of com.norvik.InstallerHelper refused: its "
+                                        "SMAuthorizedClients do not name the application"}));
+}
+
+TEST_F(MacsimBlessing, RefusesAToolWithoutProperContents) {
+    const std::string tool =
+        std::string("/Applications/Client.app/Contents/Library/LaunchServices/") + kLabel;
+    mac_.put(tool, "#!/bin/sh\n", 0755);
+    EXPECT_EQ(client({"authorize", "2", ",", "bless", kLabel}).out,
+              std::string("granted\n3 ") + kRefused + "3.)\n");
+    std::filesystem::remove(mac_.path(tool));
+    EXPECT_EQ(client({"authorize", "2", ",", "bless", kLabel}).out,
+              std::string("granted\n6 ") + kRefused + "6.)\n");
+    EXPECT_EQ(client({"authorize", "2", ",", "bless", "../../../tmp/x"}).out,
+              std::string("granted\n6 ") + kRefused + "6.)\n");
+}
+
+TEST_F(MacsimBlessing, RefusesAProgramOutsideAnyApplication) {
+    mac_.putCopy("/usr/local/bin/client", SENTREL_FIXTURES "/macsim_client");
+    EXPECT_EQ(mac_.run({}, {"client", "authorize", "2", ",", "bless", kLabel}).out,
+              std::string("granted\n3 ") + kRefused + "3.)\n");
+}
+
+TEST_F(MacsimBlessing, IdentifiesApplicationsThatOnlyRootCanHaveWritten) {
+    EXPECT_EQ(client({"identify-self"}).out, "0|com.example.client\n");
+    EXPECT_EQ(client({"identify-self"}, {}, "alice").out, "0|com.example.client\n");
+    EXPECT_EQ(client({"identify", "1"}).out, "1|\n");
+    EXPECT_EQ(client({"identify", "99999"}).out, "1|\n");
+    EXPECT_EQ(client({"identify", "nonsense"}).out, "1|\n");
+}
+
+TEST_F(MacsimBlessing, IdentifiesNoApplicationThatSomebodyElseMayHaveWritten) {
+    ASSERT_EQ(mac_.shell("cp -R /Applications/Client.app ~/Client.app", "alice").status, 0);
+    EXPECT_EQ(mac_.run({}, {"/Users/alice/Client.app/Contents/MacOS/client", "identify-self"}).out, "1|\n");
+    for (const char* item :
+         {"", "/Contents", "/Contents/MacOS", "/Contents/MacOS/client", "/Contents/Info.plist"}) {
+        const std::string path = std::string("/Applications/Client.app") + item;
+        EXPECT_EQ(mac_.shell("chmod o+w " + path + "; " + kClient + " identify-self; chmod o-w " + path).out,
+                  "1|\n")
+            << path;
+    }
+    EXPECT_EQ(client({"identify-self"}).out, "0|com.example.client\n");
+}
+
+TEST_F(MacsimBlessing, FaultsOfBlessingAndAuthorizationShowAsErrors) {
+    EXPECT_EQ(client({"authorize", "2"}, {"authorization"}).out, "denied\n");
+    EXPECT_EQ(client({"authorize", "2", ",", "bless", kLabel}, {"bless-installer"}).out,
+              std::string("granted\n2 ") + kRefused + "2.)\n");
+    EXPECT_EQ(
+        client({"authorize", "2", ",", "bless", "com.norvik.SupportPrivilegedHelper"}, {"bless-support"}).out,
+        std::string("granted\n2 ") + kRefused + "2.)\n");
+    EXPECT_FALSE(mac_.exists(kTool));
+}
+
+TEST_F(MacsimBlessing, ABlessedHelperMayHaveNoService) {
+    EXPECT_EQ(
+        client({"authorize", "2", ",", "bless", kLabel, ",", "call", kLabel}, {"no-installer-service"}).out,
+        "granted\nblessed\nunreachable: No such file or directory\n");
+}
+
+TEST_F(MacsimBlessing, TheHelperDiesAfterTheReportAsked) {
+    EXPECT_EQ(
+        client({"authorize", "2", ",", "bless", kLabel, ",", "call", kLabel}, {"helper-exit-after=2"}).out,
+        "granted\nblessed\ncommandExecutingDidExecuteCommand:withWeight: 1\n"
+        "commandExecutingDidExecuteCommand:withWeight: 2\n\n");
+}
+
+TEST_F(MacsimBlessing, AMuteHelperSaysEverythingButItsReports) {
+    EXPECT_EQ(client({"authorize", "2", ",", "bless", kLabel, ",", "call", kLabel}, {"helper-mute"}).out,
+              "granted\nblessed\ndone as 0\n\n");
+}
+
+}  // namespace

@@ -1,0 +1,173 @@
+#include <algorithm>
+
+#include <gtest/gtest.h>
+
+#include "support/SimulatedMac.h"
+
+namespace {
+
+using TestSupport::ProgramResult;
+using TestSupport::SimulatedMac;
+
+constexpr const char* kDaemonPlist = "/Library/LaunchDaemons/com.example.sleeper.plist";
+constexpr const char* kAgentPlist = "/Library/LaunchAgents/com.example.agent.plist";
+
+std::string plist(const std::string& label, const std::string& program, const std::string& more = "") {
+    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist "
+           "version=\"1.0\"><dict><key>Label</key><string>" +
+           label + "</string><key>ProgramArguments</key><array><string>" + program +
+           "</string></array><key>RunAtLoad</key><true/>" + more + "</dict></plist>\n";
+}
+
+class MacsimLaunchctl : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        ASSERT_EQ(mac_.create().status, 0);
+        mac_.put("/usr/local/bin/sleeper", "#!/bin/sh\nexec sleep 1000\n", 0755);
+        mac_.put("/usr/local/bin/stubborn", "#!/bin/sh\ntrap '' TERM\nwhile :; do sleep 1; done\n", 0755);
+        mac_.put(kDaemonPlist, plist("com.example.sleeper", "/usr/local/bin/sleeper"));
+        mac_.put(kAgentPlist, plist("com.example.agent", "/usr/local/bin/sleeper"));
+    }
+
+    void expect(const std::string& line, int status, const std::string& error,
+                const std::string& user = "root") {
+        const ProgramResult result = mac_.shell(line, user);
+        EXPECT_EQ(result.status, status) << line;
+        EXPECT_EQ(result.err, error) << line;
+    }
+
+    SimulatedMac mac_;
+};
+
+TEST_F(MacsimLaunchctl, PrintSucceedsOnlyForARegisteredService) {
+    const ProgramResult found = mac_.shell("launchctl print system/com.example.sleeper");
+    EXPECT_EQ(found.status, 0);
+    EXPECT_NE(found.out.find("state = running"), std::string::npos);
+    expect("launchctl print system/com.example.none", 113,
+           "Could not find service \"com.example.none\" in domain for system\n");
+    expect("launchctl print gui/501/com.example.none", 113,
+           "Could not find service \"com.example.none\" in domain for user gui: 501\n");
+    expect("launchctl print gui/777/com.example.none", 112, "Could not find domain for user gui: 777\n");
+}
+
+TEST_F(MacsimLaunchctl, BootoutEndsTheProcessBeforeItReturns) {
+    const ProgramResult result = mac_.shell("pgrep -x sleep | wc -l; launchctl bootout system " +
+                                            std::string(kDaemonPlist) + " && pgrep -x sleep | wc -l");
+    EXPECT_EQ(result.out, "4\n3\n");
+    EXPECT_TRUE(mac_.jobs("system").empty());
+}
+
+TEST_F(MacsimLaunchctl, BootoutOfAServiceThatIsNotLoadedFails) {
+    expect("launchctl bootout system " + std::string(kDaemonPlist) + "; launchctl bootout system " +
+               std::string(kDaemonPlist),
+           3, "Boot-out failed: 3: No such process\n");
+    expect("launchctl bootout system/com.example.none", 3, "Boot-out failed: 3: No such process\n");
+}
+
+TEST_F(MacsimLaunchctl, BootoutNeedsThePropertyListThatItIsGiven) {
+    expect("rm " + std::string(kDaemonPlist) + "; launchctl bootout system " + kDaemonPlist, 5,
+           "Boot-out failed: 5: Input/output error\n");
+}
+
+TEST_F(MacsimLaunchctl, BootoutInADomainThatIsNotThereFails) {
+    expect("launchctl bootout gui/0 " + std::string(kAgentPlist), 125,
+           "Boot-out failed: 125: Domain does not support specified action\n");
+}
+
+TEST_F(MacsimLaunchctl, BootoutInProgressIsToldApart) {
+    mac_.put(kDaemonPlist, plist("com.example.sleeper", "/usr/local/bin/stubborn",
+                                 "<key>ExitTimeOut</key><integer>2</integer>"));
+    expect(
+        "launchctl bootout system/com.example.sleeper & sleep 0.3; launchctl bootout "
+        "system/com.example.sleeper; "
+        "s=$?; wait; exit $s",
+        36, "Boot-out failed: 36: Operation now in progress\n");
+    EXPECT_TRUE(mac_.jobs("system").empty()) << "what ignores SIGTERM is killed in the end";
+}
+
+TEST_F(MacsimLaunchctl, BootstrapOfALoadedServiceFails) {
+    expect("launchctl bootstrap system " + std::string(kDaemonPlist), 37,
+           "Bootstrap failed: 37: Operation already in progress\n");
+}
+
+TEST_F(MacsimLaunchctl, BootstrapLoadsAgainWhatWasBootedOut) {
+    expect("launchctl bootout gui/501 " + std::string(kAgentPlist) + " && launchctl bootstrap gui/501 " +
+               kAgentPlist,
+           0, "");
+    EXPECT_EQ(mac_.jobs("gui/501"), std::vector<std::string>{"com.example.agent"});
+}
+
+TEST_F(MacsimLaunchctl, BootstrapRefusesAPropertyListThatOthersMayWrite) {
+    expect("launchctl bootout system/com.example.sleeper; chmod 666 " + std::string(kDaemonPlist) +
+               "; launchctl bootstrap system " + kDaemonPlist,
+           122, "Bootstrap failed: 122: Path had bad ownership/permissions\n");
+}
+
+TEST_F(MacsimLaunchctl, TheStickyModeOfAStartedPlistIsAccepted) {
+    expect("launchctl bootout system/com.example.sleeper; chmod 1204 " + std::string(kDaemonPlist) +
+               "; launchctl bootstrap system " + kDaemonPlist,
+           0, "");
+}
+
+TEST_F(MacsimLaunchctl, ADisabledServiceStaysDisabledOverARestart) {
+    ASSERT_EQ(mac_.shell("launchctl disable system/com.example.sleeper").status, 0);
+    expect("launchctl bootstrap system " + std::string(kDaemonPlist), 119,
+           "Bootstrap failed: 119: Service is disabled\n");
+    expect("launchctl enable system/com.example.sleeper && launchctl bootstrap system " +
+               std::string(kDaemonPlist),
+           0, "");
+    EXPECT_EQ(mac_.jobs("system"), std::vector<std::string>{"com.example.sleeper"});
+}
+
+TEST_F(MacsimLaunchctl, AUserModifiesOnlyTheOwnDomain) {
+    expect("launchctl bootout system/com.example.sleeper", 1, "Boot-out failed: 1: Operation not permitted\n",
+           "alice");
+    expect("launchctl bootout gui/502/com.example.agent", 1, "Boot-out failed: 1: Operation not permitted\n",
+           "alice");
+    expect("launchctl bootout gui/501/com.example.agent", 0, "", "alice");
+}
+
+TEST_F(MacsimLaunchctl, AgentsRunOncePerLoggedInUserUnderTheirIds) {
+    ASSERT_EQ(mac_.run({}, {"true"}).status, 0);
+    std::vector<int> uids;
+    for (const auto& process : mac_.state().at("processes")) {
+        uids.push_back(process.at("uid"));
+    }
+    std::sort(uids.begin(), uids.end());
+    EXPECT_EQ(uids, (std::vector<int>{0, 501, 502, 503}));
+}
+
+TEST_F(MacsimLaunchctl, KickstartAndKillReachTheProcess) {
+    const ProgramResult result = mac_.shell(
+        "pid() { launchctl list com.example.sleeper | sed -n 's/.*pid = //p'; }; a=$(pid); "
+        "launchctl kickstart -k system/com.example.sleeper; sleep 0.2; b=$(pid); launchctl kill KILL "
+        "system/com.example.sleeper; sleep 0.2; [ -n \"$a\" ] && [ -n \"$b\" ] && [ $a != $b ] && [ -z "
+        "\"$(pid)\" ]");
+    EXPECT_EQ(result.status, 0) << result.err;
+}
+
+TEST_F(MacsimLaunchctl, RemoveForgetsAJob) {
+    expect("launchctl remove com.example.sleeper", 0, "");
+    EXPECT_TRUE(mac_.jobs("system").empty());
+}
+
+TEST_F(MacsimLaunchctl, KeptAliveJobsComeBackAfterTheirThrottle) {
+    mac_.put(kDaemonPlist,
+             plist("com.example.sleeper", "/usr/local/bin/sleeper",
+                   "<key>KeepAlive</key><true/><key>ThrottleInterval</key><integer>1</integer>"));
+    expect(
+        "launchctl kill KILL system/com.example.sleeper; sleep 0.2; launchctl list com.example.sleeper | "
+        "grep pid; "
+        "sleep 1.2; launchctl list com.example.sleeper | grep -q pid",
+        0, "");
+}
+
+TEST_F(MacsimLaunchctl, MisuseIsAnsweredWithUsage) {
+    EXPECT_EQ(mac_.shell("launchctl").status, 64);
+    EXPECT_EQ(mac_.shell("launchctl no-such-verb").status, 64);
+    EXPECT_EQ(mac_.shell("launchctl print nonsense/1").status, 64);
+    EXPECT_EQ(mac_.shell("launchctl bootout system").status, 64);
+    EXPECT_EQ(mac_.shell("launchctl kill NONSENSE system/x").status, 64);
+}
+
+}  // namespace

@@ -1,0 +1,128 @@
+#include <sys/mount.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+
+#include <sched.h>
+
+#include <atomic>
+#include <thread>
+
+#include "FileManagerContract.h"
+#include "Platform/Linux/LinuxFileManager.h"
+
+namespace PlatformTests {
+
+using Platform::Linux::LinuxFileManager;
+
+INSTANTIATE_TYPED_TEST_SUITE_P(Linux, FileManagerContract, LinuxFileManager);
+
+namespace {
+
+TEST(LocalDirectory, IsCreatedWhenItIsMissing) {
+    const Scratch scratch;
+    LinuxFileManager files(scratch.path());
+    using enum Platform::SearchPathDirectory;
+    EXPECT_EQ(files.localDirectory(applications), scratch.url("Applications"));
+    EXPECT_EQ(files.localDirectory(applicationSupport), scratch.url("Library/Application Support"));
+    EXPECT_EQ(files.localDirectory(users), scratch.url("Users"));
+    EXPECT_TRUE(files.itemExists(scratch.url("Applications")));
+    EXPECT_TRUE(files.itemExists(scratch.url("Library/Application Support")));
+    EXPECT_TRUE(files.itemExists(scratch.url("Users")));
+}
+
+TEST(LocalDirectory, IsNamedAlsoWhenItCannotBeCreated) {
+    const Scratch scratch;
+    makeFile(scratch.path("file"));
+    LinuxFileManager files(scratch.path("file"));
+    EXPECT_EQ(files.localDirectory(Platform::SearchPathDirectory::users), scratch.url("file/Users"));
+}
+
+TEST(RemoveItem, NeedsFewDescriptors) {
+    const Scratch scratch;
+    makeFolder(scratch.path("top"));
+    giveToUnprivileged(scratch.path());
+    makeDeepFolders(scratch.path("top"), 100);
+    const pid_t child = ::fork();
+    if (child == 0) {
+        const rlim_t allowed = static_cast<rlim_t>(openDescriptors()) + 24;
+        const rlimit limit{allowed, allowed};
+        LinuxFileManager files;
+        ::_exit(::setrlimit(RLIMIT_NOFILE, &limit) == 0 && !files.removeItem(scratch.url("top")) ? 0 : 1);
+    }
+    int status = -1;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+}
+
+TEST(RemoveItem, RemovesWhatIsAddedWhileItRuns) {
+    const Scratch scratch;
+    LinuxFileManager files;
+    for (int round = 0; round < 20; ++round) {
+        makeFolder(scratch.path("top"));
+        for (int number = 0; number < 50; ++number) {
+            makeFolder(scratch.path("top/" + std::to_string(number)));
+            makeFile(scratch.path("top/" + std::to_string(number) + "/file"), "");
+        }
+        std::thread adder([&] {
+            for (int number = 0; number < 50; ++number) {
+                const std::string name = scratch.path("top/" + std::to_string(number % 50) + "/added");
+                const int file = ::open(name.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+                if (file >= 0) {
+                    ::close(file);
+                }
+            }
+        });
+        const auto error = files.removeItem(scratch.url("top"));
+        adder.join();
+        EXPECT_FALSE(error) << error->description;
+        EXPECT_FALSE(exists(scratch.path("top")));
+    }
+}
+
+// In a mount namespace of its own where this process may make one: otherwise the mount point is /proc, which
+// nobody can remove anything from.
+TEST(RemoveItem, DoesNotEnterAMountPoint) {
+    const Scratch scratch;
+    makeFolder(scratch.path("top"));
+    makeFolder(scratch.path("top/mounted"));
+    makeFile(scratch.path("top/file"));
+    const pid_t child = ::fork();
+    if (child == 0) {
+        LinuxFileManager files;
+        const bool mounted = ::unshare(CLONE_NEWNS) == 0 &&
+                             ::mount("", "/", "", MS_REC | MS_PRIVATE, nullptr) == 0 &&
+                             ::mount("tmpfs", scratch.path("top/mounted").c_str(), "tmpfs", 0, nullptr) == 0;
+        if (!mounted) {
+            const auto error = files.removeItem(Base::URL::fileURL("/proc"));
+            ::_exit(error && error->code == EBUSY ? 0 : 1);
+        }
+        makeFile(scratch.path("top/mounted/kept"));
+        const auto error = files.removeItem(scratch.url("top"));
+        const bool right = error && error->code == EBUSY && exists(scratch.path("top/mounted/kept")) &&
+                           !exists(scratch.path("top/file")) &&
+                           files.removeItem(scratch.url("top/mounted"))->code == EBUSY &&
+                           exists(scratch.path("top/mounted/kept"));
+        ::_exit(right ? 0 : 1);
+    }
+    int status = -1;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+}
+
+TEST(SetMode, GivesOperationNotSupportedForALink) {
+    const Scratch scratch;
+    makeLink("nowhere", scratch.path("link"));
+    LinuxFileManager files;
+    EXPECT_EQ(files.setMode(scratch.url("link"), 0600), EOPNOTSUPP);
+}
+
+TEST(SetMode, DoesNotWaitForTheOtherEndOfAFIFO) {
+    const Scratch scratch;
+    ASSERT_EQ(::mkfifo(scratch.path("fifo").c_str(), 0600), 0);
+    LinuxFileManager files;
+    EXPECT_EQ(files.setMode(scratch.url("fifo"), 0640), 0);
+    EXPECT_EQ(statusOf(scratch.path("fifo")).st_mode, S_IFIFO | mode_t{0640});
+}
+
+}  // namespace
+}  // namespace PlatformTests

@@ -1,0 +1,155 @@
+#include "Scratch.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+
+namespace PlatformTests {
+
+namespace {
+
+constexpr uid_t kUnprivileged = 65534;
+
+/// Independent of the code under test.
+void removeAll(int parent, const char* name) {
+    if (::unlinkat(parent, name, 0) == 0) {
+        return;
+    }
+    int folder = ::openat(parent, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    if (folder < 0) {
+        ::fchmodat(parent, name, 0700, 0);
+        folder = ::openat(parent, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    }
+    if (folder < 0) {
+        return;
+    }
+    ::fchmod(folder, 0700);
+    if (DIR* stream = ::fdopendir(folder)) {
+        while (const dirent* entry = ::readdir(stream)) {
+            const std::string_view text(entry->d_name);
+            if (text != "." && text != "..") {
+                removeAll(folder, entry->d_name);
+            }
+        }
+        ::closedir(stream);
+    }
+    ::unlinkat(parent, name, AT_REMOVEDIR);
+}
+
+}  // namespace
+
+Scratch::Scratch() {
+    const char* base = std::getenv("TMPDIR");
+    path_ = std::string(base != nullptr ? base : "/tmp") + "/platform-tests-XXXXXX";
+    if (::mkdtemp(path_.data()) == nullptr) {
+        std::perror(path_.c_str());
+        std::abort();
+    }
+    ::chmod(path_.c_str(), 0755);
+}
+
+Scratch::~Scratch() {
+    removeAll(AT_FDCWD, path_.c_str());
+}
+
+void makeFolder(const std::string& path, mode_t mode) {
+    ASSERT_EQ(::mkdir(path.c_str(), 0700), 0) << path;
+    ASSERT_EQ(::chmod(path.c_str(), mode), 0) << path;
+}
+
+void makeFile(const std::string& path, std::string_view contents, mode_t mode) {
+    std::ofstream(path, std::ios::binary) << contents;
+    ASSERT_EQ(::chmod(path.c_str(), mode), 0) << path;
+}
+
+void makeLink(const std::string& target, const std::string& path) {
+    ASSERT_EQ(::symlink(target.c_str(), path.c_str()), 0) << path;
+}
+
+void makeDeepFolders(const std::string& top, int depth) {
+    int folder = ::open(top.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    for (int level = 0; level < depth && folder >= 0; ++level) {
+        ASSERT_EQ(::mkdirat(folder, "d", 0755), 0);
+        const int next = ::openat(folder, "d", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        ::close(folder);
+        folder = next;
+    }
+    const int file = ::openat(folder, "leaf", O_WRONLY | O_CREAT | O_CLOEXEC, 0644);
+    ASSERT_GE(file, 0);
+    ::close(file);
+    ::close(folder);
+}
+
+Depth depthOf(const std::string& top) {
+    Depth result;
+    int folder = ::open(top.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    while (folder >= 0) {
+        struct stat status {};
+        result.leaf = ::fstatat(folder, "leaf", &status, AT_SYMLINK_NOFOLLOW) == 0;
+        const int next = ::openat(folder, "d", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        ::close(folder);
+        folder = next;
+        result.folders += next >= 0 ? 1 : 0;
+    }
+    return result;
+}
+
+bool exists(const std::string& path) {
+    struct stat status {};
+    return ::lstat(path.c_str(), &status) == 0;
+}
+
+struct stat statusOf(const std::string& path) {
+    struct stat status {};
+    EXPECT_EQ(::lstat(path.c_str(), &status), 0) << path;
+    return status;
+}
+
+std::string contentsOf(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    std::ostringstream text;
+    text << file.rdbuf();
+    return text.str();
+}
+
+std::string targetOf(const std::string& path) {
+    std::array<char, 4096> target{};
+    const ssize_t length = ::readlink(path.c_str(), target.data(), target.size());
+    return length > 0 ? std::string(target.data(), static_cast<std::size_t>(length)) : std::string();
+}
+
+int openDescriptors() {
+    int count = 0;
+    for (int descriptor = 0; descriptor < 1024; ++descriptor) {
+        count += ::fcntl(descriptor, F_GETFD) >= 0 ? 1 : 0;
+    }
+    return count;
+}
+
+std::optional<int> withoutPrivileges(const std::function<int()>& check) {
+    const pid_t child = ::fork();
+    if (child == 0) {
+        if (::geteuid() == 0 && (::setegid(kUnprivileged) != 0 || ::seteuid(kUnprivileged) != 0)) {
+            ::_exit(255);
+        }
+        ::_exit(check());
+    }
+    int status = 0;
+    const bool ended = child > 0 && ::waitpid(child, &status, 0) == child && WIFEXITED(status);
+    return ended ? std::optional(WEXITSTATUS(status)) : std::nullopt;
+}
+
+void giveToUnprivileged(const std::string& path) {
+    if (::geteuid() == 0) {
+        ASSERT_EQ(::lchown(path.c_str(), kUnprivileged, kUnprivileged), 0) << path;
+    }
+}
+
+}  // namespace PlatformTests

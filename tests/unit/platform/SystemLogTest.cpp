@@ -1,0 +1,177 @@
+#include "Platform/Linux/LinuxSystemLog.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstring>
+#include <functional>
+#include <regex>
+#include <thread>
+#include <vector>
+
+#include "Scratch.h"
+
+namespace PlatformTests {
+namespace {
+
+using Platform::Linux::LinuxSystemLog;
+
+/// The receiving side of a log.
+class Receiver {
+  public:
+    explicit Receiver(const std::string& path) : socket_(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0)) {
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        std::strncpy(address.sun_path, path.c_str(), sizeof address.sun_path - 1);
+        EXPECT_EQ(::bind(socket_, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+        const timeval timeout{5, 0};
+        ::setsockopt(socket_, SOL_SOCKET, SO_RCVTIMEO, &timeout, sizeof timeout);
+    }
+    ~Receiver() { ::close(socket_); }
+
+    [[nodiscard]] std::string next() const {
+        std::string datagram(4 << 20, '\0');
+        const ssize_t length = ::recv(socket_, datagram.data(), datagram.size(), 0);
+        EXPECT_GE(length, 0);
+        datagram.resize(length > 0 ? static_cast<std::size_t>(length) : 0);
+        return datagram;
+    }
+    [[nodiscard]] std::string nextText() const {
+        const std::string datagram = next();
+        return datagram.substr(std::min(datagram.size(), datagram.find("]: ") + 3));
+    }
+
+  private:
+    int socket_;
+};
+
+/// What `work` writes to standard error.
+std::string standardErrorOf(const std::string& file, const std::function<void()>& work) {
+    const int saved = ::fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 3);
+    const int captured = ::open(file.c_str(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+    ::dup2(captured, STDERR_FILENO);
+    work();
+    ::dup2(saved, STDERR_FILENO);
+    ::close(saved);
+    ::close(captured);
+    return contentsOf(file);
+}
+
+std::string heading() {
+    return "PlatformTests[" + std::to_string(::getpid()) + "]: ";
+}
+
+TEST(SystemLog, SendsOneDatagramWithPriorityTimeAndName) {
+    const Scratch scratch;
+    const Receiver receiver(scratch.path("log"));
+    LinuxSystemLog log(scratch.path("log"));
+    log.log("some text");
+    const std::string datagram = receiver.next();
+    const std::regex form(
+        "<13>(Jan|Feb|Mar|Apr|May|Jun|Jul|Aug|Sep|Oct|Nov|Dec) [ 123][0-9] "
+        "[0-2][0-9]:[0-5][0-9]:[0-6][0-9] PlatformTests\\[" +
+        std::to_string(::getpid()) + "\\]: some text");
+    EXPECT_TRUE(std::regex_match(datagram, form)) << datagram;
+}
+
+TEST(SystemLog, SendsTextAsItIs) {
+    const Scratch scratch;
+    const Receiver receiver(scratch.path("log"));
+    LinuxSystemLog log(scratch.path("log"));
+    for (const std::string& text :
+         {std::string("[SNTM Installer]\nError description: x\n;\ntermination status: 3"),
+          std::string("100%s %n"), std::string(), std::string("\xc3\xa9")}) {
+        log.log(text);
+        EXPECT_EQ(receiver.nextText(), text);
+    }
+}
+
+TEST(SystemLog, SendsLongTextsWhole) {
+    const Scratch scratch;
+    const Receiver receiver(scratch.path("log"));
+    LinuxSystemLog log(scratch.path("log"));
+    for (const std::size_t size : {9'000U, 60'000U, 150'000U}) {
+        const std::string text(size, 'x');
+        log.log(text);
+        EXPECT_TRUE(receiver.nextText() == text) << size;
+    }
+}
+
+TEST(SystemLog, LosesNothingOfATextThatIsTooLongForOneDatagram) {
+    const Scratch scratch;
+    const Receiver receiver(scratch.path("log"));
+    std::string text;
+    for (int number = 0; text.size() < 20 << 20; ++number) {
+        text += "\xe2\x82\xac" + std::to_string(number);
+    }
+    std::thread sender([&] { LinuxSystemLog(scratch.path("log")).log(text); });
+    std::string received;
+    bool wholeCharacters = true;
+    while (received.size() < text.size()) {
+        const std::string piece = receiver.nextText();
+        if (piece.empty()) {
+            break;
+        }
+        wholeCharacters = wholeCharacters && (static_cast<unsigned char>(piece.front()) & 0xC0U) != 0x80U;
+        received += piece;
+    }
+    sender.join();
+    EXPECT_TRUE(received == text);
+    EXPECT_TRUE(wholeCharacters);
+}
+
+TEST(SystemLog, ReconnectsWhenTheLogWasRestarted) {
+    const Scratch scratch;
+    LinuxSystemLog log(scratch.path("log"));
+    {
+        const Receiver receiver(scratch.path("log"));
+        log.log("first");
+        EXPECT_EQ(receiver.nextText(), "first");
+    }
+    ASSERT_EQ(::unlink(scratch.path("log").c_str()), 0);
+    const std::string written = standardErrorOf(scratch.path("stderr"), [&] { log.log("nobody there"); });
+    EXPECT_EQ(written, heading() + "nobody there\n");
+    const Receiver receiver(scratch.path("log"));
+    log.log("second");
+    EXPECT_EQ(receiver.nextText(), "second");
+}
+
+TEST(SystemLog, FallsBackToStandardError) {
+    const Scratch scratch;
+    const std::string written = standardErrorOf(scratch.path("stderr"), [&] {
+        LinuxSystemLog(scratch.path("missing")).log("two\nlines");
+        LinuxSystemLog(std::string(200, 'x')).log("path too long");
+    });
+    EXPECT_EQ(written, heading() + "two\nlines\n" + heading() + "path too long\n");
+}
+
+TEST(SystemLog, TakesEntriesFromSeveralThreads) {
+    const Scratch scratch;
+    const Receiver receiver(scratch.path("log"));
+    LinuxSystemLog log(scratch.path("log"));
+    constexpr int kThreads = 4;
+    constexpr int kEntries = 50;
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < kThreads; ++thread) {
+        threads.emplace_back([&] {
+            for (int number = 0; number < kEntries; ++number) {
+                log.log("entry");
+            }
+        });
+    }
+    int received = 0;
+    while (received < kThreads * kEntries && receiver.nextText() == "entry") {
+        ++received;
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(received, kThreads * kEntries);
+}
+
+}  // namespace
+}  // namespace PlatformTests

@@ -1,0 +1,154 @@
+#include "CatalogueReport.h"
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+#include "DisplayText.h"
+#include "NorvikCommon/Product Paths Information/ComponentPathProvider.h"
+#include "NorvikCommon/Product Paths Information/FeaturePathProvider.h"
+#include "NorvikCommon/Product Paths Information/SystemPathProvider.h"
+
+namespace Inspect {
+
+namespace {
+
+Json systemPaths() {
+    using Provider = NorvikCommon::SystemPathProvider;
+    return {{"daemonsPlists", toJson(Provider::daemonsPlists())},
+            {"userAgentsPlists", toJson(Provider::userAgentsPlists())},
+            {"extensions", toJson(Provider::extensions())},
+            {"lsRegisterDatabase", toJson(Provider::lsRegisterDatabase())},
+            {"launchctlExecutable", toJson(Provider::launchctlExecutable())},
+            {"localApplications", toJson(Provider::localApplications())},
+            {"localApplicationSupport", toJson(Provider::localApplicationSupport())}};
+}
+
+Json currentComponents() {
+    using Provider = NorvikCommon::ComponentPathProvider;
+    return {{"productName", Provider::productName},
+            {"allNorvikProductsAppSupport", toJson(Provider::allNorvikProductsAppSupport())},
+            {"productAppSupport", toJson(Provider::productAppSupport())},
+            {"workflow", toJson(Provider::workflow())},
+            {"managementConsole", toJson(Provider::managementConsole())},
+            {"diagnostics", toJson(Provider::diagnostics())},
+            {"viewLogs", toJson(Provider::viewLogs())},
+            {"scanner", toJson(Provider::scanner())},
+            {"uninstaller", toJson(Provider::uninstaller())},
+            {"fileAccessDaemon", toJson(Provider::fileAccessDaemon())},
+            {"containmentDaemon", toJson(Provider::containmentDaemon())},
+            {"userAgent", toJson(Provider::userAgent())},
+            {"trayMenu", toJson(Provider::trayMenu())},
+            {"fileAccessFilterKext", toJson(Provider::fileAccessFilterKext())}};
+}
+
+Json legacyComponents() {
+    using Provider = NorvikCommon::ComponentPathProvider;
+    return {{"legacyInstallationPaths", toJson(Provider::legacyInstallationPaths())},
+            {"legacyProductsPaths", toJson(Provider::legacyProductsPaths())},
+            {"legacyWorkflowPaths", toJson(Provider::legacyWorkflowPaths())},
+            {"legacyVersionsFileAccessFilterKexts", toJson(Provider::legacyVersionsFileAccessFilterKexts())},
+            {"legacyVersionsDaemons", toJson(Provider::legacyVersionsDaemons())},
+            {"legacyVersionsBundleDaemons", toJson(Provider::legacyVersionsBundleDaemons())},
+            {"legacyVersionsUserAgents", toJson(Provider::legacyVersionsUserAgents())},
+            {"legacyVersionsGuiApps", toJson(Provider::legacyVersionsGuiApps())},
+            {"auxiliaryHelperTools", toJson(Provider::auxiliaryHelperTools())}};
+}
+
+Json components() {
+    Json all = currentComponents();
+    all.update(legacyComponents());
+    return all;
+}
+
+Json featurePaths() {
+    using Provider = NorvikCommon::FeaturePathProvider;
+    return {{"quarantineFolder", toJson(Provider::quarantineFolder())},
+            {"quarantineDatabase", toJson(Provider::quarantineDatabase())},
+            {"settingsPlist", toJson(Provider::settingsPlist())},
+            {"avBases", toJson(Provider::avBases())},
+            {"repairFolder", toJson(Provider::repairFolder())},
+            {"flsStorage", toJson(Provider::flsStorage())},
+            {"verdictStorage", toJson(Provider::verdictStorage())},
+            {"fileRatingStorage", toJson(Provider::fileRatingStorage())},
+            {"logDirectory", toJson(Provider::logDirectory())},
+            {"logFileExtension", Provider::logFileExtension},
+            {"preferencesFolder", toJson(Provider::preferencesFolder())},
+            {"containmentServiceFolder", toJson(Provider::containmentServiceFolder())}};
+}
+
+struct Line {
+    std::string property;
+    std::string field;
+    std::string value;
+};
+
+std::string valueText(const Json& value) {
+    if (!value.is_string()) {
+        return std::string(kNone);
+    }
+    // An empty bundle identifier is a value, not a missing one.
+    const auto& text = value.get_ref<const std::string&>();
+    return text.empty() ? "\"\"" : shown(std::string_view(text));
+}
+
+// Follows the records, which the program has made itself and which nest four deep at most.
+void flatten(const Json& value, const std::string& property, const std::string& field,
+             std::vector<Line>& lines) {
+    if (value.is_object()) {
+        for (const auto& [name, member] : value.items()) {
+            flatten(member, property, field.empty() ? name : field + '.' + name, lines);
+        }
+    } else if (value.is_array()) {
+        for (std::size_t i = 0; i < value.size(); ++i) {
+            flatten(value[i], property, std::to_string(i + 1), lines);
+        }
+    } else {
+        lines.push_back({property, field, valueText(value)});
+    }
+}
+
+std::string providerText(const std::string& name, const std::vector<Line>& lines, std::size_t propertyWidth,
+                         std::size_t fieldWidth) {
+    std::string text = name + '\n';
+    std::string_view previous;
+    for (const Line& each : lines) {
+        std::string line = "  ";
+        appendCell(line, each.property == previous ? "" : each.property, propertyWidth);
+        if (fieldWidth > 0) {
+            appendCell(line, each.field, fieldWidth);
+        }
+        appendLine(text, line + each.value);
+        previous = each.property;
+    }
+    return text;
+}
+
+}  // namespace
+
+Json catalogue() {
+    return {{"SystemPathProvider", systemPaths()},
+            {"ComponentPathProvider", components()},
+            {"FeaturePathProvider", featurePaths()}};
+}
+
+std::string catalogueText(const Json& catalogue) {
+    std::string text;
+    for (const auto& [provider, properties] : catalogue.items()) {
+        std::vector<Line> lines;
+        std::size_t propertyWidth = 0;
+        for (const auto& [property, value] : properties.items()) {
+            flatten(value, property, "", lines);
+            propertyWidth = std::max(propertyWidth, property.size());
+        }
+        std::size_t fieldWidth = 0;
+        for (const Line& line : lines) {
+            fieldWidth = std::max(fieldWidth, line.field.size());
+        }
+        text += text.empty() ? "" : "\n";
+        text += providerText(provider, lines, propertyWidth, fieldWidth);
+    }
+    return text;
+}
+
+}  // namespace Inspect
