@@ -150,7 +150,7 @@ std::optional<PropertyList> fromPlist(plist_t node, int depth) {
     const rlimit memory{512U << 20U, 512U << 20U};
     const rlimit time{2, 2};
     const rlimit noCore{0, 0};
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+#ifndef SIMULATOR_SANITIZED
     ::setrlimit(RLIMIT_AS, &memory);
 #else
     static_cast<void>(memory);

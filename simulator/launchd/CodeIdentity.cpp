@@ -24,7 +24,8 @@ bool runsFrom(pid_t pid, const std::string& executable) {
     struct stat running {};
     struct stat named {};
     return ::stat(("/proc/" + std::to_string(pid) + "/exe").c_str(), &running) == 0 &&
-           ::lstat(executable.c_str(), &named) == 0 && running.st_dev == named.st_dev && running.st_ino == named.st_ino;
+           ::lstat(executable.c_str(), &named) == 0 && running.st_dev == named.st_dev &&
+           running.st_ino == named.st_ino;
 }
 
 }  // namespace

@@ -1,92 +1,15 @@
 #include "launchd/LaunchctlVerbs.h"
 
-#include <cctype>
 #include <charconv>
 #include <csignal>
 #include <map>
 #include <memory>
 
+#include "launchd/LaunchctlMessages.h"
+
 namespace Simulator {
 
 namespace {
-
-constexpr int kUsage = 64;
-constexpr int kNotPermitted = 1;
-
-constexpr const char* kUsageText =
-    "Usage: launchctl <subcommand> ...\n"
-    "Subcommands:\n"
-    "\tbootstrap       Bootstraps a domain or a service into a domain.\n"
-    "\tbootout         Tears down a domain or removes a service from a domain.\n"
-    "\tenable          Enables an existing service.\n"
-    "\tdisable         Disables an existing service.\n"
-    "\tkickstart       Forces an existing service to start.\n"
-    "\tkill            Sends a signal to the service instance.\n"
-    "\tprint           Prints a description of a domain or service.\n"
-    "\tlist            Lists information about services.\n"
-    "\tremove          Unloads the specified service name.\n";
-
-const char* wordsFor(int code) {
-    switch (code) {
-        case kNotPermitted:
-            return "Operation not permitted";
-        case kNoSuchProcess:
-            return "No such process";
-        case kInputOutputError:
-            return "Input/output error";
-        case kInvalidArgument:
-            return "Invalid argument";
-        case kNowInProgress:
-            return "Operation now in progress";
-        case kAlreadyInProgress:
-            return "Operation already in progress";
-        case kNoDomain:
-            return "Could not find specified domain";
-        case kNoService:
-            return "Could not find specified service";
-        case kServiceDisabled:
-            return "Service is disabled";
-        case kBadOwnership:
-            return "Path had bad ownership/permissions";
-        case kDomainRefuses:
-            return "Domain does not support specified action";
-        default:
-            return "Unknown error";
-    }
-}
-
-LaunchctlReply failed(const std::string& what, int code) {
-    return {code, "", what + ": " + std::to_string(code) + ": " + wordsFor(code) + "\n"};
-}
-
-LaunchctlReply usage(const std::string& text) {
-    return {kUsage, "", "Usage: launchctl " + text + "\n"};
-}
-
-LaunchctlReply badTarget(const std::string& text) {
-    return {kUsage, "", "Unrecognized target specifier.\nUsage: launchctl " + text + "\n"};
-}
-
-LaunchctlReply noService(const DomainId& domain, const std::string& label) {
-    return {kNoService, "",
-            "Could not find service \"" + label + "\" in domain for " + domain.description() + "\n"};
-}
-
-LaunchctlReply noDomain(const std::string& text) {
-    return {kNoDomain, "", "Could not find domain for " + text + "\n"};
-}
-
-std::string phrase(const std::string& verb) {
-    if (verb == "bootstrap") {
-        return "Bootstrap failed";
-    }
-    if (verb == "bootout") {
-        return "Boot-out failed";
-    }
-    std::string text = verb;
-    text.front() = static_cast<char>(std::toupper(static_cast<unsigned char>(text.front())));
-    return text + " failed";
-}
 
 const char* stateName(const Job& job) {
     return job.pid ? "running" : "not running";
@@ -171,13 +94,13 @@ void LaunchctlVerbs::dispatch(const Caller& caller, const Arguments& arguments, 
         {"kickstart", &LaunchctlVerbs::kickstart}, {"kill", &LaunchctlVerbs::kill},
         {"remove", &LaunchctlVerbs::remove}};
     if (arguments.empty() || arguments.front() == "help") {
-        done({arguments.empty() ? kUsage : 0, arguments.empty() ? "" : kUsageText,
-              arguments.empty() ? kUsageText : ""});
+        done({arguments.empty() ? kUsage : 0, arguments.empty() ? "" : launchctlHelp(),
+              arguments.empty() ? launchctlHelp() : ""});
         return;
     }
     const auto verb = verbs.find(arguments.front());
     if (verb == verbs.end()) {
-        done({kUsage, "", "Unrecognized subcommand: " + arguments.front() + "\n" + kUsageText});
+        done({kUsage, "", "Unrecognized subcommand: " + arguments.front() + "\n" + launchctlHelp()});
         return;
     }
     if (faultValue(faults_, "launchctl-fail") == arguments.front()) {

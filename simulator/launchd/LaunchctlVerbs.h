@@ -7,15 +7,9 @@
 
 #include "launchd/Caller.h"
 #include "launchd/JobRegistry.h"
+#include "launchd/LaunchctlMessages.h"
 
 namespace Simulator {
-
-/// What launchctl prints and exits with.
-struct LaunchctlReply {
-    int status = 0;
-    std::string out;
-    std::string err;
-};
 
 /// The verbs of launchctl, with the real tool's messages and exit statuses.
 class LaunchctlVerbs {

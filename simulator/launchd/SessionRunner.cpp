@@ -63,23 +63,26 @@ void SessionRunner::startCommand() {
     command_ = spawn(request, error);
     if (!command_) {
         std::cerr << "macsim: " << request.program << ": " << std::strerror(error) << std::endl;
-        settle(error == ENOENT ? 127 : 126, 0);
+        settleLater(error == ENOENT ? 127 : 126, 0);
     }
 }
 
 void SessionRunner::reaped(pid_t pid, int status) {
     if (pid == command_) {
         command_.reset();
-        settle(WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status), 0);
+        settleLater(WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status), 0);
     }
 }
 
-void SessionRunner::settle(int status, int tries) {
-    if (!jobs_.onDemandJobRuns() || tries >= kMaximumPolls) {
-        settled_(status);
-        return;
-    }
-    loop_.after(kPoll, [this, status, tries] { settle(status, tries + 1); });
+void SessionRunner::settleLater(int status, int polls) {
+    // Never at once: the command's last message to a service may not have started its job yet.
+    loop_.after(kPoll, [this, status, polls] {
+        if (jobs_.onDemandJobRuns() && polls < kMaximumPolls) {
+            settleLater(status, polls + 1);
+        } else {
+            settled_(status);
+        }
+    });
 }
 
 }  // namespace Simulator

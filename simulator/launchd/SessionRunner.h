@@ -26,7 +26,7 @@ class SessionRunner {
   private:
     void startPrograms();
     void startCommand();
-    void settle(int status, int tries);
+    void settleLater(int status, int polls);
 
     EventLoop& loop_;
     SystemLogFile& log_;

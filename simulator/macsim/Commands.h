@@ -12,6 +12,8 @@ struct CreateOptions {
     std::string folder;
     /// Generations of the product, in the order of the command line.
     std::vector<std::string> installed;
+    /// Says explicitly that there are none.
+    bool empty = false;
     std::string shortVersion;
     std::string build;
     std::vector<User> users;

@@ -28,11 +28,16 @@ namespace {
 }  // namespace
 
 void MacBuilder::makeParent(const std::string& path) {
+    const std::string parent = path.substr(0, path.rfind('/'));
+    if (parent == lastParent_) {
+        return;
+    }
     std::error_code error;
-    fs::create_directories(fs::path(hostPath(path)).parent_path(), error);
+    fs::create_directories(hostPath(parent), error);
     if (error) {
         failed(path, error);
     }
+    lastParent_ = parent;
 }
 
 void MacBuilder::setAccess(const std::string& path, const Access& access) {

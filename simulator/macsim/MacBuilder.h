@@ -41,6 +41,8 @@ class MacBuilder {
 
     std::string root_;
     std::string programs_;
+    /// The folder that was made sure of last: many files lie side by side.
+    std::string lastParent_ = "/";
 };
 
 }  // namespace Simulator

@@ -51,22 +51,24 @@ std::string settingToChange(int error) {
            std::strerror(error) + ")";
 }
 
+std::string ownName() {
+    const passwd* user = ::getpwuid(::getuid());
+    return user == nullptr ? std::to_string(::getuid()) : user->pw_name;
+}
+
 /// Whether /etc/subuid or /etc/subgid has ids for this user.
 bool hasSubordinateIds(const char* path) {
-    const passwd* user = ::getpwuid(::getuid());
-    const std::string name = user == nullptr ? "" : user->pw_name;
-    const std::string number = std::to_string(::getuid());
     const std::string lines = "\n" + readFile(path).value_or("");
-    return (!name.empty() && lines.find("\n" + name + ":") != std::string::npos) ||
-           lines.find("\n" + number + ":") != std::string::npos;
+    return lines.find("\n" + ownName() + ":") != std::string::npos ||
+           lines.find("\n" + std::to_string(::getuid()) + ":") != std::string::npos;
 }
 
 }  // namespace
 
-void needNamespaces(char** arguments) {
+void needNamespaces(char** arguments, bool toRun) {
     if (::geteuid() == 0) {
         const int flags = CLONE_NEWNS | CLONE_NEWPID | CLONE_NEWIPC | CLONE_NEWUTS | CLONE_NEWNET;
-        if (const int error = tryUnshare(flags); error != 0) {
+        if (const int error = toRun ? tryUnshare(flags) : 0; error != 0) {
             throw Refusal("the kernel denies namespaces: " + settingToChange(error));
         }
         return;
@@ -76,8 +78,8 @@ void needNamespaces(char** arguments) {
     }
     for (const char* path : {"/etc/subuid", "/etc/subgid"}) {
         if (!hasSubordinateIds(path)) {
-            throw Refusal(
-                std::string("this user has no subordinate ids: add a line \"NAME:100000:65536\" to ") + path);
+            throw Refusal("this user has no subordinate ids: add the line \"" + ownName() +
+                          ":100000:65536\" to " + path);
         }
     }
     if (::access("/usr/bin/newuidmap", X_OK) != 0) {

@@ -49,7 +49,7 @@ void realAmount(MacBuilder& mac, bool current) {
     }
     manyFiles(mac, support + "/Bases", 70, 100, block);
     manyFiles(mac, Features::quarantineFolder().path(), 10, 50, block);
-    for (int part = 0; part < 26; ++part) {
+    for (int part = 0; part < 19; ++part) {
         mac.file(support + "/Bases/base" + std::to_string(part) + ".nvb", block);
     }
 }

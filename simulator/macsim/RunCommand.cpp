@@ -147,15 +147,18 @@ int runMac(const RunOptions& options) {
     if (!mac.write(kSessionFile, encode(session), 0600)) {
         throw Refusal("cannot write into " + mac.folder() + ": " + std::strerror(errno));
     }
-    mac.remove(kStateFile);
     std::optional<ImmutableItem> immutable;
     if (const auto path = faultValue(session.faults, "immutable")) {
         immutable.emplace(mac, *path);
     }
+    mac.remove(kStateFile);
     const int status = runSandbox(sandboxCommand(mac.folder(), session));
     if (mac.exists(kStateFile)) {
         addProductPaths(mac);
         return status;
+    }
+    if (status == kNoSandbox) {
+        throw Refusal("bwrap cannot be started (package bubblewrap)");
     }
     if (status > 128) {
         return status;

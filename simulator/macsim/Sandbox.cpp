@@ -1,9 +1,5 @@
 #include "macsim/Sandbox.h"
 
-#include <cerrno>
-#include <cstring>
-#include <iostream>
-
 #include <unistd.h>
 
 #include "macsim/SystemLayout.h"
@@ -54,9 +50,7 @@ void execSandbox(const std::vector<std::string>& command) {
     }
     pointers.push_back(nullptr);
     ::execvp(pointers.front(), pointers.data());
-    std::cerr << "macsim: cannot start bwrap: " << std::strerror(errno) << " (package bubblewrap)"
-              << std::endl;
-    ::_exit(1);
+    ::_exit(kNoSandbox);
 }
 
 }  // namespace Simulator

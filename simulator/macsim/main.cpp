@@ -17,10 +17,11 @@ namespace Simulator {
 
 namespace {
 
-/// What the command line asked for: its action, and whether that needs other users' ids.
+/// What the command line asked for: its action, and what that needs of the kernel.
 struct Action {
     std::function<int()> run;
-    bool needsNamespaces = false;
+    bool needsUserIds = false;
+    bool boots = false;
 };
 
 void addCreate(CLI::App& app, Action& action) {
@@ -28,7 +29,6 @@ void addCreate(CLI::App& app, Action& action) {
     auto version = std::make_shared<std::string>(SENTREL_DEFAULT_VERSION);
     auto users = std::make_shared<std::string>("alice:501,bob:502,carol:503");
     auto size = std::make_shared<std::string>("small");
-    auto empty = std::make_shared<bool>(false);
     auto* command = app.add_subcommand("create", "Makes a simulated Mac in a new folder");
     command->add_option("DIR", options->folder, "The folder; it must not exist or be empty")->required();
     auto* installed =
@@ -45,7 +45,8 @@ void addCreate(CLI::App& app, Action& action) {
     command->add_option("--size", *size, "small or real")->check(CLI::IsMember({"small", "real"}));
     command->add_option("--uninstaller", options->uninstaller, "The uninstaller's bundle");
     command->add_flag("--without-uninstaller", options->withoutUninstaller, "Leaves the uninstaller out");
-    command->add_flag("--empty", *empty, "An empty Mac (as without --installed)")->excludes(installed);
+    command->add_flag("--empty", options->empty, "An empty Mac (as without --installed)")
+        ->excludes(installed);
     command->callback([=, &action] {
         const std::size_t slash = version->find('/');
         if (slash == 0 || slash == std::string::npos || slash + 1 == version->size()) {
@@ -75,7 +76,7 @@ void addRun(CLI::App& app, Action& action) {
                 throw Refusal(*wrong, Refusal::kMisuse);
             }
         }
-        action = {[options] { return runMac(*options); }, true};
+        action = {[options] { return runMac(*options); }, true, true};
     });
 }
 
@@ -112,8 +113,8 @@ int run(int argc, char** argv) {
     } catch (const CLI::ParseError& error) {
         throw Refusal(error.what(), Refusal::kMisuse);
     }
-    if (action.needsNamespaces) {
-        needNamespaces(argv);
+    if (action.needsUserIds) {
+        needNamespaces(argv, action.boots);
     }
     return action.run();
 }

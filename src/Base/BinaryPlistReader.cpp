@@ -1,7 +1,12 @@
 #include "Base/BinaryPlistReader.h"
 
+#include <algorithm>
+#include <array>
+#include <bit>
 #include <cstring>
 #include <limits>
+
+#include "Base/ByteChunk.h"
 
 namespace Base {
 namespace {
@@ -15,13 +20,88 @@ constexpr std::size_t kNull = 0x0;
 constexpr std::size_t kFalse = 0x8;
 constexpr std::size_t kTrue = 0x9;
 
+// What the first byte of an object says of its size: some bytes, and some references. No bytes: it is
+// damaged, or its count follows.
+struct FirstByte {
+    std::uint8_t bytes;
+    std::uint8_t references;
+};
+
+constexpr FirstByte firstByte(unsigned byte) {
+    const unsigned low = byte & 0xF;
+    const auto sized = [](bool isSound, unsigned bytes) {
+        return FirstByte{static_cast<std::uint8_t>(isSound ? bytes : 0), 0};
+    };
+    const auto counted = [low](unsigned bytes, unsigned references) {
+        return low == 0xF ? FirstByte{0, 0}
+                          : FirstByte{static_cast<std::uint8_t>(1 + low * bytes),
+                                      static_cast<std::uint8_t>(low * references)};
+    };
+    switch (byte >> 4) {
+        case 0x0:
+            return sized(low == kNull || low == kFalse || low == kTrue, 1);
+        case 0x1:  // integers
+            return sized(low <= 4, 1 + (1U << (low & 7)));
+        case 0x2:  // reals
+            return sized(low == 2 || low == 3, 1 + (1U << (low & 7)));
+        case 0x3:  // dates
+            return sized(low == 3, 9);
+        case 0x8:  // UIDs
+            return sized(low < 8, 2 + low);
+        case 0x4:  // data
+        case 0x5:  // ASCII
+            return counted(1, 0);
+        case 0x6:  // UTF-16
+            return counted(2, 0);
+        case 0xA:  // arrays
+            return counted(0, 1);
+        case 0xD:  // dictionaries
+            return counted(0, 2);
+        default:
+            return FirstByte{0, 0};
+    }
+}
+
+constexpr std::array<FirstByte, 256> kFirstBytes = [] {
+    std::array<FirstByte, 256> table{};
+    for (unsigned byte = 0; byte < table.size(); ++byte) {
+        table[byte] = firstByte(byte);
+    }
+    return table;
+}();
+
+// Whether each of `count` numbers of two bytes is below `limit`, eight at a time. Reads up to 14 bytes past
+// them, which the trailer has.
+bool pairsBelow(const std::uint8_t* numbers, std::uint64_t count, std::uint64_t limit) {
+    using Pairs [[gnu::vector_size(16)]] = std::uint16_t;
+    constexpr std::uint64_t kLanes = 8;
+    constexpr Pairs kLane{0, 1, 2, 3, 4, 5, 6, 7};
+    if (limit > 0xFFFF) {
+        return true;
+    }
+    const auto narrowLimit = static_cast<std::uint16_t>(limit);
+    const Pairs limits = Pairs{} + narrowLimit;
+    for (std::uint64_t done = 0; done < count; done += kLanes) {
+        const auto stored = reinterpret_cast<Pairs>(loadChunk(numbers + 2 * done));
+        const Pairs values = std::endian::native == std::endian::little ? stored << 8 | stored >> 8 : stored;
+        const auto left = static_cast<std::uint16_t>(std::min(count - done, kLanes));
+        const Pairs wanted = Pairs{} + left;
+        if (anySet(reinterpret_cast<ByteChunk>((values >= limits) & (kLane < wanted)))) {
+            return false;
+        }
+    }
+    return true;
+}
+
 }  // namespace
 
 template <std::size_t width>
 bool BinaryPlistReader::referencesInRange(const std::uint8_t* references, std::uint64_t count) const {
-    const std::size_t size = width != 0 ? width : referenceSize_;
-    for (; count > 0; --count, references += size) {
-        if (bigEndian(references, size) >= objectCount_) {
+    if constexpr (width == 2) {
+        return pairsBelow(references, count, objectCount_);
+    }
+    for (; count > 0; --count, references += referenceSize_) {
+        if (bigEndian(references, referenceSize_) >= objectCount_) {
             return false;
         }
     }
@@ -29,7 +109,7 @@ bool BinaryPlistReader::referencesInRange(const std::uint8_t* references, std::u
 }
 
 template <std::size_t width>
-bool BinaryPlistReader::checkObjects(std::string& fault) {
+bool BinaryPlistReader::checkObjects(std::string& fault) const {
     const std::size_t offsetSize = width != 0 ? width : offsetSize_;
     const std::size_t referenceSize = width != 0 ? width : referenceSize_;
     // Every object takes a byte at least, so an honest table is never longer than what it describes.
@@ -38,7 +118,6 @@ bool BinaryPlistReader::checkObjects(std::string& fault) {
         fault = "it names more objects than it has bytes";
         return false;
     }
-    offsets_ = std::make_unique_for_overwrite<std::uint32_t[]>(objectCount_);
     const std::uint8_t* entry = bytes_.data() + tableOffset_;
     for (std::size_t id = 0; id < objectCount_; ++id, entry += offsetSize) {
         const std::uint64_t offset = bigEndian(entry, offsetSize);
@@ -46,7 +125,7 @@ bool BinaryPlistReader::checkObjects(std::string& fault) {
             fault = "the offset of object " + std::to_string(id) + " lies outside";
             return false;
         }
-        const Measured measured = measure(offset);
+        const Measured measured = measure(bytes_.data() + offset, tableOffset_ - offset);
         if (measured.size == kDamaged) {
             fault = "object " + std::to_string(id) + " is damaged";
             return false;
@@ -56,7 +135,6 @@ bool BinaryPlistReader::checkObjects(std::string& fault) {
             return false;
         }
         left -= measured.size;
-        offsets_[id] = static_cast<std::uint32_t>(offset);
         const std::uint8_t* const end = bytes_.data() + offset + measured.size;
         if (!referencesInRange<width>(end - measured.references * referenceSize, measured.references)) {
             fault = "object " + std::to_string(id) + " refers to one that does not exist";
@@ -66,7 +144,8 @@ bool BinaryPlistReader::checkObjects(std::string& fault) {
     return true;
 }
 
-std::optional<BinaryPlistReader> BinaryPlistReader::open(std::span<const std::uint8_t> bytes, std::string& fault) {
+std::optional<BinaryPlistReader> BinaryPlistReader::open(std::span<const std::uint8_t> bytes,
+                                                         std::string& fault) {
     BinaryPlistReader reader;
     reader.bytes_ = bytes;
     if (!reader.readTrailer(fault)) {
@@ -82,8 +161,9 @@ std::optional<BinaryPlistReader> BinaryPlistReader::open(std::span<const std::ui
 }
 
 bool BinaryPlistReader::readTrailer(std::string& fault) {
-    // Offsets are kept in 32 bits.
-    if (bytes_.size() < kMagic.size() + kTrailerSize || bytes_.size() > std::numeric_limits<std::uint32_t>::max() ||
+    // Ids are kept in 32 bits.
+    if (bytes_.size() < kMagic.size() + kTrailerSize ||
+        bytes_.size() > std::numeric_limits<std::uint32_t>::max() ||
         std::memcmp(bytes_.data(), kMagic.data(), kMagic.size()) != 0) {
         fault = "its first bytes or its size say that it is none";
         return false;
@@ -114,53 +194,29 @@ bool BinaryPlistReader::readTrailer(std::string& fault) {
     return true;
 }
 
-BinaryPlistReader::Measured BinaryPlistReader::measure(std::uint64_t offset) const {
-    const std::uint64_t room = tableOffset_ - offset;
-    const std::uint8_t* const bytes = bytes_.data() + offset;
-    const Type type = typeOf(bytes[0]);
-    if (type >= Type::data) {
-        return measureCounted(type, bytes, room);
+BinaryPlistReader::Measured BinaryPlistReader::measure(const std::uint8_t* bytes, std::uint64_t room) const {
+    const FirstByte first = kFirstBytes[bytes[0]];
+    if (first.bytes + first.references == 0) {
+        return measureCounted(bytes, room);
     }
-    const unsigned low = bytes[0] & 0xF;
-    std::uint64_t size = kDamaged;
-    switch (type) {
-        case Type::uid:
-            size = low < 8 ? 2 + low : kDamaged;
-            break;
-        case Type::simple:
-            size = low == kNull || low == kFalse || low == kTrue ? 1 : kDamaged;
-            break;
-        case Type::integer:
-            size = low <= 4 ? 1 + (std::uint64_t{1} << low) : kDamaged;
-            break;
-        case Type::real:
-            size = low == 2 || low == 3 ? 1 + (std::uint64_t{1} << low) : kDamaged;
-            break;
-        case Type::date:
-            size = low == 3 ? 9 : kDamaged;
-            break;
-        default:
-            break;
-    }
-    return {size <= room ? size : kDamaged, 0};
+    const std::uint64_t size = first.bytes + first.references * referenceSize_;
+    return {size <= room ? size : kDamaged, first.references};
 }
 
-BinaryPlistReader::Measured BinaryPlistReader::measureCounted(Type type, const std::uint8_t* bytes,
+BinaryPlistReader::Measured BinaryPlistReader::measureCounted(const std::uint8_t* bytes,
                                                               std::uint64_t room) const {
-    std::uint64_t count = bytes[0] & 0xF;
-    std::uint64_t header = 1;
-    if (count == 0xF) {
-        // The count is an integer object of its own.
-        if (room < 2 || typeOf(bytes[1]) != Type::integer || (bytes[1] & 0xF) > 3) {
-            return {kDamaged, 0};
-        }
-        const std::size_t width = std::size_t{1} << (bytes[1] & 0xF);
-        header = 2 + width;
-        if (room < header) {
-            return {kDamaged, 0};
-        }
-        count = bigEndian(bytes + 2, width);
+    // The count is an integer object of its own.
+    const Type type = typeOf(bytes[0]);
+    if (type < Type::data || (bytes[0] & 0xF) != 0xF || room < 2 || typeOf(bytes[1]) != Type::integer ||
+        (bytes[1] & 0xF) > 3) {
+        return {kDamaged, 0};
     }
+    const std::size_t width = std::size_t{1} << (bytes[1] & 0xF);
+    const std::uint64_t header = 2 + width;
+    if (room < header) {
+        return {kDamaged, 0};
+    }
+    const std::uint64_t count = bigEndian(bytes + 2, width);
     if (count > room) {
         return {kDamaged, 0};  // this also keeps the products below from overflowing
     }
@@ -173,14 +229,6 @@ BinaryPlistReader::Measured BinaryPlistReader::measureCounted(Type type, const s
         content = references * referenceSize_;
     }
     return {header + content <= room ? header + content : kDamaged, references};
-}
-
-std::uint64_t BinaryPlistReader::wideBigEndian(const std::uint8_t* bytes, std::size_t count) {
-    std::uint64_t value = bytes[0];
-    for (std::size_t i = 1; i < count; ++i) {
-        value = value << 8 | bytes[i];
-    }
-    return value;
 }
 
 BinaryPlistReader::Object BinaryPlistReader::takeApart(const std::uint8_t* bytes) {

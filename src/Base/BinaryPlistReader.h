@@ -3,7 +3,6 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -13,21 +12,34 @@ namespace Base {
 
 /// A binary property list ("bplist00") of any origin, read in place.
 ///
-/// `open` goes once over all objects and checks every offset, size, count and reference; afterwards any object can be
-/// looked at without further checks. The objects' sizes together may not exceed the file's, so that nothing is larger
-/// than what was sent, whatever overlaps. References may still form cycles: a reader must not follow them without a
-/// bound of its own. The bytes have to outlive the reader.
+/// `open` goes once over all objects and checks every offset, size, count and reference; afterwards any
+/// object can be looked at without further checks. The objects' sizes together may not exceed the file's, so
+/// that nothing is larger than what was sent, whatever overlaps. References may still form cycles: a reader
+/// must not follow them without a bound of its own. The bytes have to outlive the reader.
 class BinaryPlistReader {
   public:
     using ObjectId = std::uint32_t;
 
     /// The kinds of object; those from `data` on have a count.
-    enum class Type : std::uint8_t { damaged, simple, integer, real, date, uid, data, ascii, utf16, array, dictionary };
+    enum class Type : std::uint8_t {
+        damaged,
+        simple,
+        integer,
+        real,
+        date,
+        uid,
+        data,
+        ascii,
+        utf16,
+        array,
+        dictionary
+    };
 
     /// One object, taken apart.
     struct Object {
         Type type;
-        /// Number of members, characters, UTF-16 units or bytes; for a simple object its code (see `boolean`).
+        /// Number of members, characters, UTF-16 units or bytes; for a simple object its code (see
+        /// `boolean`).
         std::size_t count;
         const std::uint8_t* content;
     };
@@ -41,18 +53,25 @@ class BinaryPlistReader {
 
     /// The object with this id, which comes from `top` or from a reference.
     [[nodiscard]] Object object(ObjectId id) const {
-        const std::uint8_t* const bytes = bytes_.data() + offsets_[id];
+        const std::uint8_t* const bytes = bytesOf(id);
         const Type type = typeOf(bytes[0]);
         const unsigned low = bytes[0] & 0xF;
         return type >= Type::data && low < 0xF ? Object{type, low, bytes + 1} : takeApart(bytes);
     }
     /// The value of the object with this id if it is a UID.
     [[nodiscard]] std::optional<std::uint64_t> uid(ObjectId id) const {
-        const std::uint8_t* const bytes = bytes_.data() + offsets_[id];
+        const std::uint8_t* const bytes = bytesOf(id);
         if (typeOf(bytes[0]) != Type::uid) {
             return std::nullopt;
         }
-        return bigEndian(bytes + 1, (bytes[0] & 0xFU) + 1);
+        const unsigned width = (bytes[0] & 0xFU) + 1;
+        if (width > 4) {
+            return wideBigEndian(bytes + 1, width);
+        }
+        // Without a branch on the width; the trailer keeps the four bytes inside of the file.
+        const std::uint32_t word =
+            static_cast<std::uint32_t>(bytes[1]) << 24 | bytes[2] << 16 | bytes[3] << 8 | bytes[4];
+        return word >> (32 - 8 * width);
     }
     /// Member `index` of an array; key `index` of a dictionary, whose values follow its keys.
     [[nodiscard]] ObjectId reference(const Object& container, std::size_t index) const {
@@ -87,22 +106,27 @@ class BinaryPlistReader {
     // By the upper half of an object's first byte.
     static Type typeOf(std::uint8_t first) {
         using enum Type;
-        constexpr std::array<Type, 16> kTypes{simple,  integer, real,  date,    data,    ascii,      utf16,   damaged,
-                                              uid,     damaged, array, damaged, damaged, dictionary, damaged, damaged};
+        constexpr std::array<Type, 16> kTypes{simple,  integer,    real,    date,    data,  ascii,
+                                              utf16,   damaged,    uid,     damaged, array, damaged,
+                                              damaged, dictionary, damaged, damaged};
         return kTypes[first >> 4];
+    }
+    [[nodiscard]] const std::uint8_t* bytesOf(ObjectId id) const {
+        return bytes_.data() + bigEndian(bytes_.data() + tableOffset_ + id * offsetSize_, offsetSize_);
     }
     static Object takeApart(const std::uint8_t* bytes);
     bool readTrailer(std::string& fault);
     // For tables whose offsets and references both take `width` bytes; 0 stands for any widths.
     template <std::size_t width>
-    bool checkObjects(std::string& fault);
-    // The size of the object at `offset` and the number of references at its end; a size of 0 for a damaged one.
+    [[nodiscard]] bool checkObjects(std::string& fault) const;
+    // The size of an object and the number of references at its end; a size of 0 for a damaged one.
     struct Measured {
         std::uint64_t size;
         std::uint64_t references;
     };
-    [[nodiscard]] Measured measure(std::uint64_t offset) const;
-    [[nodiscard]] Measured measureCounted(Type type, const std::uint8_t* bytes, std::uint64_t room) const;
+    // For the object at `bytes`, which has `room` bytes at most. The second one is for counts of their own.
+    [[nodiscard]] Measured measure(const std::uint8_t* bytes, std::uint64_t room) const;
+    [[nodiscard]] Measured measureCounted(const std::uint8_t* bytes, std::uint64_t room) const;
     template <std::size_t width>
     [[nodiscard]] bool referencesInRange(const std::uint8_t* references, std::uint64_t count) const;
 
@@ -112,7 +136,6 @@ class BinaryPlistReader {
     std::size_t referenceSize_ = 0;
     std::size_t objectCount_ = 0;
     ObjectId top_ = 0;
-    std::unique_ptr<std::uint32_t[]> offsets_;
 };
 
 }  // namespace Base

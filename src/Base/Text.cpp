@@ -28,17 +28,27 @@ void appendUTF8(std::string& text, char32_t value) {
 }  // namespace
 
 bool isASCII(std::string_view text) {
-    ByteChunk seen{};
-    const char* bytes = text.data();
-    std::size_t left = text.size();
-    for (; left >= kByteChunkSize; bytes += kByteChunkSize, left -= kByteChunkSize) {
-        seen |= loadChunk(bytes);
+    const char* const bytes = text.data();
+    const std::size_t size = text.size();
+    if (size >= kByteChunkSize) {
+        // The last chunk overlaps the one before it.
+        ByteChunk seen = loadChunk(bytes + size - kByteChunkSize);
+        for (std::size_t at = 0; at + kByteChunkSize < size; at += kByteChunkSize) {
+            seen |= loadChunk(bytes + at);
+        }
+        return !anySet(within(seen, 0x80, 0xFF));
     }
-    unsigned rest = 0;
-    for (std::size_t i = 0; i < left; ++i) {
-        rest |= static_cast<unsigned char>(bytes[i]);
+    if (size >= sizeof(std::uint64_t)) {
+        std::uint64_t ends[2];
+        std::memcpy(&ends[0], bytes, sizeof ends[0]);
+        std::memcpy(&ends[1], bytes + size - sizeof ends[1], sizeof ends[1]);
+        return ((ends[0] | ends[1]) & 0x8080808080808080U) == 0;
     }
-    return rest < 0x80 && !anySet(within(seen, 0x80, 0xFF));
+    unsigned seen = 0;
+    for (const char c : text) {
+        seen |= static_cast<unsigned char>(c);
+    }
+    return seen < 0x80;
 }
 
 std::u16string utf16FromUTF8(std::string_view text) {

@@ -72,17 +72,25 @@ void dropTrailingSlashes(std::string& path) {
     }
 }
 
-// Where the first byte of `text` from `at` on is that needs a closer look: an escape, what a path may not hold, or the
-// beginning of a component with a dot. The size of `text` when there is none. `at` is not 0.
+// Whether a chunk holds a byte that needs a closer look: an escape, what a path may not hold, or the
+// beginning of a component with a dot. `bytes` has a byte before it.
+bool hasSpecial(const char* bytes) {
+    const ByteChunk chunk = loadChunk(bytes);
+    const ByteChunk before = loadChunk(bytes - 1);
+    return anySet(equalTo(chunk, '%') | equalTo(chunk, '?') | equalTo(chunk, '#') | equalTo(chunk, 0) |
+                  (equalTo(chunk, '.') & equalTo(before, '/')));
+}
+
+// The place of the first such byte of `text` from `at` on, which is not 0; the size of `text` when there is
+// none.
 std::size_t findSpecial(std::string_view text, std::size_t at) {
-    for (; text.size() - at >= kByteChunkSize; at += kByteChunkSize) {
-        const ByteChunk chunk = loadChunk(text.data() + at);
-        const ByteChunk before = loadChunk(text.data() + at - 1);
-        const ByteChunk special = equalTo(chunk, '%') | equalTo(chunk, '?') | equalTo(chunk, '#') |
-                                  equalTo(chunk, 0) | (equalTo(chunk, '.') & equalTo(before, '/'));
-        if (anySet(special)) {
-            break;
-        }
+    while (text.size() - at >= kByteChunkSize && !hasSpecial(text.data() + at)) {
+        at += kByteChunkSize;
+    }
+    // What is left is less than a chunk: the last chunk of the text overlaps the one before it.
+    const bool isRest = text.size() - at < kByteChunkSize && text.size() > kByteChunkSize;
+    if (isRest && !hasSpecial(text.data() + text.size() - kByteChunkSize)) {
+        return text.size();
     }
     for (; at < text.size(); ++at) {
         const char c = text[at];
@@ -103,8 +111,8 @@ std::optional<char> escapedByte(std::string_view text) {
     return static_cast<char>(high << 4 | low);
 }
 
-// The path that `text`, which begins with a slash, writes with escapes; without trailing slashes. Dots are looked for
-// in the decoded form, so that an escaped one is found as well.
+// The path that `text`, which begins with a slash, writes with escapes; without trailing slashes. Dots are
+// looked for in the decoded form, so that an escaped one is found as well.
 std::optional<std::string> decodedPath(std::string_view text) {
     std::size_t special = findSpecial(text, 1);
     std::string path;

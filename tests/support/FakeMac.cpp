@@ -127,7 +127,7 @@ int FakeProcessTable::name(std::int32_t pid, std::span<char> name) {
         return write(*firstName, name);
     }
     const Process* process = find(pid);
-    return process == nullptr ? 0 : write(process->name, name);
+    return process == nullptr || process->name.empty() ? noName : write(process->name, name);
 }
 
 int FakeProcessTable::path(std::int32_t pid, std::span<char> path) {

@@ -128,6 +128,8 @@ class FakeProcessTable final : public Platform::ProcessTable {
     std::vector<std::string> questions;
     /// The answer to the first question for a name, in place of the process's own.
     std::optional<std::string> firstName;
+    /// What a question for a name returns when there is none.
+    int noName = 0;
     /// Counting works, filling a buffer fails.
     bool refusesToList = false;
 

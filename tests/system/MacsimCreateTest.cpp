@@ -95,7 +95,7 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(MacsimCreate, AllGenerationsTogetherMakeEveryCataloguePathExist) {
     SimulatedMac mac;
     ASSERT_EQ(mac.create({"--installed", "all", "--without-uninstaller"}).status, 0);
-    EXPECT_EQ(productPaths(mac).size(), 54U);
+    EXPECT_EQ(productPaths(mac).size(), 55U);
     EXPECT_TRUE(fs::is_directory(mac.path("/Library/Application Support/NORVIK/SNT/FileAccessDaemon")));
 }
 
@@ -167,7 +167,8 @@ TEST(MacsimCreate, RunsTheApplicationsAskedAsTheFirstUser) {
         0);
     ASSERT_EQ(mac.run({}, {"true"}).status, 0);
     std::vector<std::string> ofAlice;
-    for (const auto& process : mac.state().at("processes")) {
+    const auto state = mac.state();
+    for (const auto& process : state.at("processes")) {
         if (process.at("uid") == 501) {
             ofAlice.push_back(process.at("name"));
         }

@@ -19,12 +19,19 @@ std::string plist(const std::string& label, const std::string& program, const st
            "</string></array><key>RunAtLoad</key><true/>" + more + "</dict></plist>\n";
 }
 
+/// Shell: pid prints the daemon's process id; await waits at most some seconds until a line of shell
+/// succeeds.
+constexpr const char* kFunctions =
+    "pid() { launchctl list com.example.sleeper | sed -n 's/.*pid = //p'; }\n"
+    "await() { n=0; until eval \"$1\"; do n=$((n+1)); [ $n -gt 400 ] && return 1; sleep 0.02; done; }\n";
+
 class MacsimLaunchctl : public ::testing::Test {
   protected:
     void SetUp() override {
         ASSERT_EQ(mac_.create().status, 0);
         mac_.put("/usr/local/bin/sleeper", "#!/bin/sh\nexec sleep 1000\n", 0755);
-        mac_.put("/usr/local/bin/stubborn", "#!/bin/sh\ntrap '' TERM\nwhile :; do sleep 1; done\n", 0755);
+        mac_.put("/usr/local/bin/stubborn",
+                 "#!/bin/sh\ntrap '' TERM\ntouch /tmp/ready\nwhile :; do sleep 1; done\n", 0755);
         mac_.put(kDaemonPlist, plist("com.example.sleeper", "/usr/local/bin/sleeper"));
         mac_.put(kAgentPlist, plist("com.example.agent", "/usr/local/bin/sleeper"));
     }
@@ -51,9 +58,10 @@ TEST_F(MacsimLaunchctl, PrintSucceedsOnlyForARegisteredService) {
 }
 
 TEST_F(MacsimLaunchctl, BootoutEndsTheProcessBeforeItReturns) {
-    const ProgramResult result = mac_.shell("pgrep -x sleep | wc -l; launchctl bootout system " +
-                                            std::string(kDaemonPlist) + " && pgrep -x sleep | wc -l");
-    EXPECT_EQ(result.out, "4\n3\n");
+    const ProgramResult result = mac_.shell(
+        kFunctions + std::string("await '[ $(pgrep -x sleep | wc -l) = 4 ]'; launchctl bootout system ") +
+        std::string(kDaemonPlist) + " && pgrep -x sleep | wc -l");
+    EXPECT_EQ(result.out, "3\n");
     EXPECT_TRUE(mac_.jobs("system").empty());
 }
 
@@ -77,11 +85,11 @@ TEST_F(MacsimLaunchctl, BootoutInADomainThatIsNotThereFails) {
 TEST_F(MacsimLaunchctl, BootoutInProgressIsToldApart) {
     mac_.put(kDaemonPlist, plist("com.example.sleeper", "/usr/local/bin/stubborn",
                                  "<key>ExitTimeOut</key><integer>2</integer>"));
-    expect(
-        "launchctl bootout system/com.example.sleeper & sleep 0.3; launchctl bootout "
-        "system/com.example.sleeper; "
-        "s=$?; wait; exit $s",
-        36, "Boot-out failed: 36: Operation now in progress\n");
+    expect(kFunctions + std::string("await '[ -e /tmp/ready ]'; launchctl bootout system/com.example.sleeper "
+                                    "& sleep 0.5; launchctl bootout "
+                                    "system/com.example.sleeper; "
+                                    "s=$?; wait; exit $s"),
+           36, "Boot-out failed: 36: Operation now in progress\n");
     EXPECT_TRUE(mac_.jobs("system").empty()) << "what ignores SIGTERM is killed in the end";
 }
 
@@ -130,7 +138,8 @@ TEST_F(MacsimLaunchctl, AUserModifiesOnlyTheOwnDomain) {
 TEST_F(MacsimLaunchctl, AgentsRunOncePerLoggedInUserUnderTheirIds) {
     ASSERT_EQ(mac_.run({}, {"true"}).status, 0);
     std::vector<int> uids;
-    for (const auto& process : mac_.state().at("processes")) {
+    const auto state = mac_.state();
+    for (const auto& process : state.at("processes")) {
         uids.push_back(process.at("uid"));
     }
     std::sort(uids.begin(), uids.end());
@@ -138,11 +147,11 @@ TEST_F(MacsimLaunchctl, AgentsRunOncePerLoggedInUserUnderTheirIds) {
 }
 
 TEST_F(MacsimLaunchctl, KickstartAndKillReachTheProcess) {
-    const ProgramResult result = mac_.shell(
-        "pid() { launchctl list com.example.sleeper | sed -n 's/.*pid = //p'; }; a=$(pid); "
-        "launchctl kickstart -k system/com.example.sleeper; sleep 0.2; b=$(pid); launchctl kill KILL "
-        "system/com.example.sleeper; sleep 0.2; [ -n \"$a\" ] && [ -n \"$b\" ] && [ $a != $b ] && [ -z "
-        "\"$(pid)\" ]");
+    const ProgramResult result =
+        mac_.shell(std::string(kFunctions) +
+                   "a=$(pid); launchctl kickstart -k system/com.example.sleeper; "
+                   "await '[ -n \"$(pid)\" ] && [ \"$(pid)\" != $a ]' || exit 1; "
+                   "launchctl kill KILL system/com.example.sleeper; await '[ -z \"$(pid)\" ]'");
     EXPECT_EQ(result.status, 0) << result.err;
 }
 
@@ -155,11 +164,11 @@ TEST_F(MacsimLaunchctl, KeptAliveJobsComeBackAfterTheirThrottle) {
     mac_.put(kDaemonPlist,
              plist("com.example.sleeper", "/usr/local/bin/sleeper",
                    "<key>KeepAlive</key><true/><key>ThrottleInterval</key><integer>1</integer>"));
-    expect(
-        "launchctl kill KILL system/com.example.sleeper; sleep 0.2; launchctl list com.example.sleeper | "
-        "grep pid; "
-        "sleep 1.2; launchctl list com.example.sleeper | grep -q pid",
-        0, "");
+    const ProgramResult result =
+        mac_.shell(std::string(kFunctions) +
+                   "a=$(pid); launchctl kill KILL system/com.example.sleeper; "
+                   "await '[ -z \"$(pid)\" ]' || exit 1; await '[ -n \"$(pid)\" ]'; [ $(pid) != $a ]");
+    EXPECT_EQ(result.status, 0) << result.err;
 }
 
 TEST_F(MacsimLaunchctl, MisuseIsAnsweredWithUsage) {

@@ -139,7 +139,8 @@ TEST_F(MacsimRun, RefusesASecondRunAtTheSameTime) {
 
 TEST_F(MacsimRun, EverythingDiesWithMacsim) {
     for (const int signal : {SIGTERM, SIGKILL}) {
-        const std::string marker = "98765432" + std::to_string(signal);
+        // A length of sleep that nobody else on this machine has asked for.
+        const std::string marker = "9" + std::to_string(::getpid()) + "00" + std::to_string(signal);
         std::filesystem::remove(mac_.path("/tmp/up"));
         const pid_t macsim = startInBackground("setsid sleep " + marker + " & sleep " + marker);
         EXPECT_GT(countOnHost(marker), 0);

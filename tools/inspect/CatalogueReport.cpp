@@ -108,16 +108,32 @@ void flatten(const Json& value, const std::string& property, const std::string& 
     }
 }
 
-std::string providerText(const std::string& name, const std::vector<Line>& lines, std::size_t propertyWidth,
-                         std::size_t fieldWidth) {
+std::size_t columnsOfAll(const std::vector<Line>& lines, bool records, std::string Line::*column) {
+    std::size_t width = 0;
+    for (const Line& line : lines) {
+        width = line.field.empty() == records ? width : std::max(width, (line.*column).size());
+    }
+    return width;
+}
+
+// A plain property is a line of its own; a record or a list is a heading with its fields under it.
+std::string providerText(const std::string& name, const std::vector<Line>& lines) {
+    const std::size_t propertyWidth = columnsOfAll(lines, false, &Line::property);
+    const std::size_t fieldWidth = columnsOfAll(lines, true, &Line::field);
     std::string text = name + '\n';
     std::string_view previous;
     for (const Line& each : lines) {
-        std::string line = "  ";
-        appendCell(line, each.property == previous ? "" : each.property, propertyWidth);
-        if (fieldWidth > 0) {
-            appendCell(line, each.field, fieldWidth);
+        if (each.field.empty()) {
+            std::string line = "  ";
+            appendCell(line, each.property, propertyWidth);
+            appendLine(text, line + each.value);
+            continue;
         }
+        if (each.property != previous) {
+            appendLine(text, "  " + each.property);
+        }
+        std::string line = "    ";
+        appendCell(line, each.field, fieldWidth);
         appendLine(text, line + each.value);
         previous = each.property;
     }
@@ -136,17 +152,11 @@ std::string catalogueText(const Json& catalogue) {
     std::string text;
     for (const auto& [provider, properties] : catalogue.items()) {
         std::vector<Line> lines;
-        std::size_t propertyWidth = 0;
         for (const auto& [property, value] : properties.items()) {
             flatten(value, property, "", lines);
-            propertyWidth = std::max(propertyWidth, property.size());
-        }
-        std::size_t fieldWidth = 0;
-        for (const Line& line : lines) {
-            fieldWidth = std::max(fieldWidth, line.field.size());
         }
         text += text.empty() ? "" : "\n";
-        text += providerText(provider, lines, propertyWidth, fieldWidth);
+        text += providerText(provider, lines);
     }
     return text;
 }

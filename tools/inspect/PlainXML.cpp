@@ -10,6 +10,8 @@ namespace {
 
 constexpr std::string_view kNameCharacters = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ";
 
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
 class PlainXMLWriter {
   public:
     PlainXMLWriter(std::string_view document, const XMLLimits& limits)
@@ -60,6 +62,7 @@ bool PlainXMLWriter::run() {
         position_ = static_cast<std::size_t>(control - document_.begin());
         return refuse("holds a control character");
     }
+    position_ = at(kByteOrderMark) ? kByteOrderMark.size() : 0;
     while (position_ < document_.size()) {
         if (document_[position_] == '<') {
             if (!readMarkup()) {

@@ -12,8 +12,8 @@ struct XMLLimits {
     std::size_t elements = std::size_t{1} << 18;
 };
 
-/// Rewrites an XML document of any origin so that nothing but bare tags and text is left: no declaration,
-/// comment, instruction, attribute or CDATA section. What is read afterwards nests no deeper and has no more
+/// Rewrites an XML document of any origin so that nothing but bare tags and text is left: no byte-order mark,
+/// declaration, comment, instruction, attribute or CDATA section. What is read afterwards nests no deeper and has no more
 /// elements than counted here, whatever reads it.
 ///
 /// Returns nothing and sets `refusal` to a few words and a line number when the text is not UTF-8, holds

@@ -37,8 +37,8 @@ int fail(int status, const std::string& line) {
 }
 
 int refuse(const std::string& file, std::string_view standardStream, const std::string& why) {
-    return fail(kRefused,
-                (file == "-" ? std::string(standardStream) : shown(std::string_view(file))) + ": " + why);
+    const std::string name = file.empty() ? "\"\"" : shown(std::string_view(file));
+    return fail(kRefused, (file == "-" ? std::string(standardStream) : name) + ": " + why);
 }
 
 int print(std::string_view text) {
@@ -95,6 +95,7 @@ void addCommands(CLI::App& app, Request& request) {
             return findCommandList(name) != nullptr ? std::string()
                                                     : '"' + name + "\" is none of " + commandListNames();
         });
+    command->footer(describeCommandLists());
     auto* json = command->add_flag("--json", request.json, "An array of objects");
     command
         ->add_option("--archive", request.archive, "Writes the archive as it travels; - is standard output")

@@ -1,8 +1,9 @@
 // Reads and writes the product's archives with GNUstep's own keyed coders, as an independent party would.
 //
-//   gnustep-archive dump FILE          the objects as JSON
-//   gnustep-archive rewrite IN OUT     read, then archived anew
-//   gnustep-archive bench FILE COUNT   nanoseconds per decoding and per encoding, the best of COUNT runs
+//   gnustep-archive dump FILE                the objects as JSON
+//   gnustep-archive rewrite IN OUT           read, then archived anew
+//   gnustep-archive rewrite-mutable IN OUT   the same with mutable strings and arrays
+//   gnustep-archive bench FILE COUNT         nanoseconds per decoding and per encoding, the best of COUNT runs
 //
 // The product's classes are made from one table: their names, superclasses and coded keys.
 
@@ -59,6 +60,7 @@ static const unsigned kFormCount = sizeof kForms / sizeof kForms[0];
 
 static Class classes[kMaxClasses];
 static NSString *keyNames[kMaxClasses][kMaxKeys];
+static BOOL writesMutableForms = NO;
 
 static void fail(NSString *text) {
     fprintf(stderr, "gnustep-archive: %s\n", [text UTF8String]);
@@ -155,6 +157,8 @@ static id jsonValue(id value) {
     for (unsigned i = 0; i < kMaxKeys && kForms[form].keys[i].type != kEnd; ++i) {
         if (kForms[form].keys[i].type == kInlineBoolean) {
             [coder encodeBool:flags_[i] forKey:keyNames[form][i]];
+        } else if (writesMutableForms && [values_[i] conformsToProtocol:@protocol(NSMutableCopying)]) {
+            [coder encodeObject:[[values_[i] mutableCopy] autorelease] forKey:keyNames[form][i]];
         } else {
             [coder encodeObject:values_[i] forKey:keyNames[form][i]];
         }
@@ -256,12 +260,13 @@ static int run(int argc, char **argv) {
     makeClasses();
     if (argc == 3 && strcmp(argv[1], "dump") == 0) {
         dump(argv[2]);
-    } else if (argc == 4 && strcmp(argv[1], "rewrite") == 0) {
+    } else if (argc == 4 && (strcmp(argv[1], "rewrite") == 0 || strcmp(argv[1], "rewrite-mutable") == 0)) {
+        writesMutableForms = strcmp(argv[1], "rewrite-mutable") == 0;
         rewrite(argv[2], argv[3]);
     } else if (argc == 4 && strcmp(argv[1], "bench") == 0 && atoi(argv[3]) > 0) {
         bench(argv[2], atoi(argv[3]));
     } else {
-        fprintf(stderr, "usage: gnustep-archive dump FILE | rewrite IN OUT | bench FILE COUNT\n");
+        fprintf(stderr, "usage: gnustep-archive dump FILE | rewrite IN OUT | rewrite-mutable IN OUT | bench FILE COUNT\n");
         return 2;
     }
     return 0;

@@ -75,12 +75,14 @@ std::vector<std::uint8_t> PlistBuilder::finish(Id top) const {
         bytes += object;
     }
     const std::size_t tableOffset = bytes.size();
-    bytes += table + std::string(6, '\0') + static_cast<char>(offsetSize_) + static_cast<char>(referenceSize_) +
-             bigEndian(objects_.size(), 8) + bigEndian(top, 8) + bigEndian(tableOffset, 8);
+    bytes += table + std::string(6, '\0') + static_cast<char>(offsetSize_) +
+             static_cast<char>(referenceSize_) + bigEndian(objects_.size(), 8) + bigEndian(top, 8) +
+             bigEndian(tableOffset, 8);
     return {bytes.begin(), bytes.end()};
 }
 
-ArchiveBuilder::ArchiveBuilder(std::size_t referenceSize, std::size_t offsetSize) : plist(referenceSize, offsetSize) {
+ArchiveBuilder::ArchiveBuilder(std::size_t referenceSize, std::size_t offsetSize)
+    : plist(referenceSize, offsetSize) {
     string("$null");
 }
 
@@ -91,7 +93,8 @@ ArchiveBuilder::Index ArchiveBuilder::entry(Id content) {
 
 ArchiveBuilder::Index ArchiveBuilder::classNamed(std::string_view name) {
     const Id text = plist.ascii(name);
-    return entry(plist.dictionary({{"$classname", text}, {"$classes", plist.array({text, plist.ascii("NSObject")})}}));
+    return entry(
+        plist.dictionary({{"$classname", text}, {"$classes", plist.array({text, plist.ascii("NSObject")})}}));
 }
 
 ArchiveBuilder::Index ArchiveBuilder::object(Index classIndex, Keys keys) {

@@ -135,15 +135,14 @@ void Step::encode(Coder& coder) const {
 }
 
 const CodedClass& Removal::classDescription() {
-    static const CodedClass kClass{"_TtC7Samples7Removal", &Step::classDescription(),
-                                   [](Coder& coder) -> std::unique_ptr<CodedObject> {
-                                       auto paths = coder.decodeURLs("source");
-                                       auto flags = paths ? coder.decodeBools("destination") : std::nullopt;
-                                       auto text = flags ? coder.decodeString("commandDescription") : std::nullopt;
-                                       return text ? std::make_unique<Removal>(std::move(*text), std::move(*paths),
-                                                                               std::move(*flags))
-                                                   : nullptr;
-                                   }};
+    static const CodedClass kClass{
+        "_TtC7Samples7Removal", &Step::classDescription(), [](Coder& coder) -> std::unique_ptr<CodedObject> {
+            auto paths = coder.decodeURLs("source");
+            auto flags = paths ? coder.decodeBools("destination") : std::nullopt;
+            auto text = flags ? coder.decodeString("commandDescription") : std::nullopt;
+            return text ? std::make_unique<Removal>(std::move(*text), std::move(*paths), std::move(*flags))
+                        : nullptr;
+        }};
     return kClass;
 }
 
@@ -204,8 +203,9 @@ void Nest::encode(Coder& coder) const {
 
 const Base::AllowedClasses& allowedClasses() {
     static const std::array<const CodedClass*, 7> kObjects{
-        &File::codedClass(),          &Bundle::codedClass(),      &Job::codedClass(), &Removal::classDescription(),
-        &JobStep::classDescription(), &Link::classDescription(), &Nest::classDescription()};
+        &File::codedClass(),          &Bundle::codedClass(),        &Job::codedClass(),
+        &Removal::classDescription(), &JobStep::classDescription(), &Link::classDescription(),
+        &Nest::classDescription()};
     static constexpr std::array<std::string_view, 4> kValues{"NSArray", "NSURL", "NSString", "NSNumber"};
     static const Base::AllowedClasses kAllowed{kObjects, kValues};
     return kAllowed;
@@ -224,7 +224,8 @@ Base::CodedObjectList oneOfEach() {
     const File plist{"com.example.job.plist", URL::fileURL("/Library/LaunchDaemons/com.example.job.plist")};
     Base::CodedObjectList objects;
     objects.push_back(std::make_unique<Removal>(
-        "Removing...", std::vector{URL::fileURL("/Applications/A B;C.app"), URL::fileURL("/")}, std::vector{true, false}));
+        "Removing...", std::vector{URL::fileURL("/Applications/A B;C.app"), URL::fileURL("/")},
+        std::vector{true, false}));
     objects.push_back(std::make_unique<JobStep>("Stopping...", Job{"com.example.job", plist}, true));
     objects.push_back(std::make_unique<CodedRecord<Bundle>>(
         Bundle{{"B\xC3\xBCro.kext", URL::fileURL("/Library/B\xC3\xBCro.kext")}, "com.example.kext"}));

@@ -46,14 +46,16 @@ TEST(Text, ReplacesWhatIsNotUTF8ByteByByte) {
     EXPECT_EQ(Base::utf16FromUTF8("\xC0\xAF"), u"\uFFFD\uFFFD") << "an overlong slash";
     EXPECT_EQ(Base::utf16FromUTF8("\xE0\x80\xAF"), u"\uFFFD\uFFFD\uFFFD") << "an overlong slash";
     EXPECT_EQ(Base::utf16FromUTF8("\xED\xA0\x80"), u"\uFFFD\uFFFD\uFFFD") << "a surrogate";
-    EXPECT_EQ(Base::utf16FromUTF8("\xF4\x90\x80\x80"), u"\uFFFD\uFFFD\uFFFD\uFFFD") << "above the last character";
+    EXPECT_EQ(Base::utf16FromUTF8("\xF4\x90\x80\x80"), u"\uFFFD\uFFFD\uFFFD\uFFFD")
+        << "above the last character";
     EXPECT_EQ(Base::utf16FromUTF8("\xE2\x82"), u"\uFFFD\uFFFD") << "cut";
 }
 
 TEST(Text, TellsValidUTF8) {
     EXPECT_TRUE(Base::isValidUTF8("a\xC3\xBC\xF0\x9F\x98\x80"));
     EXPECT_TRUE(Base::isValidUTF8(""));
-    for (const char* text : {"\xFF", "a\xC3", "\xC0\xAF", "\xED\xA0\x80", "\xF4\x90\x80\x80", "\x80", "\xF0\x80\x80\xAF"}) {
+    for (const char* text :
+         {"\xFF", "a\xC3", "\xC0\xAF", "\xED\xA0\x80", "\xF4\x90\x80\x80", "\x80", "\xF0\x80\x80\xAF"}) {
         EXPECT_FALSE(Base::isValidUTF8(text));
     }
 }

@@ -18,16 +18,22 @@ std::string resolved(std::string_view relative, std::string_view base, bool base
     return url ? url->path() : "nothing";
 }
 
-TEST(URL, KeepsAnAbsolutePath) { EXPECT_EQ(URL::fileURL("/Library/Extensions").path(), "/Library/Extensions"); }
+TEST(URL, KeepsAnAbsolutePath) {
+    EXPECT_EQ(URL::fileURL("/Library/Extensions").path(), "/Library/Extensions");
+}
 
 TEST(URL, DropsTrailingSlashesOnly) {
     EXPECT_EQ(URL::fileURL("/a//b///").path(), "/a//b");
     EXPECT_EQ(URL::fileURL("///").path(), "/");
 }
 
-TEST(URL, MakesTheRootOfAnEmptyPath) { EXPECT_EQ(URL::fileURL("").path(), "/"); }
+TEST(URL, MakesTheRootOfAnEmptyPath) {
+    EXPECT_EQ(URL::fileURL("").path(), "/");
+}
 
-TEST(URL, TakesARelativePathBelowTheRoot) { EXPECT_EQ(URL::fileURL("a/b").path(), "/a/b"); }
+TEST(URL, TakesARelativePathBelowTheRoot) {
+    EXPECT_EQ(URL::fileURL("a/b").path(), "/a/b");
+}
 
 TEST(URL, ComparesByPath) {
     EXPECT_EQ(URL::fileURL("/a/"), URL::fileURL("/a"));
@@ -78,8 +84,9 @@ TEST(URL, ReadsSchemeAndLocalHostInAnyCase) {
 }
 
 TEST(URL, RefusesOtherSchemesAndHosts) {
-    for (const char* text : {"http:///a", "files:///a", "fil", "", "/a", "file", "file:", "file://", "file://host/a",
-                             "file://localhost", "file://localhos/a", "file:a", "x-file:///a"}) {
+    for (const char* text :
+         {"http:///a", "files:///a", "fil", "", "/a", "file", "file:", "file://", "file://host/a",
+          "file://localhost", "file://localhos/a", "file:a", "x-file:///a"}) {
         EXPECT_EQ(parsed(text), "nothing") << text;
     }
 }
@@ -97,8 +104,8 @@ TEST(URL, DecodesEscapesInBothCases) {
 }
 
 TEST(URL, RefusesBrokenEscapes) {
-    for (const char* text : {"file:///%", "file:///%2", "file:///%G0", "file:///%0G", "file:///a%2", "file:///%%20",
-                             "file:///0123456789abcdef0123456789%4"}) {
+    for (const char* text : {"file:///%", "file:///%2", "file:///%G0", "file:///%0G", "file:///a%2",
+                             "file:///%%20", "file:///0123456789abcdef0123456789%4"}) {
         EXPECT_EQ(parsed(text), "nothing") << text;
     }
 }
@@ -110,7 +117,8 @@ TEST(URL, RefusesNULsWrittenPlainlyOrEscaped) {
 }
 
 TEST(URL, RefusesQueriesAndFragments) {
-    for (const char* text : {"file:///a?b", "file:///a#b", "file:///a?", "file:///#", "file:///0123456789abcdef?0123456789"}) {
+    for (const char* text :
+         {"file:///a?b", "file:///a#b", "file:///a?", "file:///#", "file:///0123456789abcdef?0123456789"}) {
         EXPECT_EQ(parsed(text), "nothing") << text;
     }
 }
@@ -146,10 +154,13 @@ TEST(URL, TakesAnAbsoluteTextInsteadOfTheBase) {
     EXPECT_EQ(resolved("//localhost/x", "/a/b", true), "/x");
 }
 
-TEST(URL, TakesTheBaseForAnEmptyText) { EXPECT_EQ(resolved("", "/a/b", false), "/a/b"); }
+TEST(URL, TakesTheBaseForAnEmptyText) {
+    EXPECT_EQ(resolved("", "/a/b", false), "/a/b");
+}
 
 TEST(URL, RefusesARelativeTextThatLeavesItsBase) {
-    for (const char* text : {"..", "../x", "a/../../x", "%2e%2e/x", ".", "http://x/", "x:y", "//host/x", "a?b", "a#b", "a%"}) {
+    for (const char* text :
+         {"..", "../x", "a/../../x", "%2e%2e/x", ".", "http://x/", "x:y", "//host/x", "a?b", "a#b", "a%"}) {
         EXPECT_EQ(resolved(text, "/a/b", true), "nothing") << text;
     }
 }

@@ -162,7 +162,7 @@ TYPED_TEST_P(FileManagerContract, RemovesAFolderWithEverythingInIt) {
 
 TYPED_TEST_P(FileManagerContract, RemovesOddNames) {
     makeFolder(this->path("top"));
-    for (const std::string& name : {"new\nline", "-rf", "*", " ", "...", "\xff\xfe", "a\\b", "\"", "%2F"}) {
+    for (const std::string name : {"new\nline", "-rf", "*", " ", "...", "\xff\xfe", "a\\b", "\"", "%2F"}) {
         makeFile(this->path("top/" + name));
         makeFolder(this->path("top/" + name + "d"));
         makeFile(this->path("top/" + name + "d/" + name));
@@ -376,7 +376,7 @@ TYPED_TEST_P(FileManagerContract, SetsTheOwnerOfEverythingBelowAFolderButNotOfIt
         EXPECT_EQ(statusOf(this->path(deepest)).st_uid, owner);
     }
     for (const std::string& each : {std::string("top/.hidden"), std::string("top/.hidden/.file"),
-                                   std::string("top/link"), deepest + "/leaf"}) {
+                                    std::string("top/link"), deepest + "/leaf"}) {
         EXPECT_EQ(statusOf(this->path(each)).st_uid, owner) << each;
         EXPECT_EQ(statusOf(this->path(each)).st_gid, group) << each;
     }

@@ -44,7 +44,7 @@ TEST(RemoveItem, NeedsFewDescriptors) {
     makeDeepFolders(scratch.path("top"), 100);
     const pid_t child = ::fork();
     if (child == 0) {
-        const rlim_t allowed = static_cast<rlim_t>(openDescriptors()) + 24;
+        const rlim_t allowed = static_cast<rlim_t>(openDescriptors()) + 40;
         const rlimit limit{allowed, allowed};
         LinuxFileManager files;
         ::_exit(::setrlimit(RLIMIT_NOFILE, &limit) == 0 && !files.removeItem(scratch.url("top")) ? 0 : 1);

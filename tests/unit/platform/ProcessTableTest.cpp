@@ -140,7 +140,7 @@ TEST(ProcessTable, KnowsLongNamesWhole) {
 TEST(ProcessTable, KnowsNamesAroundTheKernelsLimit) {
     const Scratch scratch;
     for (const std::string& name : {std::string("fourteen bytes"), std::string("fifteen bytes!!"),
-                                   std::string("sixteen bytes !!"), std::string(200, 'n')}) {
+                                    std::string("sixteen bytes !!"), std::string(200, 'n')}) {
         copyProgram("/bin/sleep", scratch.path(name));
         const Child child(scratch.path(name));
         EXPECT_EQ(nameOf(child.pid()), name);

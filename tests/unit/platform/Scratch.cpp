@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
+#include <utility>
 
 namespace PlatformTests {
 
@@ -17,37 +18,62 @@ namespace {
 
 constexpr uid_t kUnprivileged = 65534;
 
-/// Independent of the code under test.
-void removeAll(int parent, const char* name) {
-    if (::unlinkat(parent, name, 0) == 0) {
+/// Calls `each` with the name of every entry.
+void forEntries(int folder, const std::function<void(const char* name)>& each) {
+    const int own = ::openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    DIR* stream = own >= 0 ? ::fdopendir(own) : nullptr;
+    if (stream == nullptr) {
         return;
     }
-    int folder = ::openat(parent, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-    if (folder < 0) {
-        ::fchmodat(parent, name, 0700, 0);
-        folder = ::openat(parent, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-    }
-    if (folder < 0) {
-        return;
-    }
-    ::fchmod(folder, 0700);
-    if (DIR* stream = ::fdopendir(folder)) {
-        while (const dirent* entry = ::readdir(stream)) {
-            const std::string_view text(entry->d_name);
-            if (text != "." && text != "..") {
-                removeAll(folder, entry->d_name);
-            }
+    while (const dirent* entry = ::readdir(stream)) {
+        const std::string_view name(entry->d_name);
+        if (name != "." && name != "..") {
+            each(entry->d_name);
         }
-        ::closedir(stream);
     }
-    ::unlinkat(parent, name, AT_REMOVEDIR);
+    ::closedir(stream);
+}
+
+int openWhateverItsMode(int parent, const char* name) {
+    struct stat status {};
+    if (::fstatat(parent, name, &status, AT_SYMLINK_NOFOLLOW) != 0 || !S_ISDIR(status.st_mode)) {
+        return -1;
+    }
+    ::fchmodat(parent, name, 0700, 0);
+    return ::openat(parent, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+}
+
+bool makeAccessible(int parent, const char* name) {
+    const int folder = openWhateverItsMode(parent, name);
+    return folder >= 0 && ::close(folder) == 0;
+}
+
+/// Empties a folder in a way of its own, independent of the code under test: subfolders of subfolders are
+/// moved up, so that no depth matters.
+void removeContents(int top) {
+    bool found = true;
+    int moved = 0;
+    while (std::exchange(found, false)) {
+        forEntries(top, [&](const char* name) {
+            if (::unlinkat(top, name, 0) == 0) {
+                return;
+            }
+            const int folder = openWhateverItsMode(top, name);
+            forEntries(folder, [&](const char* below) {
+                const std::string target = "moved " + std::to_string(moved++);
+                if (::unlinkat(folder, below, 0) != 0 && makeAccessible(folder, below)) {
+                    found = ::renameat(folder, below, top, target.c_str()) == 0 || found;
+                }
+            });
+            ::close(folder);
+            ::unlinkat(top, name, AT_REMOVEDIR);
+        });
+    }
 }
 
 }  // namespace
 
-Scratch::Scratch() {
-    const char* base = std::getenv("TMPDIR");
-    path_ = std::string(base != nullptr ? base : "/tmp") + "/platform-tests-XXXXXX";
+Scratch::Scratch(std::string base) : path_(std::move(base) + "/platform-tests-XXXXXX") {
     if (::mkdtemp(path_.data()) == nullptr) {
         std::perror(path_.c_str());
         std::abort();
@@ -56,7 +82,25 @@ Scratch::Scratch() {
 }
 
 Scratch::~Scratch() {
-    removeAll(AT_FDCWD, path_.c_str());
+    const int folder = openWhateverItsMode(AT_FDCWD, path_.c_str());
+    removeContents(folder);
+    ::close(folder);
+    ::rmdir(path_.c_str());
+}
+
+std::string Scratch::usualBase() {
+    if (const char* chosen = std::getenv("TMPDIR")) {
+        return chosen;
+    }
+    // Thousands of folders take seconds on some disks.
+    return ::access("/dev/shm", W_OK | X_OK) == 0 ? "/dev/shm" : "/tmp";
+}
+
+std::string Scratch::currentFolder() {
+    char* path = ::getcwd(nullptr, 0);
+    std::string result(path != nullptr ? path : "/tmp");
+    std::free(path);
+    return result;
 }
 
 void makeFolder(const std::string& path, mode_t mode) {

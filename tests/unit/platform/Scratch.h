@@ -12,14 +12,18 @@
 
 namespace PlatformTests {
 
-/// A folder of its own below the temporary folder, removed with everything in it at the end. Anybody may
-/// search it.
+/// A folder of its own below `base`, removed with everything in it at the end. Anybody may search it.
 class Scratch {
   public:
-    Scratch();
+    explicit Scratch(std::string base = usualBase());
     Scratch(const Scratch&) = delete;
     Scratch& operator=(const Scratch&) = delete;
     ~Scratch();
+
+    /// TMPDIR, or else a place in memory where there is one.
+    [[nodiscard]] static std::string usualBase();
+    /// Where the tests are run from: on a disk, normally.
+    [[nodiscard]] static std::string currentFolder();
 
     [[nodiscard]] const std::string& path() const { return path_; }
     [[nodiscard]] std::string path(std::string_view name) const { return path_ + "/" + std::string(name); }

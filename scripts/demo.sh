@@ -1,0 +1,35 @@
+#!/usr/bin/env bash
+# demo.sh: builds, makes a simulated Mac with the current product and every earlier generation, uninstalls it silently and
+# shows what was there, what the system log says meanwhile, and what is left.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+./scripts/build.sh release
+bin="$PWD/build/release/bin"
+mac="$(mktemp -d "${TMPDIR:-/tmp}/sentrel-demo.XXXXXX")/Mac"
+trap '"$bin/macsim" delete "$mac" >/dev/null 2>&1 || true; rmdir "$(dirname "$mac")" 2>/dev/null || true' EXIT
+
+heading() { printf '\n\033[1m%s\033[0m\n' "$*"; }
+[ -t 1 ] || heading() { printf '\n== %s\n' "$*"; }
+
+heading "A Mac with the current product, every earlier generation and three users"
+"$bin/macsim" create "$mac" --installed all --users alice:501,bob:502,carol:503 --running "Sentrel,View Logs,NORVIK Antivirus"
+"$bin/macsim" run "$mac" -- true
+"$bin/macsim" state "$mac"
+
+heading "Uninstall Sentrel --silent"
+"$bin/macsim" log "$mac" --follow &
+follower=$!
+start=$EPOCHREALTIME
+"$bin/macsim" run "$mac" -- \
+    "/Applications/Sentrel.app/Contents/Applications/Uninstall Sentrel.app/Contents/MacOS/Uninstall Sentrel" --silent
+end=$EPOCHREALTIME
+sleep 0.3
+kill "$follower" 2>/dev/null || true
+wait "$follower" 2>/dev/null || true
+
+heading "What is left"
+"$bin/macsim" state "$mac"
+tenths=$(((${end/[.,]/} - ${start/[.,]/}) / 100000))
+printf '\nBoot, uninstallation and shutdown took %d.%d s, most of it the pause of 5 s after each daemon that was stopped.\n' \
+    $((tenths / 10)) $((tenths % 10))

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <set>
+#include <string>
+#include <vector>
+
+#include "support/SimulatedMac.h"
+
+namespace SystemTests {
+
+/// The uninstaller where the current product keeps it.
+inline const std::string kInstalledUninstaller =
+    "/Applications/Sentrel.app/Contents/Applications/Uninstall Sentrel.app/Contents/MacOS/Uninstall Sentrel";
+
+/// The entries of the log that the uninstaller writes when everything went well.
+inline const std::vector<std::string> kSuccess{
+    "[SNTM Installer] found installed version true, updatable: true", "Uninstallation finished",
+    "[SNTM Installer] Uninstallation finished."};
+
+class ProductMac : public TestSupport::SimulatedMac {
+  public:
+    /// Makes the Mac; a failure to do so fails the test.
+    explicit ProductMac(const std::vector<std::string>& options);
+
+    /// Runs "Uninstall Sentrel --silent" from its place in the product.
+    TestSupport::ProgramResult uninstall(const std::vector<std::string>& faults = {},
+                                         const std::string& user = "root");
+    /// What the uninstaller logged.
+    [[nodiscard]] std::vector<std::string> uninstallerLog() const { return messages("Uninstall Sentrel"); }
+    /// What the installer helper logged.
+    [[nodiscard]] std::vector<std::string> helperLog() const {
+        return messages("com.norvik.InstallerHelper");
+    }
+
+    /// Copies the built uninstaller bundle to this folder of the Mac, readable for everybody.
+    void putUninstaller(const std::string& folder) const;
+    /// Puts files, links and jobs of other makers beside the product's.
+    void putBystanders() const;
+    /// Every file, folder and link below these places of the Mac, with its kind.
+    [[nodiscard]] std::set<std::string> inventory() const;
+
+    /// Fails the test when a job, process, kernel extension or path of the product is left.
+    void expectClean() const;
+    /// Fails the test when the product's main parts are not all there.
+    void expectInstalled() const;
+};
+
+}  // namespace SystemTests

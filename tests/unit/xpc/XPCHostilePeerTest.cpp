@@ -1,0 +1,210 @@
+// What a peer that passed authentication may still send: every broken frame ends its own connection with one
+// line and nothing is delivered.
+
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstring>
+
+#include "Platform/Linux/XPCWire.h"
+#include "XPCTestService.h"
+
+namespace {
+
+using namespace XPCTests;
+using namespace Platform::Linux;
+using Bytes = std::vector<std::uint8_t>;
+
+Platform::Posix::Descriptor connectTo(const std::string& path) {
+    Platform::Posix::Descriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    std::strncpy(address.sun_path, path.c_str(), sizeof address.sun_path - 1);
+    EXPECT_EQ(::connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+    return socket;
+}
+
+bool isClosedByPeer(const Platform::Posix::Descriptor& socket) {
+    std::array<char, 4096> bytes{};
+    for (;;) {
+        pollfd polled{socket.get(), POLLIN, 0};
+        if (::poll(&polled, 1, 10'000) != 1) {
+            return false;
+        }
+        if (::recv(socket.get(), bytes.data(), bytes.size(), 0) <= 0) {
+            return true;
+        }
+    }
+}
+
+Bytes message(std::uint32_t object, std::uint32_t reply, const std::string& selector,
+              const Bytes& arguments) {
+    FrameWriter frame(FrameKind::message);
+    frame.u32(object);
+    frame.u32(reply);
+    frame.shortText(selector);
+    frame.raw(arguments);
+    return frame.finish();
+}
+
+/// One string argument, counted.
+Bytes stringArgument(const std::string& text) {
+    FrameWriter frame(FrameKind::message);
+    frame.u8(1);
+    frame.u8(static_cast<std::uint8_t>(Platform::XPCArgumentKind::string));
+    frame.sized(text);
+    Bytes bytes = frame.finish();
+    constexpr std::ptrdiff_t kLengthAndKind = 5;
+    bytes.erase(bytes.begin(), bytes.begin() + kLengthAndKind);
+    return bytes;
+}
+
+/// Sends the bytes to a fresh service; returns why they were refused. Nothing may be delivered.
+std::string refusalOf(const Bytes& bytes) {
+    TestService service;
+    service.start();
+    const Platform::Posix::Descriptor socket = connectTo(service.socketPath());
+    EXPECT_EQ(::send(socket.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL),
+              static_cast<ssize_t>(bytes.size()));
+    EXPECT_TRUE(isClosedByPeer(socket));
+    EXPECT_EQ(service.received.lines(), std::vector<std::string>());
+    const auto refused = service.refused.waitFor(1);
+    EXPECT_EQ(refused.size(), 1U);
+    const std::string peer =
+        "process " + std::to_string(::getpid()) + " of user " + std::to_string(::geteuid()) + ": ";
+    return refused.empty() ? "" : refused[0].substr(refused[0].starts_with(peer) ? peer.size() : 0);
+}
+
+TEST(XPCHostilePeer, GarbageIsRefusedByItsLength) {
+    EXPECT_EQ(refusalOf(Bytes(64, 0xFF)), "a frame of a length that is not allowed");
+}
+
+TEST(XPCHostilePeer, AnEmptyFrameIsRefused) {
+    EXPECT_EQ(refusalOf(Bytes(4, 0)), "a frame of a length that is not allowed");
+}
+
+TEST(XPCHostilePeer, AFrameOfAnUnknownKindIsRefused) {
+    EXPECT_EQ(refusalOf(FrameWriter(static_cast<FrameKind>(99)).finish()), "a frame of an unknown kind");
+}
+
+TEST(XPCHostilePeer, AnAcceptanceFromAClientIsRefused) {
+    EXPECT_EQ(refusalOf(FrameWriter(FrameKind::accepted).finish()), "a frame of an unknown kind");
+}
+
+TEST(XPCHostilePeer, AMessageThatIsCutOffIsRefused) {
+    FrameWriter frame(FrameKind::message);
+    frame.u16(1);
+    EXPECT_EQ(refusalOf(frame.finish()), "a message that is cut off");
+}
+
+TEST(XPCHostilePeer, AReplyThatIsCutOffIsRefused) {
+    EXPECT_EQ(refusalOf(FrameWriter(FrameKind::reply).finish()), "a reply that is cut off");
+}
+
+TEST(XPCHostilePeer, AnUnknownSelectorIsRefused) {
+    EXPECT_EQ(refusalOf(message(0, 0, "shout:", stringArgument("x"))),
+              "a message that nothing here understands");
+}
+
+TEST(XPCHostilePeer, AnObjectThatWasNeverExportedIsRefused) {
+    EXPECT_EQ(refusalOf(message(7, 0, "say:", stringArgument("x"))),
+              "a message that nothing here understands");
+}
+
+TEST(XPCHostilePeer, AReplyWantedWhereNoneIsGivenIsRefused) {
+    EXPECT_EQ(refusalOf(message(0, 1, "say:", stringArgument("x"))),
+              "a message that nothing here understands");
+}
+
+TEST(XPCHostilePeer, AnotherNumberOfArgumentsIsRefused) {
+    EXPECT_EQ(refusalOf(message(0, 0, "say:", {0})), "say:, another number of arguments");
+}
+
+TEST(XPCHostilePeer, AnArgumentOfAnotherKindIsRefused) {
+    Bytes arguments = stringArgument("x");
+    arguments[1] = static_cast<std::uint8_t>(Platform::XPCArgumentKind::url);
+    EXPECT_EQ(refusalOf(message(0, 0, "say:", arguments)), "say:, argument 0: cut off or of another kind");
+}
+
+TEST(XPCHostilePeer, AnArgumentLongerThanItsFrameIsRefused) {
+    Bytes arguments = stringArgument("x");
+    arguments[2] = 0xFF;
+    EXPECT_EQ(refusalOf(message(0, 0, "say:", arguments)), "say:, argument 0: cut off or of another kind");
+}
+
+TEST(XPCHostilePeer, AStringThatIsNotUTF8IsRefused) {
+    EXPECT_EQ(refusalOf(message(0, 0, "say:", stringArgument("\xFF"))),
+              "say:, argument 0: a string that is not UTF-8");
+}
+
+TEST(XPCHostilePeer, BytesAfterTheLastArgumentAreRefused) {
+    Bytes arguments = stringArgument("x");
+    arguments.push_back(0);
+    EXPECT_EQ(refusalOf(message(0, 0, "say:", arguments)), "say:, bytes after the last argument");
+}
+
+TEST(XPCHostilePeer, AURLThatNamesNoFileIsRefused) {
+    Bytes arguments = stringArgument("http://example.org/");
+    arguments[1] = static_cast<std::uint8_t>(Platform::XPCArgumentKind::url);
+    EXPECT_EQ(refusalOf(message(0, 1, "ask:", arguments)), "ask:, argument 0: a URL that names no file");
+}
+
+TEST(XPCHostilePeer, AnObjectWithoutANumberIsRefused) {
+    const auto object = static_cast<std::uint8_t>(Platform::XPCArgumentKind::object);
+    const auto number = static_cast<std::uint8_t>(Platform::XPCArgumentKind::int32);
+    const Bytes arguments{2, object, 0, 0, 0, 4, 0, 0, 0, 0, number, 0, 0, 0, 4, 0, 0, 0, 1};
+    EXPECT_EQ(refusalOf(message(0, 0, "callBack:times:", arguments)),
+              "callBack:times:, argument 0: an object without a number");
+}
+
+TEST(XPCHostilePeer, ACallBackToAnObjectThatThePeerNeverHadHarmsNobody) {
+    TestService service;
+    service.start();
+    const Platform::Posix::Descriptor socket = connectTo(service.socketPath());
+    const auto object = static_cast<std::uint8_t>(Platform::XPCArgumentKind::object);
+    const auto number = static_cast<std::uint8_t>(Platform::XPCArgumentKind::int32);
+    const Bytes arguments{2, object, 0, 0, 0, 4, 0, 0, 0, 9, number, 0, 0, 0, 4, 0, 0, 0, 2};
+    const Bytes frame = message(0, 0, "callBack:times:", arguments);
+    ASSERT_EQ(::send(socket.get(), frame.data(), frame.size(), MSG_NOSIGNAL),
+              static_cast<ssize_t>(frame.size()));
+    const Bytes after = message(0, 0, "say:", stringArgument("x"));
+    ASSERT_EQ(::send(socket.get(), after.data(), after.size(), MSG_NOSIGNAL),
+              static_cast<ssize_t>(after.size()));
+    EXPECT_EQ(service.received.waitFor(1), std::vector<std::string>{"say x"});
+    EXPECT_EQ(service.refused.lines(), std::vector<std::string>());
+}
+
+TEST(XPCHostilePeer, AReplyToNothingIsIgnored) {
+    TestService service;
+    service.start();
+    const Platform::Posix::Descriptor socket = connectTo(service.socketPath());
+    FrameWriter reply(FrameKind::reply);
+    reply.u32(12);
+    reply.u8(0);
+    reply.u32(0);
+    reply.sized(std::string_view());
+    const Bytes frame = reply.finish();
+    ASSERT_EQ(::send(socket.get(), frame.data(), frame.size(), MSG_NOSIGNAL),
+              static_cast<ssize_t>(frame.size()));
+    const Bytes after = message(0, 0, "say:", stringArgument("x"));
+    ASSERT_EQ(::send(socket.get(), after.data(), after.size(), MSG_NOSIGNAL),
+              static_cast<ssize_t>(after.size()));
+    EXPECT_EQ(service.received.waitFor(1), std::vector<std::string>{"say x"});
+}
+
+TEST(XPCHostilePeer, APeerThatNeverSaysAnythingDoesNotKeepOthersFromBeingServed) {
+    TestService service;
+    service.start();
+    const Platform::Posix::Descriptor silent = connectTo(service.socketPath());
+    const Platform::Posix::Descriptor talking = connectTo(service.socketPath());
+    const Bytes frame = message(0, 0, "say:", stringArgument("x"));
+    ASSERT_EQ(::send(talking.get(), frame.data(), frame.size(), MSG_NOSIGNAL),
+              static_cast<ssize_t>(frame.size()));
+    EXPECT_EQ(service.received.waitFor(1), std::vector<std::string>{"say x"});
+}
+
+}  // namespace
