@@ -1,6 +1,6 @@
 #!/bin/sh
 # Archives and unarchives the 75 commands of one uninstallation with this project's coders and with GNUstep's, in one
-# run on one machine, and prints the ratios.
+# run on one machine, and prints the ratios of the processor's time.
 #
 #   bench/compare-archive.sh BIN      BIN: the folder of built programs, e.g. build/release/bin
 set -eu
@@ -29,7 +29,7 @@ trap 'rm -rf "$scratch"' EXIT
 awk -F '[ ,]' -v list="$(wc -c < "$scratch/list")" '
     FNR == NR { theirs[$1] = $2 / 1000; next }
     { gsub(/"/, "", $1) }
-    $1 == "encode" || $1 == "decode" { if (!($1 in ours) || $3 < ours[$1]) ours[$1] = $3 }
+    $1 == "encode" || $1 == "decode" { if (!($1 in ours) || $4 < ours[$1]) ours[$1] = $4 }
     END {
         printf "75 commands, %d bytes     microseconds\n", list
         for (i = split("encode decode", verbs, " "); i > 0; --i) {

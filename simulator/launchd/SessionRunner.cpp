@@ -1,5 +1,6 @@
 #include "launchd/SessionRunner.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -7,6 +8,7 @@
 
 #include <sys/wait.h>
 
+#include "launchd/Caller.h"
 #include "launchd/Spawn.h"
 
 namespace Simulator {
@@ -17,6 +19,13 @@ using namespace std::chrono_literals;
 
 constexpr auto kPoll = 20ms;
 constexpr int kMaximumPolls = 500;
+
+/// A job that had itself booted out leaves the tool that it asked with: gone in a moment, and no part of the end state.
+bool launchctlRuns() {
+    const std::vector<pid_t> processes = allProcesses();
+    return std::any_of(processes.begin(), processes.end(),
+                       [](pid_t pid) { return executableOfProcess(pid) == "/bin/launchctl"; });
+}
 
 }  // namespace
 
@@ -77,7 +86,7 @@ void SessionRunner::reaped(pid_t pid, int status) {
 void SessionRunner::settleLater(int status, int polls) {
     // Never at once: the command's last message to a service may not have started its job yet.
     loop_.after(kPoll, [this, status, polls] {
-        if (jobs_.onDemandJobRuns() && polls < kMaximumPolls) {
+        if ((jobs_.onDemandJobRuns() || launchctlRuns()) && polls < kMaximumPolls) {
             settleLater(status, polls + 1);
         } else {
             settled_(status);

@@ -174,7 +174,7 @@ bool ArchiveObjects::readDictionary(std::size_t index, const Object& dictionary,
         return false;
     }
     const std::uint8_t shapeIndex = shapes_.keep(plist_, dictionary);
-    std::optional<DictionaryShape> scratch;
+    std::unique_ptr<DictionaryShape> scratch;
     const std::size_t position = shapes_.shape(plist_, dictionary, shapeIndex, scratch).classPosition();
     if (position == DictionaryShape::kNowhere) {
         return classDescribed(index, refusal) != nullptr;
@@ -212,13 +212,15 @@ const ArchiveObjects::Class* ArchiveObjects::classDescribed(std::size_t index, s
     return &classes_[entry.classIndex];
 }
 
-bool ArchiveObjects::readClass(std::size_t index, Class& described, std::string& refusal) const {
+bool ArchiveObjects::readClass(std::size_t index, Class& described, std::string& refusal) {
     const Object dictionary = plist_.object(plist_.reference(list_, index));
     if (entries_[index].kind != Kind::unknown || !DictionaryShape::has(dictionary)) {
         refusal = entryName(index) + " is no class";
         return false;
     }
-    const DictionaryShape shape(plist_, dictionary);
+    std::unique_ptr<DictionaryShape> scratch;
+    const DictionaryShape& shape =
+        shapes_.shape(plist_, dictionary, shapes_.keep(plist_, dictionary), scratch);
     const auto nameValue = value(dictionary, shape, "$classname");
     const std::string_view name = nameValue ? BinaryPlistReader::asciiText(*nameValue) : std::string_view();
     if (name.empty() || shape.classPosition() != DictionaryShape::kNowhere) {

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -17,8 +18,8 @@ namespace Base {
 
 /// The "$objects" of a keyed archive, all of known and allowed classes.
 ///
-/// `open` checks the archive's frame and looks at every entry once; work and memory are linear in the archive's size.
-/// What the entries refer to is not followed here.
+/// `open` checks the archive's frame and looks at every entry once; work and memory are linear in the
+/// archive's size. What the entries refer to is not followed here.
 class ArchiveObjects {
   public:
     enum class Kind : std::uint8_t {
@@ -42,10 +43,12 @@ class ArchiveObjects {
         std::uint16_t classIndex;  // for a classDescription: its place in the list of classes met
     };
 
-    /// Returns nothing and sets `refusal` when the archive is not one, or holds anything that `allowed` does not list.
+    /// Returns nothing and sets `refusal` when the archive is not one, or holds anything that `allowed` does
+    /// not list.
     [[nodiscard]] static std::optional<ArchiveObjects> open(std::span<const std::uint8_t> archive,
                                                             const AllowedClasses& allowed,
-                                                            const UnarchivingLimits& limits, std::string& refusal);
+                                                            const UnarchivingLimits& limits,
+                                                            std::string& refusal);
 
     [[nodiscard]] const BinaryPlistReader& plist() const { return plist_; }
     [[nodiscard]] const Entry& root() const { return entries_[root_]; }
@@ -57,8 +60,9 @@ class ArchiveObjects {
         return index && *index < entries_.size() ? &entries_[static_cast<std::size_t>(*index)] : nullptr;
     }
     /// The shape of an entry that is a dictionary; `scratch` is used when none is kept.
-    [[nodiscard]] const DictionaryShape& shape(const Entry& entry, const BinaryPlistReader::Object& dictionary,
-                                               std::optional<DictionaryShape>& scratch) const {
+    [[nodiscard]] const DictionaryShape& shape(const Entry& entry,
+                                               const BinaryPlistReader::Object& dictionary,
+                                               std::unique_ptr<DictionaryShape>& scratch) const {
         return shapes_.shape(plist_, dictionary, entry.shape, scratch);
     }
 
@@ -80,7 +84,7 @@ class ArchiveObjects {
                         std::string& refusal) const;
     bool readDictionary(std::size_t index, const BinaryPlistReader::Object& dictionary, std::string& refusal);
     const Class* classDescribed(std::size_t index, std::string& refusal);
-    bool readClass(std::size_t index, Class& described, std::string& refusal) const;
+    bool readClass(std::size_t index, Class& described, std::string& refusal);
     [[nodiscard]] bool classesAgree(const BinaryPlistReader::Object& list, std::string_view name) const;
     [[nodiscard]] std::optional<Class> allowedClass(std::string_view name) const;
     [[nodiscard]] bool allowsValue(std::string_view name) const;

@@ -231,20 +231,12 @@ BinaryPlistReader::Measured BinaryPlistReader::measureCounted(const std::uint8_t
     return {header + content <= room ? header + content : kDamaged, references};
 }
 
-BinaryPlistReader::Object BinaryPlistReader::takeApart(const std::uint8_t* bytes) {
-    const Type type = typeOf(bytes[0]);
-    const std::size_t low = bytes[0] & 0xF;
-    if (type >= Type::data) {
-        if (low < 0xF) {
-            return {type, low, bytes + 1};
-        }
-        const std::size_t width = std::size_t{1} << (bytes[1] & 0xF);
-        return {type, static_cast<std::size_t>(bigEndian(bytes + 2, width)), bytes + 2 + width};
+std::uint64_t BinaryPlistReader::wideBigEndian(const std::uint8_t* bytes, std::size_t count) {
+    std::uint64_t value = bytes[0];
+    for (std::size_t i = 1; i < count; ++i) {
+        value = value << 8 | bytes[i];
     }
-    if (type == Type::simple) {
-        return {type, low, bytes + 1};
-    }
-    return {type, type == Type::uid ? low + 1 : std::size_t{1} << low, bytes + 1};
+    return value;
 }
 
 std::optional<bool> BinaryPlistReader::boolean(const Object& object) {

@@ -55,8 +55,13 @@ class BinaryPlistReader {
     [[nodiscard]] Object object(ObjectId id) const {
         const std::uint8_t* const bytes = bytesOf(id);
         const Type type = typeOf(bytes[0]);
-        const unsigned low = bytes[0] & 0xF;
-        return type >= Type::data && low < 0xF ? Object{type, low, bytes + 1} : takeApart(bytes);
+        const std::size_t low = bytes[0] & 0xF;
+        if (type >= Type::data && low == 0xF) {
+            const std::size_t width = std::size_t{1} << (bytes[1] & 0xF);
+            return {type, static_cast<std::size_t>(bigEndian(bytes + 2, width)), bytes + 2 + width};
+        }
+        const bool isNumber = type >= Type::integer && type <= Type::date;
+        return {type, isNumber ? std::size_t{1} << low : low, bytes + 1};
     }
     /// The value of the object with this id if it is a UID.
     [[nodiscard]] std::optional<std::uint64_t> uid(ObjectId id) const {
@@ -104,17 +109,14 @@ class BinaryPlistReader {
     }
     static std::uint64_t wideBigEndian(const std::uint8_t* bytes, std::size_t count);
     // By the upper half of an object's first byte.
-    static Type typeOf(std::uint8_t first) {
-        using enum Type;
-        constexpr std::array<Type, 16> kTypes{simple,  integer,    real,    date,    data,  ascii,
-                                              utf16,   damaged,    uid,     damaged, array, damaged,
-                                              damaged, dictionary, damaged, damaged};
-        return kTypes[first >> 4];
-    }
+    static constexpr std::array<Type, 16> kTypes{
+        Type::simple,  Type::integer,    Type::real,    Type::date,    Type::data,  Type::ascii,
+        Type::utf16,   Type::damaged,    Type::uid,     Type::damaged, Type::array, Type::damaged,
+        Type::damaged, Type::dictionary, Type::damaged, Type::damaged};
+    static Type typeOf(std::uint8_t first) { return kTypes[first >> 4]; }
     [[nodiscard]] const std::uint8_t* bytesOf(ObjectId id) const {
         return bytes_.data() + bigEndian(bytes_.data() + tableOffset_ + id * offsetSize_, offsetSize_);
     }
-    static Object takeApart(const std::uint8_t* bytes);
     bool readTrailer(std::string& fault);
     // For tables whose offsets and references both take `width` bytes; 0 stands for any widths.
     template <std::size_t width>

@@ -1,19 +1,17 @@
 #include "Base/DictionaryShape.h"
 
-#include <algorithm>
-#include <span>
-
 namespace Base {
 
 using Object = BinaryPlistReader::Object;
 
 DictionaryShape::DictionaryShape(const BinaryPlistReader& plist, const Object& dictionary)
-    : references_(dictionary.content), count_(dictionary.count) {
-    for (std::size_t i = 0; i < count_; ++i) {
-        const std::string_view key = BinaryPlistReader::asciiText(plist.object(plist.reference(dictionary, i)));
-        const std::span before = std::span(keys_).first(i);
-        const bool repeated = std::find(before.begin(), before.end(), key) != before.end();
-        keys_[i] = repeated ? std::string_view() : key;
+    : references_(dictionary.content), count_(0) {
+    for (std::size_t i = 0; i < dictionary.count; ++i) {
+        const std::string_view key =
+            BinaryPlistReader::asciiText(plist.object(plist.reference(dictionary, i)));
+        const bool isRepeated = search(key) != kNowhere;
+        keys_[i] = isRepeated ? Key{nullptr, 0} : Key{key.data(), key.size()};
+        ++count_;
     }
     class_ = search("$class");
     base_ = search("NS.base");
@@ -22,7 +20,7 @@ DictionaryShape::DictionaryShape(const BinaryPlistReader& plist, const Object& d
 
 std::size_t DictionaryShape::search(std::string_view key) const {
     for (std::size_t i = 0; i < count_; ++i) {
-        if (sameText(keys_[i], key)) {
+        if (sameText(text(i), key)) {
             return i;
         }
     }
@@ -43,7 +41,8 @@ std::uint8_t DictionaryShapes::keep(const BinaryPlistReader& plist, const Object
         return kNone;
     }
     const std::size_t width = plist.referenceSize();
-    const std::size_t mark = dictionary.content[width - 1] + 3U * dictionary.content[width * dictionary.count - 1];
+    const std::size_t mark =
+        dictionary.content[width - 1] + 3U * dictionary.content[width * dictionary.count - 1];
     constexpr std::size_t kTries = 4;
     for (std::size_t tried = 0; tried < kTries; ++tried) {
         std::uint8_t& place = places_[(mark + tried) % places_.size()];

@@ -3,7 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <optional>
+#include <memory>
 #include <string_view>
 #include <vector>
 
@@ -26,10 +26,10 @@ class DictionaryShape {
     /// `dictionary` has one.
     DictionaryShape(const BinaryPlistReader& plist, const BinaryPlistReader::Object& dictionary);
 
-    /// The position of `key`, or `kNowhere`. Of a key that occurs twice the first one counts. `likely` is where to
-    /// look first: keys are mostly asked for in the order in which they were written.
+    /// The position of `key`, or `kNowhere`. Of a key that occurs twice the first one counts. `likely` is
+    /// where to look first: keys are mostly asked for in the order in which they were written.
     [[nodiscard]] std::size_t find(std::string_view key, std::size_t likely = 0) const {
-        return likely < count_ && sameText(keys_[likely], key) ? likely : search(key);
+        return likely < count_ && sameText(text(likely), key) ? likely : search(key);
     }
 
     // Where the keys of the system's own classes are, found once for all objects of a shape.
@@ -38,9 +38,19 @@ class DictionaryShape {
     [[nodiscard]] std::size_t relativePosition() const { return relative_; }  // "NS.relative"
 
     /// Whether `dictionary` has this shape.
-    [[nodiscard]] bool fits(const BinaryPlistReader& plist, const BinaryPlistReader::Object& dictionary) const;
+    [[nodiscard]] bool fits(const BinaryPlistReader& plist,
+                            const BinaryPlistReader::Object& dictionary) const;
 
   private:
+    // Left unset until it is needed: most of the room is never used.
+    struct Key {
+        const char* text;
+        std::size_t size;
+    };
+
+    [[nodiscard]] std::string_view text(std::size_t position) const {
+        return {keys_[position].text, keys_[position].size};
+    }
     [[nodiscard]] std::size_t search(std::string_view key) const;
 
     const std::uint8_t* references_;
@@ -48,24 +58,30 @@ class DictionaryShape {
     std::size_t class_ = kNowhere;
     std::size_t base_ = kNowhere;
     std::size_t relative_ = kNowhere;
-    std::array<std::string_view, kMaxKeys> keys_;  // only `count_` of them are set; a repeated key is left empty
+    std::array<Key, kMaxKeys> keys_;  // only `count_` of them are set; a repeated key is left empty
 };
 
-/// The shapes of an archive's dictionaries. Objects of one class list the same keys, so that a handful of shapes
-/// serves a whole archive and each key's text is looked at once.
+/// The shapes of an archive's dictionaries. Objects of one class list the same keys, so that a handful of
+/// shapes serves a whole archive and each key's text is looked at once.
 class DictionaryShapes {
   public:
     static constexpr std::uint8_t kNone = 0xFF;
 
     /// The index of the shape of `dictionary`, which has one; kept from now on if it is new.
     /// `kNone` when there are too many different ones to keep it.
-    [[nodiscard]] std::uint8_t keep(const BinaryPlistReader& plist, const BinaryPlistReader::Object& dictionary);
+    [[nodiscard]] std::uint8_t keep(const BinaryPlistReader& plist,
+                                    const BinaryPlistReader::Object& dictionary);
 
     /// The shape at `index`; for `kNone` the shape is made in `scratch`.
     [[nodiscard]] const DictionaryShape& shape(const BinaryPlistReader& plist,
-                                               const BinaryPlistReader::Object& dictionary, std::uint8_t index,
-                                               std::optional<DictionaryShape>& scratch) const {
-        return index != kNone ? shapes_[index] : scratch.emplace(plist, dictionary);
+                                               const BinaryPlistReader::Object& dictionary,
+                                               std::uint8_t index,
+                                               std::unique_ptr<DictionaryShape>& scratch) const {
+        if (index != kNone) {
+            return shapes_[index];
+        }
+        scratch = std::make_unique<DictionaryShape>(plist, dictionary);
+        return *scratch;
     }
 
   private:

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Base/URL.h"
 #include "InstallCommon/Command.h"
 
 namespace InstallCommon {
@@ -19,6 +20,21 @@ struct CommandSuitsProvider {
     /// 2 commands: delete the data folders, then the privileged helper tools, one of which executes these
     /// very commands.
     [[nodiscard]] static CommandList makeCleanupCommands();
+
+    // The install side knows the current version only. Each source is a folder of the unpacked payload plus the file name
+    // that the item will have once installed.
+
+    /// 2 commands: copy the data files that must be there before anything starts, settings first.
+    [[nodiscard]] static CommandList makePreInstallCommands(const Base::URL& supportFilesLocation);
+
+    /// 10 commands: copy the console (which carries all other components), the four launchd property lists and the Finder
+    /// service; then start the two agents and the two daemons.
+    [[nodiscard]] static CommandList makeInstallCommands(const Base::URL& applicationsLocation,
+                                                         const Base::URL& launchdJobsLocation,
+                                                         const Base::URL& supportFilesLocation);
+
+    /// 1 command: refresh the Launch Services database.
+    [[nodiscard]] static CommandList makePostInstallCommands();
 };
 
 }  // namespace InstallCommon

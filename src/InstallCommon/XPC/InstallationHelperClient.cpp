@@ -1,16 +1,26 @@
 #include "InstallCommon/XPC/InstallationHelperClient.h"
 
-#include <iterator>
 #include <utility>
 
 #include "Base/CheckedSum.h"
 #include "Base/FatalError.h"
-#include "InstallCommon/CommandSuitsProvider.h"
+#include "InstallCommon/CommandLists.h"
 #include "InstallCommon/CurrentInstallationEnvironment.h"
 #include "InstallCommon/IntallHelper.h"
+#include "NorvikCommon/InstallerLog.h"
 #include "Platform/SystemPorts.h"
 
 namespace InstallCommon {
+
+namespace {
+
+InstallatedNorvikAntivirusType installedType() {
+    const std::unique_ptr<Platform::Bundle> mainBundle =
+        Platform::SystemPorts::current().bundles.mainBundle();
+    return CurrentInstallationEnvironment::shared().checkNorvikAntivirusInstallType(*mainBundle);
+}
+
+}  // namespace
 
 InstallationHelperClient::InstallationHelperClient()
     : XPCClient(std::string(InstallHelper::machServiceName), true) {}
@@ -23,9 +33,7 @@ InstallationHelperClient::InstallationHelperClient(std::string machServiceName, 
 }
 
 bool InstallationHelperClient::canUninstall() const {
-    const std::unique_ptr<Platform::Bundle> mainBundle =
-        Platform::SystemPorts::current().bundles.mainBundle();
-    switch (CurrentInstallationEnvironment::shared().checkNorvikAntivirusInstallType(*mainBundle)) {
+    switch (installedType()) {
         case InstallatedNorvikAntivirusType::notInstalled:
             return false;
         case InstallatedNorvikAntivirusType::installedNotUpdateable:
@@ -38,11 +46,46 @@ bool InstallationHelperClient::canUninstall() const {
     Base::fatalError("unexpected enumeration value");
 }
 
+InstallationHelperClient::EnvironmentCheck InstallationHelperClient::checkInstallationEnvironment() const {
+    if (CurrentInstallationEnvironment::shared().otherAntivirusInstalled()) {
+        NorvikCommon::logInstallerLine("There is other antivirus installed.");
+        return {};
+    }
+    const InstallatedNorvikAntivirusType type = installedType();
+    if (type == InstallatedNorvikAntivirusType::installedSameVersion ||
+        type == InstallatedNorvikAntivirusType::installedNewerVersion) {
+        NorvikCommon::logInstallerLine("Has same or newer Norvik installed.");
+        return {};
+    }
+    return {true, type == InstallatedNorvikAntivirusType::installedUpdateable,
+            type == InstallatedNorvikAntivirusType::installedNotUpdateable};
+}
+
+void InstallationHelperClient::install(const Base::URL& sourceDirectory,
+                                       const std::string& applicationsSubdir,
+                                       const std::string& launchdJobsSubdir,
+                                       const std::string& supportFilesSubdir) {
+    const EnvironmentCheck environment = checkInstallationEnvironment();
+    if (!environment.canInstall) {
+        NorvikCommon::logInstallerLine("Can not install antivirus.");
+        return;
+    }
+    const PayloadLocations payload = PayloadLocations::inDirectory(sourceDirectory, applicationsSubdir,
+                                                                   launchdJobsSubdir, supportFilesSubdir);
+    if (environment.shouldOverinstall || shouldOverinstall_) {
+        NorvikCommon::logInstallerLine("Overinstall...");
+        send(CommandLists::overInstallation(payload));
+    } else if (environment.shouldUpdate) {
+        NorvikCommon::logInstallerLine("Update...");
+        send(CommandLists::update(payload));
+    } else {
+        NorvikCommon::logInstallerLine("Clean install...");
+        send(CommandLists::cleanInstallation(payload));
+    }
+}
+
 void InstallationHelperClient::uninstall() {
-    CommandList commands = CommandSuitsProvider::makeUninstallCommands();
-    CommandList cleanup = CommandSuitsProvider::makeCleanupCommands();
-    std::move(cleanup.begin(), cleanup.end(), std::back_inserter(commands));
-    send(std::move(commands));
+    send(CommandLists::uninstallation());
 }
 
 void InstallationHelperClient::send(CommandList commands) {

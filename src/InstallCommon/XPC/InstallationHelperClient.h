@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 
+#include "Base/URL.h"
 #include "InstallCommon/XPC/InstallationXPCUtils.h"
 #include "NorvikCommon/XPCClient.h"
 
@@ -23,6 +24,9 @@ class InstallationService {
     [[nodiscard]] virtual const ProgressNotificationBlock& progressNotificationBlock() const = 0;
     /// To be set before the run; may be empty.
     virtual void setProgressNotificationBlock(ProgressNotificationBlock block) = 0;
+    /// The payload lies in `sourceDirectory`, its three parts in the subfolders named.
+    virtual void install(const Base::URL& sourceDirectory, const std::string& applicationsSubdir,
+                         const std::string& launchdJobsSubdir, const std::string& supportFilesSubdir) = 0;
     virtual void uninstall() = 0;
 };
 
@@ -46,6 +50,10 @@ class InstallationHelperClient final : public NorvikCommon::XPCClient,
         progressNotificationBlock_ = std::move(block);
     }
 
+    /// Whether the owner forces an over-install; false at first.
+    [[nodiscard]] bool shouldOverinstall() const { return shouldOverinstall_; }
+    void setShouldOverinstall(bool shouldOverinstall) { shouldOverinstall_ = shouldOverinstall; }
+
     /// The helper's proxy after connecting, or null.
     [[nodiscard]] const std::shared_ptr<CommandExecuting>& remoteObject() const { return remoteObject_; }
     /// The sum of the weights of the list last sent.
@@ -55,6 +63,26 @@ class InstallationHelperClient final : public NorvikCommon::XPCClient,
     /// Whether the installed product may be removed by this program: it is installed and not newer. Logs what
     /// the environment check logs at its first use.
     [[nodiscard]] bool canUninstall() const;
+
+    /// What an installation on this Mac has to be.
+    struct EnvironmentCheck {
+        bool canInstall = false;
+        bool shouldUpdate = false;
+        bool shouldOverinstall = false;
+        friend bool operator==(const EnvironmentCheck&, const EnvironmentCheck&) = default;
+    };
+
+    /// Nothing may be installed beside another antivirus ("[SNTM Installer] There is other antivirus installed.") or over
+    /// the same or a newer version ("[SNTM Installer] Has same or newer Norvik installed."); an older one is updated, or
+    /// over-installed when it cannot be.
+    [[nodiscard]] EnvironmentCheck checkInstallationEnvironment() const;
+
+    /// Checks the environment and sends the list that fits: the over-install list when the environment or the owner asks
+    /// for it ("[SNTM Installer] Overinstall..."), else the update list ("[SNTM Installer] Update..."), else the
+    /// clean-install list ("[SNTM Installer] Clean install..."). Refused: "[SNTM Installer] Can not install antivirus.",
+    /// and no connection is made. Returns as `uninstall` does.
+    void install(const Base::URL& sourceDirectory, const std::string& applicationsSubdir,
+                 const std::string& launchdJobsSubdir, const std::string& supportFilesSubdir) override;
 
     /// Sends the uninstall and cleanup commands and returns as soon as they are handed over; results arrive
     /// through the progress block only. Without a proxy nothing is sent or reported. Logs nothing.
@@ -73,6 +101,7 @@ class InstallationHelperClient final : public NorvikCommon::XPCClient,
 
   private:
     ProgressNotificationBlock progressNotificationBlock_;
+    bool shouldOverinstall_ = false;
     std::shared_ptr<CommandExecuting> remoteObject_;
     std::int32_t totalCommandsWeight_ = 0;
     std::int32_t executedCommandsWeight_ = 0;

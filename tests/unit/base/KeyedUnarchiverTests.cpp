@@ -5,6 +5,7 @@
 #include <array>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "ArchiveBuilder.h"
 #include "Samples.h"
@@ -142,10 +143,20 @@ TEST(KeyedUnarchiver, ReadsAnInlineBoolean) {
 }
 
 TEST(KeyedUnarchiver, ReadsAnInlineNumberAsABoolean) {
+    using namespace std::string_literals;
+    for (const auto& [bytes, expected] :
+         {std::pair("\x10\x01"s, "daemon"), std::pair("\x10\x00"s, "agent"),
+          std::pair("\x11\x05\x00"s, "daemon"), std::pair("\x22\x3F\x80\x00\x00"s, "daemon"),
+          std::pair("\x22\x00\x00\x00\x00"s, "agent")}) {
+        ArchiveBuilder archive;
+        const auto flag = archive.plist.raw(bytes);
+        EXPECT_EQ(stepWithFlag(archive, flag), "JobStep(\"x\" Job(nil nil) "s + expected + ")\n");
+    }
+}
+
+TEST(KeyedUnarchiver, TakesNilForAMissingBoolean) {
     ArchiveBuilder archive;
-    EXPECT_EQ(stepWithFlag(archive, archive.plist.integer(1, 1)), "JobStep(\"x\" Job(nil nil) daemon)\n");
-    ArchiveBuilder nil;
-    EXPECT_EQ(stepWithFlag(nil, nil.ref(0)), "JobStep(\"x\" Job(nil nil) agent)\n");
+    EXPECT_EQ(stepWithFlag(archive, archive.ref(0)), "JobStep(\"x\" Job(nil nil) agent)\n");
 }
 
 TEST(KeyedUnarchiver, RefusesWhatIsNoInlineBoolean) {

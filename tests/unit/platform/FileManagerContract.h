@@ -267,6 +267,8 @@ TYPED_TEST_P(FileManagerContract, ReportsUnreadableFoldersAndRemovesEmptyOnes) {
         return error ? error->code : 0;
     });
     EXPECT_EQ(result, std::optional(EACCES));
+    ASSERT_EQ(::chmod(this->path("top/closed").c_str(), 0700), 0);
+    ASSERT_EQ(::chmod(this->path("top/no search").c_str(), 0700), 0);
     EXPECT_TRUE(exists(this->path("top/closed/file")));
     EXPECT_TRUE(exists(this->path("top/no search/file")));
     EXPECT_FALSE(exists(this->path("top/empty")));

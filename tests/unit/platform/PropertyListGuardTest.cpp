@@ -13,13 +13,13 @@ using namespace std::string_literals;
 TEST(PropertyListGuard, PassesOrdinaryLists) {
     EXPECT_TRUE(isTamePropertyList(binaryPropertyList({"\xD1\1\2"s, "\x51k"s, "\x51v"s})));
     EXPECT_TRUE(isTamePropertyList(binaryPropertyList({"\x51v"s})));
-    EXPECT_TRUE(isTamePropertyList(nestedArraysBinary(60)));
+    EXPECT_TRUE(isTamePropertyList(nestedArraysBinary(65)));
     EXPECT_TRUE(isTamePropertyList(nestedArraysXML(60)));
     EXPECT_TRUE(isTamePropertyList(""));
 }
 
 TEST(PropertyListGuard, RefusesDeepNesting) {
-    EXPECT_FALSE(isTamePropertyList(nestedArraysBinary(65)));
+    EXPECT_FALSE(isTamePropertyList(nestedArraysBinary(66)));
     EXPECT_FALSE(isTamePropertyList(nestedArraysBinary(100'000)));
     EXPECT_FALSE(isTamePropertyList(nestedArraysXML(100'000)));
 }

@@ -6,6 +6,9 @@
 
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
+#include <sstream>
+#include <string>
 #include <vector>
 
 #include "Platform/Posix/PosixClock.h"
@@ -32,9 +35,19 @@ TEST(Users, AreThoseOfThePasswordDatabase) {
     Entries expected;
     std::FILE* database = ::popen("getent passwd", "r");
     ASSERT_NE(database, nullptr);
-    while (const passwd* entry = ::fgetpwent(database)) {
-        expected.emplace_back(entry->pw_uid, entry->pw_dir);
+    char* line = nullptr;
+    std::size_t size = 0;
+    while (::getline(&line, &size, database) > 0) {
+        // name:password:uid:gid:comment:home:shell
+        std::istringstream text(line);
+        std::vector<std::string> fields;
+        for (std::string field; std::getline(text, field, ':');) {
+            fields.push_back(field);
+        }
+        ASSERT_EQ(fields.size(), 7U) << line;
+        expected.emplace_back(static_cast<std::uint32_t>(std::stoul(fields[2])), fields[5]);
     }
+    std::free(line);
     ::pclose(database);
     PosixUsers users;
     EXPECT_FALSE(expected.empty());

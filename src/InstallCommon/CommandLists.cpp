@@ -1,0 +1,58 @@
+#include "InstallCommon/CommandLists.h"
+
+#include <iterator>
+#include <utility>
+
+#include "InstallCommon/CommandSuitsProvider.h"
+
+namespace InstallCommon {
+
+namespace {
+
+void append(CommandList& list, CommandList more) {
+    std::move(more.begin(), more.end(), std::back_inserter(list));
+}
+
+void appendInstallation(CommandList& list, const PayloadLocations& payload) {
+    append(list, CommandSuitsProvider::makeInstallCommands(payload.applications, payload.launchdJobs,
+                                                           payload.supportFiles));
+    append(list, CommandSuitsProvider::makePostInstallCommands());
+}
+
+}  // namespace
+
+PayloadLocations PayloadLocations::inDirectory(const Base::URL& sourceDirectory,
+                                               std::string_view applicationsSubdir,
+                                               std::string_view launchdJobsSubdir,
+                                               std::string_view supportFilesSubdir) {
+    return {sourceDirectory.appendingPathComponent(applicationsSubdir),
+            sourceDirectory.appendingPathComponent(launchdJobsSubdir),
+            sourceDirectory.appendingPathComponent(supportFilesSubdir)};
+}
+
+CommandList CommandLists::uninstallation() {
+    CommandList list = CommandSuitsProvider::makeUninstallCommands();
+    append(list, CommandSuitsProvider::makeCleanupCommands());
+    return list;
+}
+
+CommandList CommandLists::cleanInstallation(const PayloadLocations& payload) {
+    CommandList list = CommandSuitsProvider::makePreInstallCommands(payload.supportFiles);
+    appendInstallation(list, payload);
+    return list;
+}
+
+CommandList CommandLists::update(const PayloadLocations& payload) {
+    CommandList list = CommandSuitsProvider::makeUninstallCommands();
+    appendInstallation(list, payload);
+    return list;
+}
+
+CommandList CommandLists::overInstallation(const PayloadLocations& payload) {
+    CommandList list = uninstallation();
+    append(list, CommandSuitsProvider::makePreInstallCommands(payload.supportFiles));
+    appendInstallation(list, payload);
+    return list;
+}
+
+}  // namespace InstallCommon
