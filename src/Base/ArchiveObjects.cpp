@@ -61,7 +61,7 @@ std::optional<ArchiveObjects> ArchiveObjects::open(std::span<const std::uint8_t>
         refusal = "not a readable binary property list: " + fault;
         return std::nullopt;
     }
-    ArchiveObjects objects(std::move(*plist), allowed);
+    ArchiveObjects objects(*plist, allowed);
     if (!objects.readFrame(limits, refusal) || !objects.readEntries(refusal)) {
         return std::nullopt;
     }

@@ -73,8 +73,8 @@ class ArchiveObjects {
         std::uint16_t classIndex;
     };
 
-    ArchiveObjects(BinaryPlistReader plist, const AllowedClasses& allowed)
-        : plist_(std::move(plist)), allowed_(allowed), allowsStrings_(allowsValue("NSString")) {}
+    ArchiveObjects(const BinaryPlistReader& plist, const AllowedClasses& allowed)
+        : plist_(plist), allowed_(allowed), allowsStrings_(allowsValue("NSString")) {}
 
     bool readFrame(const UnarchivingLimits& limits, std::string& refusal);
     bool readTop(const std::optional<BinaryPlistReader::Object>& top, std::string& refusal);

@@ -18,7 +18,8 @@ constexpr unsigned kArray = 0xA0;
 constexpr unsigned kDictionary = 0xD0;
 
 constexpr std::size_t kHeaderCapacity = 10;  // a type byte, an integer's type byte, 8 bytes of count
-// Room for the largest list that the product sends; below the size at which malloc tidies up when it is freed.
+// Room for the largest list that the product sends; below the size at which malloc tidies up when it is
+// freed.
 constexpr std::size_t kFirstCapacity = 60000;
 
 // The exponent of the smallest power of two of bytes that holds `value`.

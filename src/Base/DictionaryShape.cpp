@@ -44,13 +44,14 @@ std::uint8_t DictionaryShapes::keep(const BinaryPlistReader& plist, const Object
     const std::size_t mark =
         dictionary.content[width - 1] + 3U * dictionary.content[width * dictionary.count - 1];
     constexpr std::size_t kTries = 4;
+    constexpr std::size_t kUsualShapes = 12;
     for (std::size_t tried = 0; tried < kTries; ++tried) {
         std::uint8_t& place = places_[(mark + tried) % places_.size()];
         if (place == 0) {
             if (shapes_.size() == kMaxShapes) {
                 break;
             }
-            shapes_.reserve(kMaxShapes / 2);
+            shapes_.reserve(kUsualShapes);
             shapes_.emplace_back(plist, dictionary);
             place = static_cast<std::uint8_t>(shapes_.size());
         }

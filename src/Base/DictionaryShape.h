@@ -16,7 +16,7 @@ namespace Base {
 class DictionaryShape {
   public:
     /// The largest dictionary that has a shape. No class of an archive has nearly as many keys.
-    static constexpr std::size_t kMaxKeys = 32;
+    static constexpr std::size_t kMaxKeys = 16;
     static constexpr std::size_t kNowhere = SIZE_MAX;
 
     /// Whether `object` is a dictionary that is not too large to have one.

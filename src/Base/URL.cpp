@@ -115,6 +115,9 @@ std::optional<char> escapedByte(std::string_view text) {
 // looked for in the decoded form, so that an escaped one is found as well.
 std::optional<std::string> decodedPath(std::string_view text) {
     std::size_t special = findSpecial(text, 1);
+    if (special == text.size() && !text.ends_with('/')) {
+        return std::string(text);
+    }
     std::string path;
     path.reserve(text.size());
     path.append(text, 0, special);

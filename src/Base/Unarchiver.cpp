@@ -34,10 +34,10 @@ void Unarchiver::refuse(std::string_view what) {
     for (const Frame* each = frame_; each != nullptr; each = each->outer, ++inner) {
         const bool isOutermost = each->outer == nullptr;
         if (inner < kShownFrames || isOutermost) {
-            place = (isOutermost ? placeOf(position_) : "key \"" + printable(each->outerKey) + '"') + " (" +
-                    printable(each->coded->runtimeName) + "): " + place;
+            place.insert(0, " (" + printable(each->coded->runtimeName) + "): ");
+            place.insert(0, isOutermost ? placeOf(position_) : "key \"" + printable(each->outerKey) + '"');
         } else if (inner == kShownFrames) {
-            place = "...: " + place;
+            place.insert(0, "...: ");
         }
     }
     if (frame_ == nullptr && position_ > 0) {

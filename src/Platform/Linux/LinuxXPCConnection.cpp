@@ -1,10 +1,8 @@
 #include "Platform/Linux/LinuxXPCConnection.h"
 
 #include <poll.h>
-#include <sys/eventfd.h>
 #include <sys/socket.h>
 #include <sys/un.h>
-#include <unistd.h>
 
 #include <array>
 #include <cerrno>
@@ -47,18 +45,14 @@ std::vector<std::uint8_t> emptyFrame(FrameKind kind) {
 }  // namespace
 
 LinuxXPCConnection::LinuxXPCConnection(std::string serviceName, std::string socketPath)
-    : serviceName_(std::move(serviceName)),
-      socketPath_(std::move(socketPath)),
-      isListeners_(false),
-      wakeup_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
+    : serviceName_(std::move(serviceName)), socketPath_(std::move(socketPath)), isListeners_(false) {}
 
 LinuxXPCConnection::LinuxXPCConnection(Posix::Descriptor socket, std::shared_ptr<void> transaction,
                                        std::function<void(const std::string& why)> refused)
     : isListeners_(true),
       refused_(std::move(refused)),
       transaction_(std::move(transaction)),
-      socket_(std::move(socket)),
-      wakeup_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
+      channel_(std::move(socket)) {}
 
 void LinuxXPCConnection::setRemoteObjectInterface(XPCInterface interface) {
     remoteInterface_ = std::make_shared<const XPCInterface>(std::move(interface));
@@ -78,7 +72,7 @@ void LinuxXPCConnection::setInterruptionHandler(std::function<void()> handler) {
 
 void LinuxXPCConnection::resume() {
     if (isListeners_) {
-        enqueue(emptyFrame(FrameKind::accepted));
+        channel_.send(emptyFrame(FrameKind::accepted));
     }
     std::thread([self = shared_from_this()] { self->run(); }).detach();
 }
@@ -88,7 +82,8 @@ void LinuxXPCConnection::invalidate() {
         const std::lock_guard lock(mutex_);
         isInvalid_ = true;
     }
-    wake();
+    channel_.refuseMore();
+    channel_.wake();
 }
 
 std::shared_ptr<XPCObject> LinuxXPCConnection::remoteObjectProxy() {
@@ -120,48 +115,46 @@ void LinuxXPCConnection::run() {
     }
 }
 
+bool LinuxXPCConnection::isInvalid() {
+    const std::lock_guard lock(mutex_);
+    return isInvalid_;
+}
+
 bool LinuxXPCConnection::waitForSomethingToSend() {
-    for (;;) {
-        {
-            const std::lock_guard lock(mutex_);
-            if (isInvalid_ || !outgoing_.empty()) {
-                return !isInvalid_;
-            }
-        }
-        pollfd wakeup{wakeup_.get(), POLLIN, 0};
+    while (!isInvalid() && !channel_.hasWaiting()) {
+        pollfd wakeup{channel_.wakeup(), POLLIN, 0};
         ::poll(&wakeup, 1, -1);
-        drainWake();
+        channel_.clearWakeup();
     }
+    return !isInvalid();
 }
 
 bool LinuxXPCConnection::connectToService() {
     Posix::Descriptor socket = connectToSocket(socketPath_);
-    const std::lock_guard lock(mutex_);
-    socket_ = std::move(socket);
-    return static_cast<bool>(socket_);
+    const bool isConnected = static_cast<bool>(socket);
+    channel_.open(std::move(socket));
+    return isConnected;
 }
 
 LinuxXPCConnection::Ending LinuxXPCConnection::serve() {
     FrameBuffer buffer;
     std::array<std::uint8_t, kReadSize> bytes;
     for (;;) {
-        const auto events = static_cast<short>(hasOutgoing() ? POLLIN | POLLOUT : POLLIN);
-        std::array<pollfd, 2> polled{pollfd{socket_.get(), events, 0}, pollfd{wakeup_.get(), POLLIN, 0}};
+        const auto events = static_cast<short>(channel_.hasWaiting() ? POLLIN | POLLOUT : POLLIN);
+        std::array<pollfd, 2> polled{pollfd{channel_.socket(), events, 0},
+                                     pollfd{channel_.wakeup(), POLLIN, 0}};
         ::poll(polled.data(), polled.size(), -1);
         if (polled[1].revents != 0) {
-            drainWake();
+            channel_.clearWakeup();
         }
-        {
-            const std::lock_guard lock(mutex_);
-            if (isInvalid_) {
-                return Ending::invalidated;
-            }
-            flush();
+        if (isInvalid()) {
+            return Ending::invalidated;
         }
+        channel_.flush();
         if (polled[0].revents == 0) {
             continue;
         }
-        const ssize_t count = ::recv(socket_.get(), bytes.data(), bytes.size(), MSG_DONTWAIT);
+        const ssize_t count = ::recv(channel_.socket(), bytes.data(), bytes.size(), MSG_DONTWAIT);
         if (count < 0 && (errno == EAGAIN || errno == EINTR)) {
             continue;
         }
@@ -268,7 +261,7 @@ bool LinuxXPCConnection::refuse(const std::string& why) {
     if (refused_) {
         refused_(why);
     }
-    enqueue(emptyFrame(FrameKind::invalidated));
+    channel_.send(emptyFrame(FrameKind::invalidated));
     return false;
 }
 
@@ -278,19 +271,20 @@ void LinuxXPCConnection::answer(std::uint32_t number, const std::optional<Error>
     frame.u8(error ? 1 : 0);
     frame.u32(error ? static_cast<std::uint32_t>(error->code) : 0);
     frame.sized(error ? std::string_view(error->description) : std::string_view());
-    enqueue(frame.finish());
+    channel_.send(frame.finish());
 }
 
 void LinuxXPCConnection::end(Ending ending) {
     const bool isInvalid = ending == Ending::invalidated;
+    if (isInvalid) {
+        channel_.refuseMore();
+    }
+    channel_.close();
     std::map<std::uint32_t, Pending> pending;
     std::map<std::uint32_t, Exported> exportedArguments;
     {
         const std::lock_guard lock(mutex_);
         isInvalid_ = isInvalid_ || isInvalid;
-        socket_ = Posix::Descriptor();
-        outgoing_.clear();
-        sentOfFirst_ = 0;
         pending.swap(pending_);
         exportedArguments.swap(exportedArguments_);
     }
@@ -329,63 +323,11 @@ void LinuxXPCConnection::send(std::uint32_t object, const XPCMethod& method, std
             {"The connection to service named " + serviceName_ + " was invalidated.", kInvalidCode});
         return;
     }
-    enqueue(messageFrame(
+    channel_.send(messageFrame(
         object, reply, method, std::move(arguments),
         [this](std::shared_ptr<XPCObject> argument, std::shared_ptr<const XPCInterface> interface) {
             return exportObject({std::move(argument), std::move(interface)});
         }));
-}
-
-void LinuxXPCConnection::enqueue(std::vector<std::uint8_t> frame) {
-    {
-        const std::lock_guard lock(mutex_);
-        if (isInvalid_) {
-            return;
-        }
-        outgoing_.push_back(std::move(frame));
-        flush();
-    }
-    wake();
-}
-
-/// Sends what the socket takes at once, under the mutex; a frame that is sent alone leaves in one call.
-void LinuxXPCConnection::flush() {
-    while (socket_ && !outgoing_.empty()) {
-        const std::vector<std::uint8_t>& frame = outgoing_.front();
-        const ssize_t count = ::send(socket_.get(), frame.data() + sentOfFirst_, frame.size() - sentOfFirst_,
-                                     MSG_NOSIGNAL | MSG_DONTWAIT);
-        if (count < 0) {
-            if (errno == EINTR) {
-                continue;
-            }
-            if (errno != EAGAIN) {
-                // The peer has gone; the connection's thread will see the end of the stream.
-                outgoing_.clear();
-                sentOfFirst_ = 0;
-            }
-            return;
-        }
-        sentOfFirst_ += static_cast<std::size_t>(count);
-        if (sentOfFirst_ == frame.size()) {
-            outgoing_.pop_front();
-            sentOfFirst_ = 0;
-        }
-    }
-}
-
-bool LinuxXPCConnection::hasOutgoing() {
-    const std::lock_guard lock(mutex_);
-    return !outgoing_.empty();
-}
-
-void LinuxXPCConnection::wake() {
-    const std::uint64_t one = 1;
-    static_cast<void>(!::write(wakeup_.get(), &one, sizeof one));
-}
-
-void LinuxXPCConnection::drainWake() {
-    std::uint64_t count = 0;
-    static_cast<void>(!::read(wakeup_.get(), &count, sizeof count));
 }
 
 std::uint32_t LinuxXPCConnection::exportObject(Exported exported) {

@@ -1,8 +1,6 @@
 #pragma once
 
-#include <atomic>
 #include <cstdint>
-#include <deque>
 #include <functional>
 #include <map>
 #include <memory>
@@ -11,8 +9,8 @@
 #include <string>
 #include <vector>
 
+#include "Platform/Linux/FrameChannel.h"
 #include "Platform/Linux/XPCWire.h"
-#include "Platform/Posix/Descriptor.h"
 #include "Platform/XPC.h"
 
 namespace Platform::Linux {
@@ -61,6 +59,7 @@ class LinuxXPCConnection final : public XPCConnection,
     enum class Ending : std::uint8_t { interrupted, invalidated };
 
     void run();
+    [[nodiscard]] bool isInvalid();
     [[nodiscard]] bool waitForSomethingToSend();
     [[nodiscard]] bool connectToService();
     [[nodiscard]] Ending serve();
@@ -72,11 +71,6 @@ class LinuxXPCConnection final : public XPCConnection,
     void answer(std::uint32_t number, const std::optional<Error>& error);
     void end(Ending ending);
 
-    void enqueue(std::vector<std::uint8_t> frame);
-    void flush();
-    [[nodiscard]] bool hasOutgoing();
-    void wake();
-    void drainWake();
     [[nodiscard]] std::uint32_t exportObject(Exported exported);
 
     const std::string serviceName_;
@@ -94,17 +88,14 @@ class LinuxXPCConnection final : public XPCConnection,
     bool accepted_ = false;
     std::shared_ptr<void> transaction_;
 
+    FrameChannel channel_;
+
     // Shared by all threads, under the mutex.
     std::mutex mutex_;
-    Posix::Descriptor socket_;
-    std::deque<std::vector<std::uint8_t>> outgoing_;
-    std::size_t sentOfFirst_ = 0;
     std::uint32_t lastNumber_ = 0;
     std::map<std::uint32_t, Exported> exportedArguments_;
     std::map<std::uint32_t, Pending> pending_;
     bool isInvalid_ = false;
-
-    Posix::Descriptor wakeup_;
 };
 
 }  // namespace Platform::Linux

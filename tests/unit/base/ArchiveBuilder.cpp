@@ -61,6 +61,7 @@ std::string PlistBuilder::dictionaryBytes(const std::vector<std::pair<Id, Id>>& 
 
 PlistBuilder::Id PlistBuilder::dictionary(const std::vector<std::pair<std::string, Id>>& pairs) {
     std::vector<std::pair<Id, Id>> ids;
+    ids.reserve(pairs.size());
     for (const auto& [key, value] : pairs) {
         ids.emplace_back(ascii(key), value);
     }
@@ -104,6 +105,7 @@ ArchiveBuilder::Index ArchiveBuilder::object(Index classIndex, Keys keys) {
 
 ArchiveBuilder::Index ArchiveBuilder::array(const std::vector<Index>& members, std::string_view className) {
     std::vector<Id> references;
+    references.reserve(members.size());
     for (const Index member : members) {
         references.push_back(ref(member));
     }

@@ -1,0 +1,90 @@
+#include "Platform/Linux/FrameChannel.h"
+
+#include <sys/eventfd.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <utility>
+
+namespace Platform::Linux {
+
+FrameChannel::FrameChannel() : FrameChannel(Posix::Descriptor()) {}
+
+FrameChannel::FrameChannel(Posix::Descriptor socket)
+    : socket_(std::move(socket)), wakeup_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
+
+void FrameChannel::send(std::vector<std::uint8_t> frame) {
+    {
+        const std::lock_guard lock(mutex_);
+        if (refusesMore_) {
+            return;
+        }
+        waiting_.push_back(std::move(frame));
+        flushLocked();
+    }
+    wake();
+}
+
+void FrameChannel::wake() {
+    const std::uint64_t one = 1;
+    static_cast<void>(!::write(wakeup_.get(), &one, sizeof one));
+}
+
+void FrameChannel::clearWakeup() {
+    std::uint64_t count = 0;
+    static_cast<void>(!::read(wakeup_.get(), &count, sizeof count));
+}
+
+void FrameChannel::open(Posix::Descriptor socket) {
+    const std::lock_guard lock(mutex_);
+    socket_ = std::move(socket);
+}
+
+void FrameChannel::close() {
+    const std::lock_guard lock(mutex_);
+    socket_ = Posix::Descriptor();
+    waiting_.clear();
+    sentOfFirst_ = 0;
+}
+
+void FrameChannel::refuseMore() {
+    const std::lock_guard lock(mutex_);
+    refusesMore_ = true;
+}
+
+bool FrameChannel::hasWaiting() {
+    const std::lock_guard lock(mutex_);
+    return !waiting_.empty();
+}
+
+void FrameChannel::flush() {
+    const std::lock_guard lock(mutex_);
+    flushLocked();
+}
+
+void FrameChannel::flushLocked() {
+    while (socket_ && !waiting_.empty()) {
+        const std::vector<std::uint8_t>& frame = waiting_.front();
+        const ssize_t count = ::send(socket_.get(), frame.data() + sentOfFirst_, frame.size() - sentOfFirst_,
+                                     MSG_NOSIGNAL | MSG_DONTWAIT);
+        if (count < 0) {
+            if (errno == EINTR) {
+                continue;
+            }
+            if (errno != EAGAIN) {
+                // The peer has gone; the connection's thread will see the end of the stream.
+                waiting_.clear();
+                sentOfFirst_ = 0;
+            }
+            return;
+        }
+        sentOfFirst_ += static_cast<std::size_t>(count);
+        if (sentOfFirst_ == frame.size()) {
+            waiting_.pop_front();
+            sentOfFirst_ = 0;
+        }
+    }
+}
+
+}  // namespace Platform::Linux
