@@ -112,7 +112,7 @@ int FileCopy::copyContents(int source, const struct stat& status, int copy) {
     const bool hasHoles = status.st_blocks * 512 < status.st_size;
     if (!hasHoles || status.st_size == 0) {
         return status.st_size > kSmallFile ? copyRange(source, copy, 0, status.st_size)
-                                           : copyAll(source, copy);
+                                           : copyAll(source, copy, status.st_size);
     }
     off_t end = 0;
     for (;;) {
@@ -168,9 +168,10 @@ int FileCopy::copyRange(int source, int copy, off_t begin, off_t end) {
     return 0;
 }
 
-/// Reads to the end, whatever the file's size was: files of some kernel file systems claim to be empty.
-int FileCopy::copyAll(int source, int copy) {
-    for (;;) {
+/// Reads `size` bytes, or to the end when that is 0: files of some kernel file systems claim to be empty.
+int FileCopy::copyAll(int source, int copy, off_t size) {
+    off_t copied = 0;
+    while (size == 0 || copied < size) {
         const ssize_t count = ::read(source, buffer_.get(), kBufferSize);
         if (count == 0) {
             return 0;
@@ -183,8 +184,10 @@ int FileCopy::copyAll(int source, int copy) {
                 failure != 0) {
                 return failure;
             }
+            copied += count;
         }
     }
+    return 0;
 }
 
 int FileCopy::copyAttributes(int source, const struct stat& sourceStatus, int copy) {

@@ -31,7 +31,7 @@ class FileCopy {
   private:
     [[nodiscard]] int copyContents(int source, const struct stat& status, int copy);
     [[nodiscard]] int copyRange(int source, int copy, off_t begin, off_t end);
-    [[nodiscard]] int copyAll(int source, int copy);
+    [[nodiscard]] int copyAll(int source, int copy, off_t size);
 
     static constexpr std::size_t kBufferSize = std::size_t{1} << 17;
 
