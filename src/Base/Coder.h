@@ -22,8 +22,9 @@ struct CodedClass {
     std::string_view runtimeName;
     /// The coded superclass; null when the class derives from NSObject directly.
     const CodedClass* superclass;
-    /// Makes an object from the keys of the object that `coder` stands on. Returns null when a key that the class
-    /// needs is missing or unusable; the archive is then refused. Null for a class that is never decoded.
+    /// Makes an object from the keys of the object that `coder` stands on. Returns null when a key that the
+    /// class needs is missing or unusable; the archive is then refused. Null for a class that is never
+    /// decoded.
     std::unique_ptr<CodedObject> (*decode)(Coder& coder);
 
     /// True for this class itself and for every class derived from it.
@@ -52,13 +53,15 @@ class CodedObject {
 
 using CodedObjectList = std::vector<std::unique_ptr<CodedObject>>;
 
-/// Keyed coding: each class states its coded form once, against this interface. Two implementations stand behind it:
-/// the keyed archiver and unarchiver of this room, and on macOS an adapter over the system's coder.
+/// Keyed coding: each class states its coded form once, against this interface. Two implementations stand
+/// behind it: the keyed archiver and unarchiver of this room, and on macOS an adapter over the system's
+/// coder.
 ///
-/// The encode operations write one key of the object at hand. The decode operations read one: they return nothing
-/// when the key is absent or holds nil; when it holds a value of another type they return nothing too, and the whole
-/// archive is refused (the coder remembers the fault, later calls return nothing). An implementation serves one
-/// direction; calling the other is a programming error. Not thread-safe; nothing is logged.
+/// The encode operations write one key of the object at hand. The decode operations read one: they return
+/// nothing when the key is absent or holds nil; when it holds a value of another type they return nothing
+/// too, and the whole archive is refused (the coder remembers the fault, later calls return nothing). An
+/// implementation serves one direction; calling the other is a programming error. Not thread-safe; nothing is
+/// logged.
 class Coder {
   public:
     virtual ~Coder() = default;

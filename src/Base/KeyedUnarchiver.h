@@ -15,7 +15,8 @@ namespace Base {
 struct AllowedClasses {
     /// Classes of objects, by exact class: a superclass here does not allow its subclasses, nor the reverse.
     std::span<const CodedClass* const> objects;
-    /// Names of the containers and values: "NSArray", "NSURL", "NSString", "NSNumber" (their mutable forms are included).
+    /// Names of the containers and values: "NSArray", "NSURL", "NSString", "NSNumber" (their mutable forms
+    /// are included).
     std::span<const std::string_view> values;
 };
 
@@ -30,13 +31,15 @@ struct UnarchivingLimits {
 
 /// Reads the list of objects that `archivedArray` or another keyed archiver wrote.
 ///
-/// `archive` is a binary property list of any origin, hostile ones included. Every count, offset and reference is
-/// checked before anything is allocated or built; the depth of the input is never followed recursively; the first
-/// fault refuses the whole archive. On success returns the objects in order, each of a class in `allowed`. On
-/// failure returns nothing and sets `refusal` to one line that says what was refused and where, without a line break
-/// and in printable characters, whatever the archive holds. `refusal` is untouched on success. Nothing is logged.
+/// `archive` is a binary property list of any origin, hostile ones included. Every count, offset and
+/// reference is checked before anything is allocated or built; the depth of the input is never followed
+/// recursively; the first fault refuses the whole archive. On success returns the objects in order, each of a
+/// class in `allowed`. On failure returns nothing and sets `refusal` to one line that says what was refused
+/// and where, without a line break and in printable characters, whatever the archive holds. `refusal` is
+/// untouched on success. Nothing is logged.
 [[nodiscard]] std::optional<CodedObjectList> unarchivedArray(std::span<const std::uint8_t> archive,
-                                                             const AllowedClasses& allowed, std::string& refusal,
+                                                             const AllowedClasses& allowed,
+                                                             std::string& refusal,
                                                              const UnarchivingLimits& limits = {});
 
 }  // namespace Base

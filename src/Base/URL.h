@@ -9,11 +9,12 @@ namespace Base {
 /// A file URL: one absolute path, held decoded.
 ///
 /// The path is a byte string (UTF-8 by convention, any byte but NUL is carried), begins with "/" and has no
-/// trailing slash unless it is the root. No operation touches the disk, so a folder's URL looks like a file's.
+/// trailing slash unless it is the root. No operation touches the disk, so a folder's URL looks like a
+/// file's.
 class URL {
   public:
-    /// The URL of an absolute path. Repeated slashes are kept inside, trailing ones are dropped; an empty path
-    /// becomes "/". A path that is not absolute is taken below "/".
+    /// The URL of an absolute path. Repeated slashes are kept inside, trailing ones are dropped; an empty
+    /// path becomes "/". A path that is not absolute is taken below "/".
     [[nodiscard]] static URL fileURL(std::string_view path);
 
     /// Reads the textual form of a file URL as strangers send it: scheme "file" (any case), an empty host or
@@ -24,7 +25,8 @@ class URL {
     /// The same for a `relative` text against an absolute `base` (RFC 3986, section 5.2, for file URLs):
     /// a text with a scheme stands for itself, one that begins with "/" replaces the path, any other replaces
     /// what follows the base's last slash. `baseIsFolder` tells whether the base's text ended in a slash.
-    [[nodiscard]] static std::optional<URL> parse(std::string_view relative, const URL& base, bool baseIsFolder);
+    [[nodiscard]] static std::optional<URL> parse(std::string_view relative, const URL& base,
+                                                  bool baseIsFolder);
 
     /// The decoded path, without a trailing slash.
     [[nodiscard]] const std::string& path() const { return path_; }
@@ -36,8 +38,8 @@ class URL {
     /// What follows the last slash; "/" for the root.
     [[nodiscard]] std::string lastPathComponent() const;
 
-    /// The URL with `component` appended after exactly one slash. A component may itself hold slashes: a whole
-    /// absolute path is mirrored below this one.
+    /// The URL with `component` appended after exactly one slash. A component may itself hold slashes: a
+    /// whole absolute path is mirrored below this one.
     [[nodiscard]] URL appendingPathComponent(std::string_view component) const;
 
     /// The URL with "." and `extension` appended to the last component.

@@ -21,14 +21,14 @@ struct CommandSuitsProvider {
     /// very commands.
     [[nodiscard]] static CommandList makeCleanupCommands();
 
-    // The install side knows the current version only. Each source is a folder of the unpacked payload plus the file name
-    // that the item will have once installed.
+    // The install side knows the current version only. Each source is a folder of the unpacked payload plus
+    // the file name that the item will have once installed.
 
     /// 2 commands: copy the data files that must be there before anything starts, settings first.
     [[nodiscard]] static CommandList makePreInstallCommands(const Base::URL& supportFilesLocation);
 
-    /// 10 commands: copy the console (which carries all other components), the four launchd property lists and the Finder
-    /// service; then start the two agents and the two daemons.
+    /// 10 commands: copy the console (which carries all other components), the four launchd property lists
+    /// and the Finder service; then start the two agents and the two daemons.
     [[nodiscard]] static CommandList makeInstallCommands(const Base::URL& applicationsLocation,
                                                          const Base::URL& launchdJobsLocation,
                                                          const Base::URL& supportFilesLocation);

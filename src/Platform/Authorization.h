@@ -33,10 +33,11 @@ class SFAuthorization {
     /// Ends the session and gives its rights back.
     virtual ~SFAuthorization() = default;
 
-    /// Obtains `rights`. `flags` are the Security framework's (1 interaction allowed, 2 extend rights); with interaction
-    /// the system may show its administrator dialog and the call blocks until it is answered. Returns whether all
-    /// rights were granted.
-    [[nodiscard]] virtual bool obtainWithRights(const std::vector<AuthorizationItem>& rights, std::uint32_t flags,
+    /// Obtains `rights`. `flags` are the Security framework's (1 interaction allowed, 2 extend rights); with
+    /// interaction the system may show its administrator dialog and the call blocks until it is answered.
+    /// Returns whether all rights were granted.
+    [[nodiscard]] virtual bool obtainWithRights(const std::vector<AuthorizationItem>& rights,
+                                                std::uint32_t flags,
                                                 const std::vector<AuthorizationItem>& environment) = 0;
 
     /// The underlying reference, owned by the session; null when it has none.

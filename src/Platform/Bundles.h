@@ -14,11 +14,12 @@ class Bundle {
     virtual ~Bundle() = default;
 
     [[nodiscard]] virtual Base::URL url() const = 0;
-    /// A string of the information dictionary (Contents/Info.plist, XML or binary). Nothing when the key is absent, its
-    /// value is no string, or the file is absent or broken.
+    /// A string of the information dictionary (Contents/Info.plist, XML or binary). Nothing when the key is
+    /// absent, its value is no string, or the file is absent or broken.
     [[nodiscard]] virtual std::optional<std::string> infoString(const std::string& key) const = 0;
     /// The file `name`.`type` in Contents/Resources, if it is there.
-    [[nodiscard]] virtual std::optional<Base::URL> resource(const std::string& name, const std::string& type) const = 0;
+    [[nodiscard]] virtual std::optional<Base::URL> resource(const std::string& name,
+                                                            const std::string& type) const = 0;
 };
 
 /// Access to bundles. Calls may come from any thread; nothing is logged.
@@ -26,8 +27,8 @@ class Bundles {
   public:
     virtual ~Bundles() = default;
 
-    /// The bundle at `location`, read afresh on every call; null when there is no folder that can be opened. A folder
-    /// without an information dictionary is a bundle all the same.
+    /// The bundle at `location`, read afresh on every call; null when there is no folder that can be opened.
+    /// A folder without an information dictionary is a bundle all the same.
     [[nodiscard]] virtual std::unique_ptr<Bundle> open(const Base::URL& location) = 0;
 
     /// The running program's own bundle; for a program outside any bundle, the folder that it lies in.

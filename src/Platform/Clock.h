@@ -4,7 +4,8 @@
 
 namespace Platform {
 
-/// Monotonic time in nanoseconds since an arbitrary origin, as dispatch_time(DISPATCH_TIME_NOW, ...) counts it.
+/// Monotonic time in nanoseconds since an arbitrary origin, as dispatch_time(DISPATCH_TIME_NOW, ...) counts
+/// it.
 class Clock {
   public:
     virtual ~Clock() = default;

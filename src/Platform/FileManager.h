@@ -19,47 +19,53 @@ enum class SearchPathDirectory {
 
 /// File operations, one system service each; the effective user id of the moment decides what is permitted.
 ///
-/// Error descriptions name the item's path. Nothing is logged. All calls are synchronous and may come from any
-/// thread. "Link" means symbolic link; unless said otherwise the last component is never followed if it is a link.
+/// Error descriptions name the item's path. Nothing is logged. All calls are synchronous and may come from
+/// any thread. "Link" means symbolic link; unless said otherwise the last component is never followed if it
+/// is a link.
 class FileManager {
   public:
     virtual ~FileManager() = default;
 
-    /// Creates a folder with mode 0777 less the umask. With `withIntermediates`, missing parents are created too and
-    /// an existing folder is no error; without it, a missing parent or an existing item is one. Returns the error.
-    [[nodiscard]] virtual std::optional<Error> createDirectory(const Base::URL& directory, bool withIntermediates) = 0;
+    /// Creates a folder with mode 0777 less the umask. With `withIntermediates`, missing parents are created
+    /// too and an existing folder is no error; without it, a missing parent or an existing item is one.
+    /// Returns the error.
+    [[nodiscard]] virtual std::optional<Error> createDirectory(const Base::URL& directory,
+                                                               bool withIntermediates) = 0;
 
-    /// Whether the folder has entries other than hidden ones (names that begin with a dot). A link to a folder is
-    /// followed. On failure (absent, not a folder, unreadable) returns nothing and sets `error`.
+    /// Whether the folder has entries other than hidden ones (names that begin with a dot). A link to a
+    /// folder is followed. On failure (absent, not a folder, unreadable) returns nothing and sets `error`.
     [[nodiscard]] virtual std::optional<bool> hasVisibleEntries(const Base::URL& directory, Error& error) = 0;
 
-    /// Removes an item, a folder with everything in it, a link as the link itself. Works relative to open folders and
-    /// never steps through a link, also one that is swapped in while it runs; never leaves the item's tree or file
-    /// system mount by way of a link. Constant memory and stack for any width and depth. Entries that cannot be removed
-    /// are passed over, everything else goes; the first failure is returned. An absent item is an error (ENOENT).
+    /// Removes an item, a folder with everything in it, a link as the link itself. Works relative to open
+    /// folders and never steps through a link, also one that is swapped in while it runs; never leaves the
+    /// item's tree or file system mount by way of a link. Constant memory and stack for any width and depth.
+    /// Entries that cannot be removed are passed over, everything else goes; the first failure is returned.
+    /// An absent item is an error (ENOENT).
     [[nodiscard]] virtual std::optional<Error> removeItem(const Base::URL& item) = 0;
 
     /// Copies an item, a folder with everything in it. Keeps modes, times, extended attributes, owners where
-    /// permitted, and links as links; shares blocks where the file system can. Never replaces: an existing destination
-    /// (also a dangling link) is an error (EEXIST) and stays as it was. Stops at the first failure and leaves what was
-    /// copied so far. The destination's parent must exist.
-    [[nodiscard]] virtual std::optional<Error> copyItem(const Base::URL& source, const Base::URL& destination) = 0;
+    /// permitted, and links as links; shares blocks where the file system can. Never replaces: an existing
+    /// destination (also a dangling link) is an error (EEXIST) and stays as it was. Stops at the first
+    /// failure and leaves what was copied so far. The destination's parent must exist.
+    [[nodiscard]] virtual std::optional<Error> copyItem(const Base::URL& source,
+                                                        const Base::URL& destination) = 0;
 
     /// Whether an item is there; links are followed, so a dangling link is not.
     [[nodiscard]] virtual bool itemExists(const Base::URL& item) = 0;
 
-    /// Opens the item itself (a link as the link, open(2) O_SYMLINK) and sets its mode bits, sticky and set-id bits
-    /// included (fchmod). Returns 0 or errno; EBADF when the item cannot be opened. Never changes a link's target; where
-    /// links have no mode of their own, a link gives EOPNOTSUPP.
+    /// Opens the item itself (a link as the link, open(2) O_SYMLINK) and sets its mode bits, sticky and
+    /// set-id bits included (fchmod). Returns 0 or errno; EBADF when the item cannot be opened. Never changes
+    /// a link's target; where links have no mode of their own, a link gives EOPNOTSUPP.
     [[nodiscard]] virtual int setMode(const Base::URL& item, std::uint16_t mode) = 0;
 
     /// The same with owner and group (fchown). A link's own owner is changed, never its target's.
     [[nodiscard]] virtual int setOwner(const Base::URL& item, std::uint32_t owner, std::uint32_t group) = 0;
 
-    /// Sets owner and group of everything below a folder, hidden entries included, links as themselves, not of the
-    /// folder itself. Never steps through a link. `failed` is called on this thread with each item whose owner could
-    /// not be set and its errno (EBADF for one that has gone), and the walk goes on. Something that is not a folder or
-    /// cannot be read has nothing below it. Constant memory and stack for any width and depth.
+    /// Sets owner and group of everything below a folder, hidden entries included, links as themselves, not
+    /// of the folder itself. Never steps through a link. `failed` is called on this thread with each item
+    /// whose owner could not be set and its errno (EBADF for one that has gone), and the walk goes on.
+    /// Something that is not a folder or cannot be read has nothing below it. Constant memory and stack for
+    /// any width and depth.
     virtual void setOwnerOfContents(const Base::URL& directory, std::uint32_t owner, std::uint32_t group,
                                     const std::function<void(const Base::URL& item, int error)>& failed) = 0;
 

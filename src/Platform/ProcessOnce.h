@@ -6,13 +6,15 @@
 
 namespace Platform {
 
-/// Base of everything that a process makes once; keeps the list of those, so that a test can start like a new process.
+/// Base of everything that a process makes once; keeps the list of those, so that a test can start like a new
+/// process.
 class OnceGuard {
   public:
     OnceGuard(const OnceGuard&) = delete;
     OnceGuard& operator=(const OnceGuard&) = delete;
 
-    /// Forgets what every guard of this process has made. For the test harness; no other thread may be using one.
+    /// Forgets what every guard of this process has made. For the test harness; no other thread may be using
+    /// one.
     static void resetAll();
 
   protected:
@@ -24,9 +26,9 @@ class OnceGuard {
     OnceGuard* next_;
 };
 
-/// A value that is made at the first use, once per process, safely against concurrent first uses (dispatch_once).
-/// Instances are namespace-scope variables. The value is never destroyed: other threads may still use it while the
-/// process ends.
+/// A value that is made at the first use, once per process, safely against concurrent first uses
+/// (dispatch_once). Instances are namespace-scope variables. The value is never destroyed: other threads may
+/// still use it while the process ends.
 template <class Value>
 class ProcessOnce final : public OnceGuard {
   public:

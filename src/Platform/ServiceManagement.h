@@ -16,9 +16,10 @@ class ServiceManagement {
   public:
     virtual ~ServiceManagement() = default;
 
-    /// SMJobBless: installs the helper with this label from the running program's Contents/Library/LaunchServices as a
-    /// root-owned tool and registers its job, replacing an older one. Both sides must name each other
-    /// (SMPrivilegedExecutables, SMAuthorizedClients). Blocks; returns the error on failure; logs nothing.
+    /// SMJobBless: installs the helper with this label from the running program's
+    /// Contents/Library/LaunchServices as a root-owned tool and registers its job, replacing an older one.
+    /// Both sides must name each other (SMPrivilegedExecutables, SMAuthorizedClients). Blocks; returns the
+    /// error on failure; logs nothing.
     [[nodiscard]] virtual std::optional<Error> blessJob(LaunchdDomain domain, const std::string& label,
                                                         const AuthorizationReference& authorization) = 0;
 };

@@ -9,8 +9,8 @@ class SystemLog {
   public:
     virtual ~SystemLog() = default;
 
-    /// Writes one entry. `text` is UTF-8 and may hold line breaks; it is logged whole, never used as a format. When the
-    /// log cannot be reached, the entry goes to standard error. May be called on any thread.
+    /// Writes one entry. `text` is UTF-8 and may hold line breaks; it is logged whole, never used as a
+    /// format. When the log cannot be reached, the entry goes to standard error. May be called on any thread.
     virtual void log(std::string_view text) = 0;
 };
 

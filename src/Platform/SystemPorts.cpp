@@ -21,7 +21,9 @@ const SystemPorts& SystemPorts::current() {
     return *currentPorts;
 }
 
-void SystemPorts::setCurrent(const SystemPorts* ports) { currentPorts = ports; }
+void SystemPorts::setCurrent(const SystemPorts* ports) {
+    currentPorts = ports;
+}
 
 OnceGuard::OnceGuard() : next_(std::exchange(firstGuard, this)) {}
 

@@ -15,7 +15,8 @@
 
 namespace Platform {
 
-/// Every service of the Mac that the program uses, one reference each. The referred objects outlive the struct.
+/// Every service of the Mac that the program uses, one reference each. The referred objects outlive the
+/// struct.
 struct SystemPorts {
     SystemLog& log;
     FileManager& files;
@@ -36,7 +37,8 @@ struct SystemPorts {
     static void setCurrent(const SystemPorts* ports);
 };
 
-/// The real services of the system that the program was built for; made on first use, living until the process ends.
+/// The real services of the system that the program was built for; made on first use, living until the
+/// process ends.
 [[nodiscard]] const SystemPorts& createSystemPorts();
 
 }  // namespace Platform

@@ -20,7 +20,8 @@ class Task {
 
     /// Blocks until the child has ended.
     virtual void waitUntilExit() = 0;
-    /// Everything the child wrote, as bytes, until the end of the pipe. Blocks while anybody holds the other end.
+    /// Everything the child wrote, as bytes, until the end of the pipe. Blocks while anybody holds the other
+    /// end.
     [[nodiscard]] virtual std::string readOutputToEnd() = 0;
     [[nodiscard]] virtual std::string readErrorToEnd() = 0;
     /// The exit status, or the number of the signal. Only after waitUntilExit.
@@ -33,11 +34,12 @@ class TaskRunner {
   public:
     virtual ~TaskRunner() = default;
 
-    /// Starts the executable at the absolute `path`; `arguments` without the path itself, nothing standing for none.
-    /// Standard input and the environment are inherited, no other descriptor is; no shell is involved; signal mask and
-    /// handlers are reset. Returns null when the path cannot be run. May be called on any thread.
-    [[nodiscard]] virtual std::unique_ptr<Task> launch(const std::string& path,
-                                                       const std::optional<std::vector<std::string>>& arguments) = 0;
+    /// Starts the executable at the absolute `path`; `arguments` without the path itself, nothing standing
+    /// for none. Standard input and the environment are inherited, no other descriptor is; no shell is
+    /// involved; signal mask and handlers are reset. Returns null when the path cannot be run. May be called
+    /// on any thread.
+    [[nodiscard]] virtual std::unique_ptr<Task> launch(
+        const std::string& path, const std::optional<std::vector<std::string>>& arguments) = 0;
 };
 
 }  // namespace Platform

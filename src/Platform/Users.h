@@ -6,8 +6,8 @@
 
 namespace Platform {
 
-/// The password database (getpwent(3)) and the user ids of this process. The walk has one process-wide position: one
-/// walk at a time. Nothing is logged.
+/// The password database (getpwent(3)) and the user ids of this process. The walk has one process-wide
+/// position: one walk at a time. Nothing is logged.
 class Users {
   public:
     struct Entry {

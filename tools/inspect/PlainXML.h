@@ -13,8 +13,8 @@ struct XMLLimits {
 };
 
 /// Rewrites an XML document of any origin so that nothing but bare tags and text is left: no byte-order mark,
-/// declaration, comment, instruction, attribute or CDATA section. What is read afterwards nests no deeper and has no more
-/// elements than counted here, whatever reads it.
+/// declaration, comment, instruction, attribute or CDATA section. What is read afterwards nests no deeper and
+/// has no more elements than counted here, whatever reads it.
 ///
 /// Returns nothing and sets `refusal` to a few words and a line number when the text is not UTF-8, holds
 /// control characters, a broken tag or a document type of its own, or exceeds a limit. Whether the tags match

@@ -72,15 +72,15 @@ class InstallationHelperClient final : public NorvikCommon::XPCClient,
         friend bool operator==(const EnvironmentCheck&, const EnvironmentCheck&) = default;
     };
 
-    /// Nothing may be installed beside another antivirus ("[SNTM Installer] There is other antivirus installed.") or over
-    /// the same or a newer version ("[SNTM Installer] Has same or newer Norvik installed."); an older one is updated, or
-    /// over-installed when it cannot be.
+    /// Nothing may be installed beside another antivirus ("[SNTM Installer] There is other antivirus
+    /// installed.") or over the same or a newer version ("[SNTM Installer] Has same or newer Norvik
+    /// installed."); an older one is updated, or over-installed when it cannot be.
     [[nodiscard]] EnvironmentCheck checkInstallationEnvironment() const;
 
-    /// Checks the environment and sends the list that fits: the over-install list when the environment or the owner asks
-    /// for it ("[SNTM Installer] Overinstall..."), else the update list ("[SNTM Installer] Update..."), else the
-    /// clean-install list ("[SNTM Installer] Clean install..."). Refused: "[SNTM Installer] Can not install antivirus.",
-    /// and no connection is made. Returns as `uninstall` does.
+    /// Checks the environment and sends the list that fits: the over-install list when the environment or the
+    /// owner asks for it ("[SNTM Installer] Overinstall..."), else the update list ("[SNTM Installer]
+    /// Update..."), else the clean-install list ("[SNTM Installer] Clean install..."). Refused: "[SNTM
+    /// Installer] Can not install antivirus.", and no connection is made. Returns as `uninstall` does.
     void install(const Base::URL& sourceDirectory, const std::string& applicationsSubdir,
                  const std::string& launchdJobsSubdir, const std::string& supportFilesSubdir) override;
 

@@ -17,17 +17,16 @@ namespace Platform::Linux {
 ///   release TOKEN              0
 ///   bless TOKEN LABEL          CODE TEXT          0, or the error's code and words
 ///   unload-kext BUNDLEID       CODE               kernel return code, decimal, signed
-///   identify PID               STATUS IDENTIFIER  0 and the code's identifier (CFBundleIdentifier) of a running
-///                                                 program whose executable and bundle only root could have
-///                                                 written; else 1
+///   identify PID               STATUS IDENTIFIER  0 and the code's identifier (CFBundleIdentifier) of a
+///                                                 running program whose executable and bundle only root
+///                                                 could have written; else 1
 ///   launchctl ARGUMENT...      STATUS OUT ERR     exit status, text for standard output and standard error
 inline constexpr std::string_view kServicesSocket = "/var/run/mac-services.socket";
 inline constexpr std::size_t kMaximumPacket = 65536;
 
 /// The stream sockets of mach services: this folder, then the service's name. The owner is process 1, which
 /// hands the listening descriptor to the job as kFirstServiceDescriptor and up, named in order by
-/// kServiceNamesVariable
-/// ("name:name").
+/// kServiceNamesVariable ("name:name").
 inline constexpr std::string_view kMachServicesFolder = "/var/run/mach";
 inline constexpr std::string_view kServiceNamesVariable = "MACH_SERVICE_NAMES";
 inline constexpr int kFirstServiceDescriptor = 3;

@@ -60,7 +60,13 @@ TEST(URL, EscapesExactlyTheBytesThatAreNotLiteral) {
         // Alone, and inside a run that is escaped in larger steps.
         EXPECT_EQ(URL::fileURL(std::string("/x") + c + "y").absoluteString(), "file:///x" + expected + "y");
         const std::string run(40, 'n');
-        EXPECT_EQ(URL::fileURL('/' + run + c + run).absoluteString(), "file:///" + run + expected + run);
+        std::string path = "/" + run;
+        path += c;
+        path += run;
+        std::string text = "file:///" + run;
+        text += expected;
+        text += run;
+        EXPECT_EQ(URL::fileURL(path).absoluteString(), text);
     }
 }
 
