@@ -13,6 +13,7 @@
 #include "InstallCommon/CommandSuitsProvider.h"
 #include "InstallCommon/XPC/InstallationXPCUtils.h"
 #include "Platform/SystemPorts.h"
+#include "ReadOnlyPorts.h"
 
 // How long it takes to archive and to unarchive the 75 commands of one uninstallation.
 // With --write_archive=FILE the program writes that archive instead, for the comparison with other archivers.
@@ -81,7 +82,7 @@ BENCHMARK(encode)->Unit(benchmark::kMicrosecond);
 BENCHMARK(decode)->Unit(benchmark::kMicrosecond);
 
 int main(int argc, char** argv) {
-    Platform::SystemPorts::setCurrent(&Platform::createSystemPorts());
+    Platform::SystemPorts::setCurrent(&Tools::readOnlyPorts());
     constexpr std::string_view kWriteArchive = "--write_archive=";
     if (argc == 2 && std::string_view(argv[1]).starts_with(kWriteArchive)) {
         return writeArchive(argv[1] + kWriteArchive.size());

@@ -6,6 +6,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "Base/URL.h"
@@ -102,6 +103,8 @@ class CodedRecord final : public CodedObject {
     [[nodiscard]] const CodedClass& codedClass() const override { return Record::codedClass(); }
     void encode(Coder& coder) const override { value_.encode(coder); }
     [[nodiscard]] const Record& value() const { return value_; }
+    /// The record, moved out.
+    [[nodiscard]] Record take() { return std::move(value_); }
 
     /// For the `decode` member of the record's CodedClass.
     [[nodiscard]] static std::unique_ptr<CodedObject> make(Coder& coder) {

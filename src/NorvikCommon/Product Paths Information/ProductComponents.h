@@ -153,8 +153,8 @@ struct KextInfo {
 template <class Record>
 [[nodiscard]] std::optional<Record> decodeRecord(Base::Coder& coder, std::string_view key) {
     const std::unique_ptr<Base::CodedObject> object = coder.decodeObject(key, Record::codedClass());
-    if (const auto* record = dynamic_cast<const Base::CodedRecord<Record>*>(object.get())) {
-        return record->value();
+    if (auto* record = dynamic_cast<Base::CodedRecord<Record>*>(object.get())) {
+        return record->take();
     }
     return std::nullopt;
 }

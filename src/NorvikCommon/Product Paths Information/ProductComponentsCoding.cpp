@@ -152,8 +152,8 @@ template <>
 std::optional<FilesystemItemInfo> decodeRecord<FilesystemItemInfo>(Base::Coder& coder, std::string_view key) {
     const std::unique_ptr<Base::CodedObject> object =
         coder.decodeObject(key, FilesystemItemInfo::codedClass());
-    if (const auto* item = dynamic_cast<const Base::CodedRecord<FilesystemItemInfo>*>(object.get())) {
-        return item->value();
+    if (auto* item = dynamic_cast<Base::CodedRecord<FilesystemItemInfo>*>(object.get())) {
+        return item->take();
     }
     if (const auto* bundle = dynamic_cast<const Base::CodedRecord<BundleInfo>*>(object.get())) {
         return FilesystemItemInfo(bundle->value());

@@ -26,6 +26,7 @@
 #include "InstallCommon/XPC/InstallationXPCUtils.h"
 #include "NorvikCommon/Product Paths Information/ProductComponents.h"
 #include "Platform/SystemPorts.h"
+#include "ReadOnlyPorts.h"
 
 extern char** environ;
 
@@ -219,6 +220,6 @@ INSTANTIATE_TEST_SUITE_P(Lists, ArchiveConformance,
 
 int main(int argc, char** argv) {
     testing::InitGoogleTest(&argc, argv);
-    Platform::SystemPorts::setCurrent(&Platform::createSystemPorts());
+    Platform::SystemPorts::setCurrent(&Tools::readOnlyPorts());
     return RUN_ALL_TESTS();
 }
