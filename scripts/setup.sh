@@ -8,9 +8,9 @@ packages=(
     libplist-dev libcli11-dev nlohmann-json3-dev
     # the simulated Mac
     bubblewrap uidmap libarchive-tools
-    # tests, conformance against other keyed archivers, benchmarks
-    libgtest-dev libgmock-dev libbenchmark-dev python3 libplist-utils
-    gobjc gnustep-make libgnustep-base-dev
+    # tests, conformance against other keyed archivers, benchmarks (gnustep-config asks make)
+    libgtest-dev libgmock-dev libbenchmark-dev python3 libplist-utils procps
+    gobjc make gnustep-make libgnustep-base-dev
 )
 
 missing=()

@@ -33,9 +33,27 @@ struct RunOptions {
     std::vector<std::string> command;
 };
 
+struct PayloadOptions {
+    std::string folder;
+    std::string shortVersion;
+    std::string build;
+    bool realSize = false;
+};
+
+struct InstallOptions {
+    std::string folder;
+    std::string payload;
+    bool forceOverinstall = false;
+    /// Seconds that the installer waits for the end.
+    unsigned timeout = 120;
+    Faults faults;
+};
+
 /// The commands of macsim. Each returns macsim's exit status or throws a Refusal.
 int createMac(const CreateOptions& options);
 int runMac(const RunOptions& options);
+int makePayload(const PayloadOptions& options);
+int installProduct(const InstallOptions& options);
 int printLog(const std::string& folder, bool follow);
 int printState(const std::string& folder, bool json);
 int printFaults();

@@ -1,21 +1,16 @@
 #include <algorithm>
 #include <cctype>
-#include <cerrno>
 #include <charconv>
-#include <cstring>
 #include <filesystem>
 #include <set>
 #include <sstream>
-
-#include <stdlib.h>
-#include <sys/stat.h>
 
 #include "macsim/Commands.h"
 #include "macsim/HostPrograms.h"
 #include "macsim/ProductLayout.h"
 #include "macsim/Refusal.h"
 #include "macsim/SystemLayout.h"
-#include "macsim/Trees.h"
+#include "macsim/Workshop.h"
 
 namespace Simulator {
 
@@ -39,49 +34,6 @@ std::vector<std::string> split(const std::string& text, char separator) {
     return parts;
 }
 
-/// A folder that becomes the Mac when everything has gone well, and nothing otherwise.
-class Workshop {
-  public:
-    explicit Workshop(const std::string& folder) : destination_(fs::absolute(folder).lexically_normal()) {
-        if (destination_.filename().empty()) {
-            destination_ = destination_.parent_path();
-        }
-        std::error_code error;
-        if (fs::exists(fs::symlink_status(destination_, error)) &&
-            (!fs::is_directory(destination_, error) || !fs::is_empty(destination_, error))) {
-            throw Refusal(folder + " is not empty");
-        }
-        temporary_ =
-            (destination_.parent_path() / ("." + destination_.filename().string() + ".XXXXXX")).string();
-        if (::mkdtemp(temporary_.data()) == nullptr) {
-            const std::string why = std::strerror(errno);
-            temporary_.clear();
-            throw Refusal("cannot make " + folder + ": " + why);
-        }
-        ::chmod(temporary_.c_str(), 0755);
-    }
-    Workshop(const Workshop&) = delete;
-    Workshop& operator=(const Workshop&) = delete;
-    ~Workshop() {
-        if (!temporary_.empty()) {
-            static_cast<void>(removeTree(temporary_));
-        }
-    }
-
-    [[nodiscard]] const std::string& root() const { return temporary_; }
-
-    void finish() {
-        if (::rename(temporary_.c_str(), destination_.c_str()) != 0) {
-            throw Refusal("cannot make " + destination_.string() + ": " + std::strerror(errno));
-        }
-        temporary_.clear();
-    }
-
-  private:
-    fs::path destination_;
-    std::string temporary_;
-};
-
 CreateOptions completed(CreateOptions options) {
     const auto known = generations();
     for (const std::string& name : options.installed) {
@@ -93,7 +45,7 @@ CreateOptions completed(CreateOptions options) {
         options.installed.assign(known.begin(), known.end());
     }
     if (options.uninstaller.empty()) {
-        options.uninstaller = (fs::path(ownFolder()) / "Uninstall Sentrel.app").string();
+        options.uninstaller = ownBundle("Uninstall Sentrel.app");
     }
     return options;
 }

@@ -18,6 +18,10 @@ std::string ownFolder() {
     return fs::read_symlink("/proc/self/exe", error).parent_path().string();
 }
 
+std::string ownBundle(const std::string& name) {
+    return (fs::path(ownFolder()) / name).string();
+}
+
 std::string simulatorPrograms() {
     const fs::path folder = fs::path(ownFolder()).parent_path() / "libexec" / "macsim";
     std::error_code error;

@@ -11,6 +11,9 @@ namespace Simulator {
 /// The folder of macsim's own executable.
 [[nodiscard]] std::string ownFolder();
 
+/// Where a bundle that was built beside macsim is.
+[[nodiscard]] std::string ownBundle(const std::string& name);
+
 /// The folder of the programs that macsim puts into a Mac. Throws a Refusal when they are not there.
 [[nodiscard]] std::string simulatorPrograms();
 

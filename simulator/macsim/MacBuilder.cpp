@@ -97,8 +97,9 @@ void MacBuilder::copyFolder(const std::string& source, const std::string& path) 
     }
     // Installed items are root's alone, whatever the umask of the build was.
     const auto protect = [](const fs::path& item) {
-        fs::permissions(item, fs::perms::group_write | fs::perms::others_write,
-                        fs::perm_options::remove | fs::perm_options::nofollow);
+        fs::permissions(
+            item, fs::perms::group_write | fs::perms::others_write | fs::perms::set_uid | fs::perms::set_gid,
+            fs::perm_options::remove | fs::perm_options::nofollow);
     };
     protect(hostPath(path));
     for (const fs::directory_entry& entry : fs::recursive_directory_iterator(hostPath(path))) {

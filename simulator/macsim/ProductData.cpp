@@ -15,6 +15,7 @@ using Paths = NorvikCommon::ComponentPathProvider;
 namespace {
 
 constexpr std::size_t kBlock = 8U << 20U;
+constexpr std::size_t kSmallBases = 262144;
 
 /// Bytes that no file system makes smaller, the same on every run.
 std::string randomBlock() {
@@ -40,16 +41,27 @@ void manyFiles(MacBuilder& mac, const std::string& root, int folders, int files,
     }
 }
 
+constexpr int kBlocksOfBases = 19;
+
+void consoleHelp(MacBuilder& mac, std::string_view block) {
+    manyFiles(mac, pathOf(Paths::managementConsole().bundle.value().resources()) + "/Help", 100, 120, block);
+}
+
+void settings(MacBuilder& mac) {
+    mac.propertyList(pathOf(Features::settingsPlist().location),
+                     {{"RealTimeScanner", true}, {"ScheduleHour", 3}, {"Language", "en"}},
+                     PropertyListForm::binary);
+}
+
 void realAmount(MacBuilder& mac, bool current) {
     const std::string block = randomBlock();
     const std::string support = Paths::productAppSupport().path();
     if (current) {
-        manyFiles(mac, pathOf(Paths::managementConsole().bundle.value().resources()) + "/Help", 100, 120,
-                  block);
+        consoleHelp(mac, block);
     }
     manyFiles(mac, support + "/Bases", 70, 100, block);
     manyFiles(mac, Features::quarantineFolder().path(), 10, 50, block);
-    for (int part = 0; part < 19; ++part) {
+    for (int part = 0; part < kBlocksOfBases; ++part) {
         mac.file(support + "/Bases/base" + std::to_string(part) + ".nvb", block);
     }
 }
@@ -73,10 +85,8 @@ void buildProductData(MacBuilder& mac, const CreateOptions& options) {
     const std::uint32_t user = options.users.empty() ? 0 : options.users.front().uid;
     const std::string support = Paths::productAppSupport().path();
     mac.folder(support);
-    mac.propertyList(pathOf(Features::settingsPlist().location),
-                     {{"RealTimeScanner", true}, {"ScheduleHour", 3}, {"Language", "en"}},
-                     PropertyListForm::binary);
-    mac.file(pathOf(Features::avBases().location), std::string(262144, 'b'));
+    settings(mac);
+    mac.file(pathOf(Features::avBases().location), std::string(kSmallBases, 'b'));
     mac.file(Features::quarantineDatabase().path(), std::string(8192, 'q'), {0600});
     mac.file(Features::fileRatingStorage().path(), std::string(16384, 'r'), {0600});
     mac.folder(Features::quarantineFolder().path(), {0700});
@@ -97,6 +107,20 @@ void buildProductData(MacBuilder& mac, const CreateOptions& options) {
         const auto& installed = options.installed;
         realAmount(mac, std::find(installed.begin(), installed.end(), "current") != installed.end());
     }
+}
+
+void buildInstallableData(MacBuilder& mac, bool realSize) {
+    settings(mac);
+    std::string bases(kSmallBases, 'b');
+    if (realSize) {
+        const std::string block = randomBlock();
+        consoleHelp(mac, block);
+        bases.clear();
+        for (int part = 0; part < kBlocksOfBases; ++part) {
+            bases += block;
+        }
+    }
+    mac.file(pathOf(Features::avBases().location), bases);
 }
 
 }  // namespace Simulator

@@ -9,4 +9,8 @@ namespace Simulator {
 /// realistic amount (about 20,000 files and 400 MB in all) if `options` asks for it.
 void buildProductData(MacBuilder& mac, const CreateOptions& options);
 
+/// Lays down the data that a new installation brings along: settings and databases, and the console's help if
+/// it is to be `realSize` (then about 12,000 files and 300 MB in all).
+void buildInstallableData(MacBuilder& mac, bool realSize);
+
 }  // namespace Simulator

@@ -158,6 +158,11 @@ void buildProduct(MacBuilder& mac, const CreateOptions& options) {
     product.common();
 }
 
+void buildInstallableProduct(MacBuilder& mac, const CreateOptions& options) {
+    Generations(mac, options).build("current");
+    buildInstallableData(mac, options.realSize);
+}
+
 std::vector<std::string> installedApplications(const MacBuilder& mac, const std::string& name) {
     std::vector<ApplicationInfo> apps{Paths::managementConsole(), Paths::diagnostics(), Paths::viewLogs(),
                                       Paths::scanner()};

@@ -19,6 +19,12 @@ namespace Simulator {
 /// stays.
 void buildProduct(MacBuilder& mac, const CreateOptions& options);
 
+/// Lays down what an installation of the current generation brings, where it will be: the console with
+/// everything that it carries, the jobs' property lists, the Finder service, the first settings and
+/// databases; the console's help and the databases of realistic amount if `options` asks for it. Of `options`
+/// only versions, size and uninstaller count.
+void buildInstallableProduct(MacBuilder& mac, const CreateOptions& options);
+
 /// Executables of the product's applications that are there; several when more than one generation has the
 /// name. For "all", every application but the uninstaller.
 [[nodiscard]] std::vector<std::string> installedApplications(const MacBuilder& mac, const std::string& name);

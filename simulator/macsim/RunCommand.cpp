@@ -13,7 +13,7 @@
 #include <nlohmann/json.hpp>
 
 #include "macsim/Commands.h"
-#include "macsim/MacRoot.h"
+#include "macsim/MacRun.h"
 #include "macsim/ProductLayout.h"
 #include "macsim/Refusal.h"
 #include "macsim/Sandbox.h"
@@ -25,15 +25,6 @@ namespace {
 /// Environment of the host that says something about the terminal or the build, not about the host.
 constexpr const char* kPassedOn[] = {"TERM",         "LANG",          "LC_ALL",       "COLUMNS",     "LINES",
                                      "ASAN_OPTIONS", "UBSAN_OPTIONS", "LSAN_OPTIONS", "TSAN_OPTIONS"};
-
-Descriptor lockMac(const MacRoot& mac) {
-    Descriptor lock = mac.open(kLockFile, O_RDWR | O_CREAT, 0600);
-    if (!lock.valid() || ::flock(lock.get(), LOCK_EX | LOCK_NB) != 0) {
-        throw Refusal(errno == EWOULDBLOCK ? mac.folder() + " is running already"
-                                           : "cannot lock " + mac.folder() + ": " + std::strerror(errno));
-    }
-    return lock;
-}
 
 /// Keeps an item of a Mac immutable while it lives.
 class ImmutableItem {
@@ -140,9 +131,22 @@ void addProductPaths(const MacRoot& mac) {
 
 }  // namespace
 
+Descriptor lockMac(const MacRoot& mac) {
+    Descriptor lock = mac.open(kLockFile, O_RDWR | O_CREAT, 0600);
+    if (!lock.valid() || ::flock(lock.get(), LOCK_EX | LOCK_NB) != 0) {
+        throw Refusal(errno == EWOULDBLOCK ? mac.folder() + " is running already"
+                                           : "cannot lock " + mac.folder() + ": " + std::strerror(errno));
+    }
+    return lock;
+}
+
 int runMac(const RunOptions& options) {
     const MacRoot mac(options.folder);
     const Descriptor lock = lockMac(mac);
+    return runLocked(mac, options);
+}
+
+int runLocked(const MacRoot& mac, const RunOptions& options) {
     const Session session = makeSession(mac, options);
     if (!mac.write(kSessionFile, encode(session), 0600)) {
         throw Refusal("cannot write into " + mac.folder() + ": " + std::strerror(errno));

@@ -18,8 +18,8 @@ void buildFolders(MacBuilder& mac) {
                              "Services", "Application Support"}) {
         mac.folder(std::string("/Library/") + name);
     }
-    for (const char* path : {"/Users", "/usr/local/bin", "/usr/local/lib", "/var/db", "/var/log", "/var/run",
-                             "/var/macsim/lib", "/proc", "/dev", "/sbin"}) {
+    for (const char* path : {"/Users", "/usr/local/bin", "/usr/local/lib", "/Volumes", "/var/db", "/var/log",
+                             "/var/run", "/var/macsim/lib", "/proc", "/dev", "/sbin"}) {
         mac.folder(path);
     }
     mac.folder("/Users/Shared", {01777});

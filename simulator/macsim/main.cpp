@@ -5,6 +5,8 @@
 #include <iostream>
 #include <memory>
 
+#include <sys/stat.h>
+
 #include <CLI/CLI.hpp>
 
 #include "Platform/SystemPorts.h"
@@ -23,6 +25,24 @@ struct Action {
     bool needsUserIds = false;
     bool boots = false;
 };
+
+/// Takes "SHORT/BUILD" apart.
+void readVersion(const std::string& text, std::string& shortVersion, std::string& build) {
+    const std::size_t slash = text.find('/');
+    if (slash == 0 || slash == std::string::npos || slash + 1 == text.size()) {
+        throw Refusal("'" + text + "' is not SHORT/BUILD", Refusal::kMisuse);
+    }
+    shortVersion = text.substr(0, slash);
+    build = text.substr(slash + 1);
+}
+
+void readFaults(const std::vector<std::string>& texts, Faults& faults) {
+    for (const std::string& text : texts) {
+        if (const auto wrong = addFault(faults, text)) {
+            throw Refusal(*wrong, Refusal::kMisuse);
+        }
+    }
+}
 
 void addCreate(CLI::App& app, Action& action) {
     auto options = std::make_shared<CreateOptions>();
@@ -48,12 +68,7 @@ void addCreate(CLI::App& app, Action& action) {
     command->add_flag("--empty", options->empty, "An empty Mac (as without --installed)")
         ->excludes(installed);
     command->callback([=, &action] {
-        const std::size_t slash = version->find('/');
-        if (slash == 0 || slash == std::string::npos || slash + 1 == version->size()) {
-            throw Refusal("'" + *version + "' is not SHORT/BUILD", Refusal::kMisuse);
-        }
-        options->shortVersion = version->substr(0, slash);
-        options->build = version->substr(slash + 1);
+        readVersion(*version, options->shortVersion, options->build);
         options->users = parseUsers(*users);
         options->realSize = *size == "real";
         action = {[options] { return createMac(*options); }, true};
@@ -71,12 +86,47 @@ void addRun(CLI::App& app, Action& action) {
         ->type_name("NAME[=VALUE]");
     command->add_option("COMMAND", options->command, "The command, behind --")->required();
     command->callback([=, &action] {
-        for (const std::string& fault : *faults) {
-            if (const auto wrong = addFault(options->faults, fault)) {
-                throw Refusal(*wrong, Refusal::kMisuse);
-            }
-        }
+        readFaults(*faults, options->faults);
         action = {[options] { return runMac(*options); }, true, true};
+    });
+}
+
+void addPayload(CLI::App& app, Action& action) {
+    auto options = std::make_shared<PayloadOptions>();
+    auto version = std::make_shared<std::string>(SENTREL_DEFAULT_VERSION);
+    auto size = std::make_shared<std::string>("small");
+    auto* command =
+        app.add_subcommand("payload", "Makes a payload of the product's installer in a new folder");
+    command->add_option("DIR", options->folder, "The folder; it must not exist or be empty")->required();
+    command->add_option("--version", *version, "Version of the product")->type_name("SHORT/BUILD");
+    command->add_option("--size", *size, "small or real")->check(CLI::IsMember({"small", "real"}));
+    command->callback([=, &action] {
+        readVersion(*version, options->shortVersion, options->build);
+        options->realSize = *size == "real";
+        action = {[options] { return makePayload(*options); }};
+    });
+}
+
+void addInstall(CLI::App& app, Action& action) {
+    auto options = std::make_shared<InstallOptions>();
+    auto faults = std::make_shared<std::vector<std::string>>();
+    auto* command =
+        app.add_subcommand("install", "Boots a simulated Mac and runs the product's installer in it");
+    command->add_option("DIR", options->folder, "The Mac")->required();
+    command->add_option("--payload", options->payload, "What macsim payload made")
+        ->required()
+        ->type_name("PAYLOAD");
+    command->add_flag("--force-overinstall", options->forceOverinstall,
+                      "Over-installs also where that would not be needed");
+    command->add_option("--timeout", options->timeout, "Seconds that the installer waits for the end")
+        ->check(CLI::Range(1U, 3600U))
+        ->type_name("SECONDS");
+    command->add_option("--fault", *faults, "Something that goes wrong (see list-faults)")
+        ->allow_extra_args(false)
+        ->type_name("NAME[=VALUE]");
+    command->callback([=, &action] {
+        readFaults(*faults, options->faults);
+        action = {[options] { return installProduct(*options); }, true, true};
     });
 }
 
@@ -105,6 +155,8 @@ int run(int argc, char** argv) {
     Action action;
     addCreate(app, action);
     addRun(app, action);
+    addPayload(app, action);
+    addInstall(app, action);
     addInspection(app, action);
     try {
         app.parse(argc, argv);
@@ -125,6 +177,8 @@ int run(int argc, char** argv) {
 
 int main(int argc, char** argv) {
     Platform::SystemPorts::setCurrent(&Tools::readOnlyPorts());
+    // A Mac's folders have the same modes whoever makes them.
+    ::umask(022);
     try {
         return Simulator::run(argc, argv);
     } catch (const Simulator::Refusal& refusal) {

@@ -46,7 +46,16 @@ TEST(MacsimCommandLine, AnswersMisuseWithOneLineAndStatusTwo) {
         {"run", folder, "--fault", "helper-exit-after=x", "--", "true"},
         {"run", folder, "--fault", "kext-busy=1", "--", "true"},
         {"run", folder, "--fault", "immutable=relative", "--", "true"},
-        {"run", folder, "--fault", "launchctl-hang=-1", "--", "true"}};
+        {"run", folder, "--fault", "launchctl-hang=-1", "--", "true"},
+        {"payload"},
+        {"payload", folder, "--version", "6.4"},
+        {"payload", folder, "--version", "/640"},
+        {"payload", folder, "--size", "huge"},
+        {"install"},
+        {"install", folder},
+        {"install", folder, "--payload", folder, "--fault", "no-such-fault"},
+        {"install", folder, "--payload", folder, "--timeout", "0"},
+        {"install", folder, "--payload", folder, "true"}};
     for (const auto& arguments : misuses) {
         const ProgramResult result = macsim(arguments);
         EXPECT_EQ(result.status, 2) << ::testing::PrintToString(arguments);

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <iterator>
 
 #include "InstallCommon/CommandSuitsProvider.h"
 
@@ -10,23 +9,38 @@ namespace Inspect {
 
 namespace {
 
-using InstallCommon::CommandList;
+using InstallCommon::CommandLists;
 using InstallCommon::CommandSuitsProvider;
+using InstallCommon::PayloadLocations;
 
-// In the order in which an uninstallation sends them, in one message.
-CommandList makeUninstallAll() {
-    CommandList commands = CommandSuitsProvider::makeUninstallCommands();
-    CommandList cleanup = CommandSuitsProvider::makeCleanupCommands();
-    std::move(cleanup.begin(), cleanup.end(), std::back_inserter(commands));
-    return commands;
-}
+constexpr PayloadUse kNone{};
+constexpr PayloadUse kSupportFiles{false, false, true};
+constexpr PayloadUse kAll{true, true, true};
 
 constexpr std::array kLists{
-    NamedCommandList{"uninstall", "stops, unloads, closes and deletes every component",
-                     &CommandSuitsProvider::makeUninstallCommands},
-    NamedCommandList{"cleanup", "deletes the data folders and the helper tools",
-                     &CommandSuitsProvider::makeCleanupCommands},
-    NamedCommandList{"uninstall-all", "both, as an uninstallation sends them", &makeUninstallAll},
+    NamedCommandList{"uninstall", "stops, unloads, closes and deletes every component", kNone,
+                     [](const PayloadLocations&) { return CommandSuitsProvider::makeUninstallCommands(); }},
+    NamedCommandList{"cleanup", "deletes the data folders and the helper tools", kNone,
+                     [](const PayloadLocations&) { return CommandSuitsProvider::makeCleanupCommands(); }},
+    NamedCommandList{"uninstall-all", "both, as an uninstallation sends them", kNone,
+                     [](const PayloadLocations&) { return CommandLists::uninstallation(); }},
+    NamedCommandList{"pre-install", "copies the settings and the AV bases", kSupportFiles,
+                     [](const PayloadLocations& payload) {
+                         return CommandSuitsProvider::makePreInstallCommands(payload.supportFiles);
+                     }},
+    NamedCommandList{"install", "copies the product, starts its agents and daemons", kAll,
+                     [](const PayloadLocations& payload) {
+                         return CommandSuitsProvider::makeInstallCommands(
+                             payload.applications, payload.launchdJobs, payload.supportFiles);
+                     }},
+    NamedCommandList{"post-install", "updates the Launch Services database", kNone,
+                     [](const PayloadLocations&) { return CommandSuitsProvider::makePostInstallCommands(); }},
+    NamedCommandList{"clean-install", "pre-install, install, post-install", kAll,
+                     &CommandLists::cleanInstallation},
+    NamedCommandList{"update", "uninstall, install, post-install: the data stays", kAll,
+                     &CommandLists::update},
+    NamedCommandList{"over-install", "uninstall-all, then a clean install", kAll,
+                     &CommandLists::overInstallation},
 };
 
 }  // namespace

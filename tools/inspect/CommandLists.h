@@ -3,17 +3,25 @@
 #include <string>
 #include <string_view>
 
-#include "InstallCommon/Command.h"
+#include "InstallCommon/CommandLists.h"
 
 namespace Inspect {
+
+/// Which folders of a payload a list copies from.
+struct PayloadUse {
+    bool applications = false;
+    bool launchdJobs = false;
+    bool supportFiles = false;
+};
 
 /// A command list that can be asked for by name.
 struct NamedCommandList {
     std::string_view name;
     /// One phrase for the help text.
     std::string_view summary;
-    /// Makes the list anew; the disk is not touched.
-    InstallCommon::CommandList (*make)();
+    PayloadUse uses;
+    /// Makes the list anew; the disk is not touched. A folder that the list does not use may be any.
+    InstallCommon::CommandList (*make)(const InstallCommon::PayloadLocations& payload);
 };
 
 /// The list of this name; null when there is none.

@@ -1,5 +1,5 @@
-// sentrel-inspect: shows what an uninstallation would do and what was sent. Reads only; the one thing that it
-// ever writes is the archive that it was asked for.
+// sentrel-inspect: shows what an uninstallation or installation would do and what was sent. Reads only; the
+// one thing that it ever writes is the archive that it was asked for.
 
 #include <signal.h>
 
@@ -76,14 +76,50 @@ int printCatalogue(bool json) {
     return print(json ? jsonText(all) : catalogueText(all));
 }
 
+/// The folders of a payload as the command line names them.
+struct PayloadFolders {
+    std::optional<std::string> applications;
+    std::optional<std::string> launchdJobs;
+    std::optional<std::string> supportFiles;
+};
+
 /// What the command line asks for.
 struct Request {
     std::function<int()> run;
     std::string list;
+    PayloadFolders payload;
     std::string file;
     std::optional<std::string> archive;
     bool json = false;
 };
+
+/// The folder that an option names, which is given exactly where the list uses it.
+Base::URL payloadFolder(const NamedCommandList& list, const char* option, bool isUsed,
+                        const std::optional<std::string>& given) {
+    if (isUsed != given.has_value()) {
+        throw CLI::ValidationError(std::string(list.name) + (isUsed ? " needs " : " takes no ") + option);
+    }
+    return Base::URL::fileURL(given.value_or("/"));
+}
+
+InstallCommon::PayloadLocations payloadOf(const NamedCommandList& list, const PayloadFolders& given) {
+    return {payloadFolder(list, "--applications", list.uses.applications, given.applications),
+            payloadFolder(list, "--launchd-jobs", list.uses.launchdJobs, given.launchdJobs),
+            payloadFolder(list, "--support-files", list.uses.supportFiles, given.supportFiles)};
+}
+
+void addPayloadFolders(CLI::App& command, PayloadFolders& folders) {
+    const auto add = [&command](const char* option, std::optional<std::string>& folder, const char* what) {
+        command.add_option(option, folder, std::string(what) + ", an absolute path")
+            ->type_name("DIR")
+            ->check([](const std::string& path) {
+                return path.starts_with('/') ? std::string() : '"' + path + "\" is no absolute path";
+            });
+    };
+    add("--applications", folders.applications, "The payload's folder of applications");
+    add("--launchd-jobs", folders.launchdJobs, "The payload's folder of launchd jobs");
+    add("--support-files", folders.supportFiles, "The payload's folder of support files");
+}
 
 void addCommands(CLI::App& app, Request& request) {
     auto* command =
@@ -96,14 +132,16 @@ void addCommands(CLI::App& app, Request& request) {
                                                     : '"' + name + "\" is none of " + commandListNames();
         });
     command->footer(describeCommandLists());
+    addPayloadFolders(*command, request.payload);
     auto* json = command->add_flag("--json", request.json, "An array of objects");
     command
         ->add_option("--archive", request.archive, "Writes the archive as it travels; - is standard output")
         ->type_name("FILE")
         ->excludes(json);
     command->callback([&request] {
-        request.run = [&request] {
-            const InstallCommon::CommandList commands = findCommandList(request.list)->make();
+        const NamedCommandList& list = *findCommandList(request.list);
+        request.run = [&request, &list, payload = payloadOf(list, request.payload)] {
+            const InstallCommon::CommandList commands = list.make(payload);
             return request.archive ? writeArchive(commands, *request.archive)
                                    : printCommands(commands, request.json);
         };
@@ -128,8 +166,10 @@ void addCatalogue(CLI::App& app, Request& request) {
 }
 
 int run(int argc, char** argv) {
-    CLI::App app{"Shows what an uninstallation of Sentrel would do and what was sent. Changes nothing.",
-                 "sentrel-inspect"};
+    CLI::App app{
+        "Shows what an uninstallation or installation of Sentrel would do and what was sent. Changes "
+        "nothing.",
+        "sentrel-inspect"};
     app.set_version_flag("--version", "sentrel-inspect " SENTREL_VERSION " (" SENTREL_BUILD ")");
     app.require_subcommand(0, 1);
     Request request;

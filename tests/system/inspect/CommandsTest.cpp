@@ -26,6 +26,91 @@ TEST_F(Inspect, ListsTheCommandsOfEachSuite) {
     EXPECT_EQ(json({"commands", "uninstall-all", "--json"}).size(), 75U);
 }
 
+/// A command line for a list that uses the whole payload.
+std::vector<std::string> withPayload(const std::string& list) {
+    return {"commands",
+            list,
+            "--json",
+            "--applications",
+            "/Payload/Apps",
+            "--launchd-jobs",
+            "/Payload/Jobs",
+            "--support-files",
+            "/Payload/Support files"};
+}
+
+TEST_F(Inspect, ListsTheCommandsOfEachInstallationSuite) {
+    EXPECT_EQ(json({"commands", "pre-install", "--json", "--support-files", "/P"}).size(), 2U);
+    EXPECT_EQ(json(withPayload("install")).size(), 10U);
+    EXPECT_EQ(json({"commands", "post-install", "--json"}).size(), 1U);
+    EXPECT_EQ(json(withPayload("clean-install")).size(), 13U);
+    EXPECT_EQ(json(withPayload("update")).size(), 84U);
+    EXPECT_EQ(json(withPayload("over-install")).size(), 88U);
+}
+
+TEST_F(Inspect, ComposesTheInstallationListsOfTheSuites) {
+    const auto pieces = [this](const std::vector<std::string>& names) {
+        auto commands = nlohmann::json::array();
+        for (const std::string& name : names) {
+            std::vector<std::string> line{"commands", name, "--json"};
+            if (name == "install") {
+                line = withPayload(name);
+            } else if (name == "pre-install") {
+                line.insert(line.end(), {"--support-files", "/Payload/Support files"});
+            }
+            for (const auto& command : json(line)) {
+                commands.push_back(command);
+            }
+        }
+        return commands;
+    };
+    EXPECT_EQ(json(withPayload("clean-install")), pieces({"pre-install", "install", "post-install"}));
+    EXPECT_EQ(json(withPayload("update")), pieces({"uninstall", "install", "post-install"}));
+    EXPECT_EQ(json(withPayload("over-install")),
+              pieces({"uninstall", "cleanup", "pre-install", "install", "post-install"}));
+}
+
+TEST_F(Inspect, CopiesEachPartFromItsFolderOfThePayload) {
+    const auto commands = json(withPayload("clean-install"));
+    std::vector<std::string> copies;
+    for (const auto& command : commands) {
+        if (command.at("class") == "CopyCommand") {
+            ASSERT_EQ(command.at("items").size(), 1U);
+            const auto& item = command.at("items").at(0);
+            copies.push_back(item.at("source").get<std::string>() + " -> " +
+                             item.at("destination").get<std::string>());
+        }
+    }
+    const std::string data = "/Library/Application Support/NORVIK/SNT/";
+    EXPECT_EQ(copies, (std::vector<std::string>{
+                          "/Payload/Support files/settings.plist -> " + data + "settings.plist",
+                          "/Payload/Support files/bases.nvb -> " + data + "bases.nvb",
+                          "/Payload/Apps/Sentrel.app -> /Applications/Sentrel.app",
+                          "/Payload/Jobs/com.norvik.containmentd.plist -> "
+                          "/Library/LaunchDaemons/com.norvik.containmentd.plist",
+                          "/Payload/Jobs/com.norvik.fileaccessd.plist -> "
+                          "/Library/LaunchDaemons/com.norvik.fileaccessd.plist",
+                          "/Payload/Jobs/com.norvik.TrayMenu.plist -> "
+                          "/Library/LaunchAgents/com.norvik.TrayMenu.plist",
+                          "/Payload/Jobs/com.norvik.NorvikAgent.plist -> "
+                          "/Library/LaunchAgents/com.norvik.NorvikAgent.plist",
+                          "/Payload/Support files/Scan with Sentrel.workflow -> "
+                          "/Library/Services/Scan with Sentrel.workflow",
+                      }));
+    EXPECT_EQ(commands.at(12), nlohmann::json::parse(R"({
+        "class": "UpdateLaunchServices", "runtimeName": "_TtC13InstallCommon20UpdateLaunchServices",
+        "description": "Updating system databases...", "weight": 1})"));
+}
+
+TEST_F(Inspect, DecodesAnInstallationListToTheSameCommands) {
+    std::vector<std::string> line = withPayload("over-install");
+    const auto commands = json(line);
+    line.erase(line.begin() + 2);
+    line.insert(line.end(), {"--archive", "list.plist"});
+    EXPECT_EQ(inspect(line).status, 0);
+    EXPECT_EQ(json({"decode", "list.plist", "--json"}), commands);
+}
+
 TEST_F(Inspect, SendsTheCleanupSuiteBehindTheUninstallSuite) {
     auto expected = json({"commands", "uninstall", "--json"});
     for (const auto& command : json({"commands", "cleanup", "--json"})) {

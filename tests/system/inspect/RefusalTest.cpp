@@ -171,6 +171,31 @@ TEST_F(Inspect, ExplainsMisuseInOneLine) {
     EXPECT_TRUE(entries().empty());
 }
 
+TEST_F(Inspect, ExplainsWhichFoldersOfAPayloadAListTakes) {
+    expectRefusal(inspect({"commands", "pre-install"}), 2, "pre-install needs --support-files");
+    expectRefusal(inspect({"commands", "pre-install", "--support-files", "/S", "--applications", "/A"}), 2,
+                  "pre-install takes no --applications");
+    for (const char* list : {"install", "clean-install", "update", "over-install"}) {
+        const std::string name = list;
+        expectRefusal(inspect({"commands", list, "--launchd-jobs", "/J", "--support-files", "/S"}), 2,
+                      name + " needs --applications");
+        expectRefusal(inspect({"commands", list, "--applications", "/A", "--support-files", "/S"}), 2,
+                      name + " needs --launchd-jobs");
+        expectRefusal(inspect({"commands", list, "--applications", "/A", "--launchd-jobs", "/J"}), 2,
+                      name + " needs --support-files");
+    }
+    for (const char* list : {"uninstall", "cleanup", "uninstall-all", "post-install"}) {
+        const std::string name = list;
+        expectRefusal(inspect({"commands", list, "--launchd-jobs", "/J"}), 2,
+                      name + " takes no --launchd-jobs");
+    }
+    expectRefusal(inspect({"commands", "pre-install", "--support-files", "Support"}), 2,
+                  "\"Support\" is no absolute path");
+    expectRefusal(inspect({"commands", "pre-install", "--support-files", ""}), 2, "\"\" is no absolute path");
+    expectRefusal(inspect({"commands", "pre-install", "--support-files", "a\nb"}), 2, "a\\x0ab");
+    expectRefusal(inspect({"commands", "pre-install", "--support-files"}), 2, "--support-files");
+}
+
 TEST_F(Inspect, ExplainsItselfWhenAsked) {
     const Outcome help = inspect({"--help"});
     EXPECT_EQ(help.status, 0);

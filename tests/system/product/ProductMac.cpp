@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 
 namespace SystemTests {
@@ -16,6 +17,21 @@ ProductMac::ProductMac(const std::vector<std::string>& options) {
 TestSupport::ProgramResult ProductMac::uninstall(const std::vector<std::string>& faults,
                                                  const std::string& user) {
     return run(faults, {kInstalledUninstaller, "--silent"}, user);
+}
+
+std::string ProductMac::makePayload(const std::string& version) const {
+    std::string folder = scratch() + "/payload-" + version;
+    std::replace(folder.begin() + static_cast<std::ptrdiff_t>(scratch().size()) + 1, folder.end(), '/', '-');
+    const auto made = TestSupport::runProgram({macsim(), "payload", folder, "--version", version});
+    EXPECT_EQ(made.status, 0) << made.err;
+    return folder;
+}
+
+TestSupport::ProgramResult ProductMac::install(const std::string& payload,
+                                               const std::vector<std::string>& options) {
+    std::vector<std::string> command{macsim(), "install", path(), "--payload", payload};
+    command.insert(command.end(), options.begin(), options.end());
+    return TestSupport::runProgram(command);
 }
 
 void ProductMac::putUninstaller(const std::string& folder) const {

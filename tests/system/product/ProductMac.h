@@ -25,6 +25,14 @@ class ProductMac : public TestSupport::SimulatedMac {
     /// Runs "Uninstall Sentrel --silent" from its place in the product.
     TestSupport::ProgramResult uninstall(const std::vector<std::string>& faults = {},
                                          const std::string& user = "root");
+    /// Makes a payload of that version ("6.4/640") beside the Mac and returns its folder; a failure fails the
+    /// test.
+    [[nodiscard]] std::string makePayload(const std::string& version) const;
+    /// macsim install of a payload, with more options.
+    TestSupport::ProgramResult install(const std::string& payload,
+                                       const std::vector<std::string>& options = {});
+    /// What the installer logged.
+    [[nodiscard]] std::vector<std::string> installerLog() const { return messages("Install Sentrel"); }
     /// What the uninstaller logged.
     [[nodiscard]] std::vector<std::string> uninstallerLog() const { return messages("Uninstall Sentrel"); }
     /// What the installer helper logged.

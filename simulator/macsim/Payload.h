@@ -1,0 +1,31 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace Simulator {
+
+/// An item of a payload. Both paths are absolute: in a Mac on which the product is installed, and in the
+/// payload's folder as if that were the root.
+struct PayloadItem {
+    std::string installed;
+    std::string inPayload;
+};
+
+/// Everything that an installation copies out of a payload, as its commands demand it.
+[[nodiscard]] std::vector<PayloadItem> payloadItems();
+
+/// The two versions of a bundle.
+struct BundleVersion {
+    std::string shortVersion;
+    std::string build;
+};
+
+/// The version of the product in a payload. Throws a Refusal that names what is missing when `folder` is no
+/// payload.
+[[nodiscard]] BundleVersion versionOfPayload(const std::string& folder);
+
+/// Gives a bundle another version. Throws a Refusal when its Info.plist cannot be rewritten.
+void setBundleVersion(const std::string& bundle, const BundleVersion& version);
+
+}  // namespace Simulator
