@@ -2,14 +2,10 @@
 # Archives and unarchives the 75 commands of one uninstallation with this project's coders and with GNUstep's, in one
 # run on one machine, and prints the ratios of the processor's time.
 #
-#   bench/compare-archive.sh BIN      BIN: the folder of built programs, e.g. build/release/bin
+#   bench/compare-archive.sh [BIN]      BIN: the folder of built programs (default: build/release/bin)
 set -eu
 
-if [ $# -ne 1 ]; then
-    echo "usage: $0 BIN" >&2
-    exit 2
-fi
-bin=$1
+bin=${1:-$(dirname "$0")/../build/release/bin}
 for program in ArchiveBenchmark gnustep-archive; do
     if [ ! -x "$bin/$program" ]; then
         echo "$0: $bin/$program is missing; build the preset 'release' first" >&2

@@ -1,20 +1,24 @@
 #!/usr/bin/env bash
-# Compares the product's file work with rm -rf, cp -a and chown -R -h on the same tree: alternately, several rounds, medians
-# of elapsed and of processor time and their ratios. On a disk that others use, look at the processor time. Works in scratch folders of its own, which it removes.
+# Compares the product's file work with rm -rf, cp -a and chown -R -h on the same tree: alternately, several rounds,
+# medians of elapsed and of processor time and their ratios. On a disk that others use, look at the processor time. Works
+# in scratch folders of its own, which it removes.
 #
-# usage: compare-files.sh FILETOOL [FOLDER]...     FOLDER: where scratch folders are made (default: /dev/shm and /var/tmp)
+# usage: compare-files.sh [BIN [FOLDER]...]
+#   BIN: the folder of built programs (default: build/release/bin)
+#   FOLDER: where scratch folders are made (default: /dev/shm and /var/tmp)
 set -euo pipefail
 
 # Even, so that each side goes first equally often.
 rounds=${ROUNDS:-8}
 files=${FILES:-20000}
 
-if [ $# -lt 1 ] || [ ! -x "$1" ]; then
-    echo "usage: $0 FILETOOL [FOLDER]..." >&2
-    exit 2
+bin=${1:-$(dirname "$0")/../build/release/bin}
+[ $# -eq 0 ] || shift
+if [ ! -x "$bin/FileTool" ]; then
+    echo "$0: $bin/FileTool is missing; build the preset 'release' first" >&2
+    exit 1
 fi
-tool=$(realpath "$1")
-shift
+tool=$(realpath "$bin/FileTool")
 [ $# -gt 0 ] || set -- /dev/shm /var/tmp
 
 python3 - "$tool" "$rounds" "$files" "$@" <<'PYTHON'

@@ -39,3 +39,32 @@ function(sentrel_embed_property_lists target info launchd)
         target_sources(${target} PRIVATE "${source}")
     endif()
 endfunction()
+
+# sentrel_application(TARGET NAME BUNDLE INFO SOURCES a.cpp ... DEPENDS lib ...): the program TARGET in the application bundle
+# "NAME.app", in the layout that both systems share, with the information property list from resources/INFO, both helpers and
+# the runtime support package. The target BUNDLE makes it whole.
+function(sentrel_application target name bundle info)
+    set(contents "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/${name}.app/Contents")
+    sentrel_program(${target} ${ARGN})
+    set_target_properties(${target} PROPERTIES OUTPUT_NAME "${name}" RUNTIME_OUTPUT_DIRECTORY "${contents}/MacOS")
+    configure_file("${CMAKE_SOURCE_DIR}/resources/${info}" "${contents}/Info.plist" @ONLY)
+
+    set(parts "")
+    foreach(helper IN ITEMS com.norvik.InstallerHelper com.norvik.SupportPrivilegedHelper)
+        set(part "${contents}/Library/LaunchServices/${helper}")
+        add_custom_command(OUTPUT "${part}"
+            COMMAND "${CMAKE_COMMAND}" -E make_directory "${contents}/Library/LaunchServices"
+            COMMAND "${CMAKE_COMMAND}" -E copy "$<TARGET_FILE:${helper}>" "${part}"
+            DEPENDS ${helper}
+            VERBATIM)
+        list(APPEND parts "${part}")
+    endforeach()
+    set(part "${contents}/Resources/SwiftRuntimeForCommandLineTools.pkg")
+    add_custom_command(OUTPUT "${part}"
+        COMMAND "${CMAKE_COMMAND}" -E make_directory "${contents}/Resources"
+        COMMAND "${CMAKE_COMMAND}" -E copy "${SENTREL_RUNTIME_PACKAGE}" "${part}"
+        DEPENDS runtime_package "${SENTREL_RUNTIME_PACKAGE}"
+        VERBATIM)
+    add_custom_target(${bundle} ALL DEPENDS ${parts} "${part}")
+    add_dependencies(${bundle} ${target})
+endfunction()
