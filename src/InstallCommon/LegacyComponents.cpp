@@ -120,6 +120,7 @@ std::vector<DaemonInfo> ComponentPathProvider::auxiliaryHelperTools() {
         {"com.norvik.UninstallerHelper", "com.norvik.UninstallerHelper.plist"}};
     const Base::URL toolsFolder = Base::URL::fileURL("/Library/PrivilegedHelperTools");
     std::vector<DaemonInfo> tools;
+    tools.reserve(kPlistNames.size());
     for (const auto& [label, plistName] : kPlistNames) {
         tools.push_back(DaemonInfo::daemonWithExecutable(
             FilesystemItemInfo::itemWithPath(toolsFolder.appendingPathComponent(label)),

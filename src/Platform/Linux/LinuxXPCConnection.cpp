@@ -306,22 +306,27 @@ void LinuxXPCConnection::end(Ending ending) {
 
 // Any thread.
 
+/// The number under which the answer is awaited; nothing, and `pending` as it was, on an invalid connection.
+std::optional<std::uint32_t> LinuxXPCConnection::await(Pending& pending) {
+    const std::lock_guard lock(mutex_);
+    if (isInvalid_) {
+        return std::nullopt;
+    }
+    pending_.emplace(++lastNumber_, std::move(pending));
+    return lastNumber_;
+}
+
 void LinuxXPCConnection::send(std::uint32_t object, const XPCMethod& method, std::vector<XPCValue> arguments,
                               Pending pending) {
     std::uint32_t reply = 0;
-    bool isInvalid = false;
     if (method.replies) {
-        const std::lock_guard lock(mutex_);
-        isInvalid = isInvalid_;
-        if (!isInvalid) {
-            reply = ++lastNumber_;
-            pending_.emplace(reply, std::move(pending));
+        const std::optional<std::uint32_t> number = await(pending);
+        if (!number) {
+            pending.failed(
+                {"The connection to service named " + serviceName_ + " was invalidated.", kInvalidCode});
+            return;
         }
-    }
-    if (isInvalid) {
-        pending.failed(
-            {"The connection to service named " + serviceName_ + " was invalidated.", kInvalidCode});
-        return;
+        reply = *number;
     }
     channel_.send(messageFrame(
         object, reply, method, std::move(arguments),

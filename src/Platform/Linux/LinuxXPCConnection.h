@@ -5,6 +5,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -71,6 +72,7 @@ class LinuxXPCConnection final : public XPCConnection,
     void answer(std::uint32_t number, const std::optional<Error>& error);
     void end(Ending ending);
 
+    [[nodiscard]] std::optional<std::uint32_t> await(Pending& pending);
     [[nodiscard]] std::uint32_t exportObject(Exported exported);
 
     const std::string serviceName_;

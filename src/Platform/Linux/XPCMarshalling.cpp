@@ -156,7 +156,7 @@ std::optional<std::vector<XPCValue>> readArguments(FrameReader& reader, const XP
         }
         std::optional<XPCValue> value = readArgument(*bytes, declared, makeProxy, refusal);
         if (!value) {
-            refusal = "argument " + std::to_string(values.size()) + ": " + refusal;
+            refusal.insert(0, "argument " + std::to_string(values.size()) + ": ");
             return std::nullopt;
         }
         values.push_back(std::move(*value));
