@@ -84,6 +84,8 @@ class Unarchiver final : public Coder {
     void noteMissing(std::string_view key);
     // The references in an array entry; none (after a refusal) when the entry is no array.
     BinaryPlistReader::Object members(const ArchiveObjects::Entry& entry, std::string_view key);
+    // The same for what the object at hand holds under `key`, taken off the budget.
+    BinaryPlistReader::Object listUnder(std::string_view key);
 
     std::unique_ptr<CodedObject> object(const ArchiveObjects::Entry& entry, const CodedClass& coded,
                                         const Frame* outer, std::string_view key);

@@ -199,12 +199,13 @@ Object Unarchiver::members(const Entry& entry, std::string_view key) {
     return kNoObject;
 }
 
-std::optional<std::vector<URL>> Unarchiver::decodeURLs(std::string_view key) {
+Object Unarchiver::listUnder(std::string_view key) {
     const Entry* const entry = findEntry(key);
-    if (entry == nullptr || !spendObject()) {
-        return std::nullopt;
-    }
-    const Object list = members(*entry, key);
+    return entry == nullptr || !spendObject() ? kNoObject : members(*entry, key);
+}
+
+std::optional<std::vector<URL>> Unarchiver::decodeURLs(std::string_view key) {
+    const Object list = listUnder(key);
     if (isNone(list)) {
         return std::nullopt;
     }
@@ -223,11 +224,7 @@ std::optional<std::vector<URL>> Unarchiver::decodeURLs(std::string_view key) {
 }
 
 std::optional<std::vector<bool>> Unarchiver::decodeBools(std::string_view key) {
-    const Entry* const entry = findEntry(key);
-    if (entry == nullptr || !spendObject()) {
-        return std::nullopt;
-    }
-    const Object list = members(*entry, key);
+    const Object list = listUnder(key);
     if (isNone(list)) {
         return std::nullopt;
     }

@@ -1,17 +1,13 @@
 #include "InstallCommon/CommandLists.h"
 
-#include <iterator>
 #include <utility>
 
+#include "InstallCommon/CommandListBuilding.h"
 #include "InstallCommon/CommandSuitsProvider.h"
 
 namespace InstallCommon {
 
 namespace {
-
-void append(CommandList& list, CommandList more) {
-    std::move(more.begin(), more.end(), std::back_inserter(list));
-}
 
 void appendInstallation(CommandList& list, const PayloadLocations& payload) {
     append(list, CommandSuitsProvider::makeInstallCommands(payload.applications, payload.launchdJobs,

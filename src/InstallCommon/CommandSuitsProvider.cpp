@@ -1,8 +1,8 @@
 #include "InstallCommon/CommandSuitsProvider.h"
 
-#include <iterator>
 #include <utility>
 
+#include "InstallCommon/CommandListBuilding.h"
 #include "InstallCommon/Commands/Uninstallation/KillProcessCommand.h"
 #include "InstallCommon/Commands/Uninstallation/RemoveCommand.h"
 #include "InstallCommon/Commands/Uninstallation/StopLaunchdJobCommand.h"
@@ -17,23 +17,14 @@ namespace {
 
 using NorvikCommon::ComponentPathProvider;
 
-std::string description(std::string_view prefix, std::string_view name) {
-    return std::string(prefix).append(name).append("...");
-}
-
-void append(CommandList& list, CommandList more) {
-    std::move(more.begin(), more.end(), std::back_inserter(list));
-}
-
 CommandList uninstallCommandsUnloadLaunchdJobAgentsAndDaemons() {
     CommandList commands;
     for (const NorvikCommon::LaunchdInfo& job : ComponentLists::daemonJobs()) {
-        commands.push_back(
-            StopLaunchdJobCommand::withDaemon(description("Unloading daemon ", *job.label), job));
+        commands.push_back(StopLaunchdJobCommand::withDaemon(describe("Unloading daemon ", *job.label), job));
     }
     for (const NorvikCommon::LaunchdInfo& job : ComponentLists::agentJobs()) {
         commands.push_back(
-            StopLaunchdJobCommand::withAgent(description("Unloading user agent ", *job.label), job));
+            StopLaunchdJobCommand::withAgent(describe("Unloading user agent ", *job.label), job));
     }
     return commands;
 }
@@ -42,7 +33,7 @@ CommandList uninstallCommandsUnloadKexts() {
     CommandList commands;
     for (const NorvikCommon::KextInfo& kext : ComponentLists::allKexts()) {
         commands.push_back(
-            std::make_unique<UnloadKextCommand>(description("Unloading KEXT ", *kext.bundle->name), kext));
+            std::make_unique<UnloadKextCommand>(describe("Unloading KEXT ", *kext.bundle->name), kext));
     }
     return commands;
 }
@@ -52,13 +43,13 @@ CommandList uninstallCommandsKillApps() {
     for (const NorvikCommon::ApplicationInfo& app : ComponentLists::applications()) {
         const std::string& process = *app.executable->name;
         commands.push_back(
-            std::make_unique<KillProcessCommand>(description("Closing user application ", process), process));
+            std::make_unique<KillProcessCommand>(describe("Closing user application ", process), process));
     }
     return commands;
 }
 
 std::unique_ptr<Command> removal(std::string_view prefix, std::string_view name, const Base::URL& item) {
-    return std::make_unique<RemoveCommand>(description(prefix, name), item);
+    return std::make_unique<RemoveCommand>(describe(prefix, name), item);
 }
 
 void appendAgentAndDaemonDeletions(CommandList& commands) {

@@ -3,6 +3,7 @@
 #include <string>
 #include <string_view>
 
+#include "InstallCommon/CommandListBuilding.h"
 #include "InstallCommon/CommandSuitsProvider.h"
 #include "InstallCommon/Commands/Installation/CopyCommand.h"
 #include "InstallCommon/Commands/Installation/StartLaunchdJobCommand.h"
@@ -17,10 +18,6 @@ namespace {
 using NorvikCommon::ComponentPathProvider;
 using NorvikCommon::FeaturePathProvider;
 
-std::string description(std::string_view prefix, std::string_view name) {
-    return std::string(prefix).append(name).append("...");
-}
-
 /// A copy of the item of this name out of a payload folder.
 std::unique_ptr<Command> copy(std::string commandDescription, const Base::URL& folder, std::string_view name,
                               const Base::URL& destination) {
@@ -29,8 +26,7 @@ std::unique_ptr<Command> copy(std::string commandDescription, const Base::URL& f
 }
 
 std::unique_ptr<Command> jobCopy(const Base::URL& folder, const NorvikCommon::LaunchdInfo& job) {
-    return copy(description("Adding launchd job ", *job.label), folder, *job.plist->name,
-                *job.plistLocation());
+    return copy(describe("Adding launchd job ", *job.label), folder, *job.plist->name, *job.plistLocation());
 }
 
 CommandList makeInstallCommandsCopyFiles(const Base::URL& applicationsLocation,
@@ -38,7 +34,7 @@ CommandList makeInstallCommandsCopyFiles(const Base::URL& applicationsLocation,
                                          const Base::URL& supportFilesLocation) {
     CommandList commands;
     const NorvikCommon::BundleInfo console = *ComponentPathProvider::managementConsole().bundle;
-    commands.push_back(copy(description("Installing user application ", *console.name), applicationsLocation,
+    commands.push_back(copy(describe("Installing user application ", *console.name), applicationsLocation,
                             *console.name, *console.location));
     for (const NorvikCommon::BundleDaemonInfo& component :
          {ComponentPathProvider::containmentDaemon(), ComponentPathProvider::fileAccessDaemon(),
@@ -47,8 +43,8 @@ CommandList makeInstallCommandsCopyFiles(const Base::URL& applicationsLocation,
     }
     const Base::URL workflow = ComponentPathProvider::workflow();
     const std::string workflowName = workflow.lastPathComponent();
-    commands.push_back(copy(description("Installing resource ", workflowName), supportFilesLocation,
-                            workflowName, workflow));
+    commands.push_back(
+        copy(describe("Installing resource ", workflowName), supportFilesLocation, workflowName, workflow));
     return commands;
 }
 
@@ -57,12 +53,12 @@ void appendStarts(CommandList& commands) {
     for (const NorvikCommon::BundleDaemonInfo& agent :
          {ComponentPathProvider::trayMenu(), ComponentPathProvider::userAgent()}) {
         commands.push_back(StartLaunchdJobCommand::withAgent(
-            description("Starting user agent ", *agent.launchd->label), *agent.launchd));
+            describe("Starting user agent ", *agent.launchd->label), *agent.launchd));
     }
     for (const NorvikCommon::BundleDaemonInfo& daemon :
          {ComponentPathProvider::containmentDaemon(), ComponentPathProvider::fileAccessDaemon()}) {
         commands.push_back(StartLaunchdJobCommand::withDaemon(
-            description("Starting daemon ", *daemon.launchd->label), *daemon.launchd));
+            describe("Starting daemon ", *daemon.launchd->label), *daemon.launchd));
     }
 }
 
