@@ -1,7 +1,11 @@
 # One place for what every target shares: warnings, the include root, sanitizers.
 
+option(SENTREL_WARNINGS_ARE_ERRORS "Stop at the first warning" ON)
 add_library(sentrel_options INTERFACE)
-target_compile_options(sentrel_options INTERFACE -Wall -Wextra -Wpedantic -Werror)
+target_compile_options(sentrel_options INTERFACE -Wall -Wextra -Wpedantic)
+if(SENTREL_WARNINGS_ARE_ERRORS)
+    target_compile_options(sentrel_options INTERFACE -Werror)
+endif()
 target_include_directories(sentrel_options INTERFACE "${CMAKE_SOURCE_DIR}/src")
 if(SENTREL_SANITIZE)
     target_compile_options(sentrel_options INTERFACE
@@ -30,6 +34,7 @@ function(sentrel_embed_property_lists target info launchd)
         target_link_options(${target} PRIVATE
             "LINKER:-sectcreate,__TEXT,__info_plist,${info}"
             "LINKER:-sectcreate,__TEXT,__launchd_plist,${launchd}")
+        set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS "${info}" "${launchd}")
     else()
         set(EMBEDDED_INFO_PLIST "${info}")
         set(EMBEDDED_LAUNCHD_PLIST "${launchd}")
@@ -40,31 +45,64 @@ function(sentrel_embed_property_lists target info launchd)
     endif()
 endfunction()
 
-# sentrel_application(TARGET NAME BUNDLE INFO SOURCES a.cpp ... DEPENDS lib ...): the program TARGET in the application bundle
-# "NAME.app", in the layout that both systems share, with the information property list from resources/INFO, both helpers and
-# the runtime support package. The target BUNDLE makes it whole.
+# sentrel_application(TARGET NAME BUNDLE INFO SOURCES a.cpp ... DEPENDS lib ... [LOCALIZATIONS folder] [ICONS file ...]
+# [RESOURCES file ...] [LIBRARIES target ...]): the program TARGET in the application bundle "NAME.app", in the layout that both systems share:
+#   Contents/Info.plist                 from resources/INFO
+#   Contents/MacOS                      the program
+#   Contents/Library/LaunchServices     both helpers
+#   Contents/Frameworks                 LIBRARIES, which the program loads itself
+#   Contents/Resources                  the runtime support package, ICONS (the first is the bundle's own; the others are
+#                                       what its interface shows), and the string tables *.lproj/*.strings in LOCALIZATIONS
+# The target BUNDLE makes it whole.
 function(sentrel_application target name bundle info)
+    cmake_parse_arguments(APPLICATION "" "LOCALIZATIONS" "SOURCES;DEPENDS;LIBRARIES;ICONS" ${ARGN})
     set(contents "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/${name}.app/Contents")
-    sentrel_program(${target} ${ARGN})
+    sentrel_program(${target} SOURCES ${APPLICATION_SOURCES} DEPENDS ${APPLICATION_DEPENDS})
     set_target_properties(${target} PROPERTIES OUTPUT_NAME "${name}" RUNTIME_OUTPUT_DIRECTORY "${contents}/MacOS")
-    configure_file("${CMAKE_SOURCE_DIR}/resources/${info}" "${contents}/Info.plist" @ONLY)
 
     set(parts "")
     foreach(helper IN ITEMS com.norvik.InstallerHelper com.norvik.SupportPrivilegedHelper)
-        set(part "${contents}/Library/LaunchServices/${helper}")
-        add_custom_command(OUTPUT "${part}"
-            COMMAND "${CMAKE_COMMAND}" -E make_directory "${contents}/Library/LaunchServices"
-            COMMAND "${CMAKE_COMMAND}" -E copy "$<TARGET_FILE:${helper}>" "${part}"
-            DEPENDS ${helper}
-            VERBATIM)
-        list(APPEND parts "${part}")
+        sentrel_bundle_part(parts "${contents}/Library/LaunchServices/${helper}" "$<TARGET_FILE:${helper}>" ${helper})
     endforeach()
-    set(part "${contents}/Resources/SwiftRuntimeForCommandLineTools.pkg")
-    add_custom_command(OUTPUT "${part}"
-        COMMAND "${CMAKE_COMMAND}" -E make_directory "${contents}/Resources"
-        COMMAND "${CMAKE_COMMAND}" -E copy "${SENTREL_RUNTIME_PACKAGE}" "${part}"
-        DEPENDS runtime_package "${SENTREL_RUNTIME_PACKAGE}"
-        VERBATIM)
-    add_custom_target(${bundle} ALL DEPENDS ${parts} "${part}")
+    foreach(library IN LISTS APPLICATION_LIBRARIES)
+        sentrel_bundle_part(parts "${contents}/Frameworks/${library}.dylib" "$<TARGET_FILE:${library}>" ${library})
+    endforeach()
+    sentrel_bundle_part(parts "${contents}/Resources/SwiftRuntimeForCommandLineTools.pkg"
+        "${SENTREL_RUNTIME_PACKAGE}" runtime_package "${SENTREL_RUNTIME_PACKAGE}")
+    set(BUNDLE_ICON "")
+    foreach(icon IN LISTS APPLICATION_ICONS)
+        cmake_path(GET icon FILENAME file)
+        sentrel_bundle_part(parts "${contents}/Resources/${file}" "${icon}" "${icon}")
+        if(NOT BUNDLE_ICON)
+            set(BUNDLE_ICON "${file}")
+        endif()
+    endforeach()
+    set(BUNDLE_LOCALIZATIONS "")
+    if(APPLICATION_LOCALIZATIONS)
+        # The folders are what decides which languages the application has, so they are looked up instead of listed.
+        file(GLOB tables CONFIGURE_DEPENDS RELATIVE "${APPLICATION_LOCALIZATIONS}"
+            "${APPLICATION_LOCALIZATIONS}/*.lproj/*.strings")
+        foreach(table IN LISTS tables)
+            set(file "${APPLICATION_LOCALIZATIONS}/${table}")
+            sentrel_bundle_part(parts "${contents}/Resources/${table}" "${file}" "${file}")
+            string(REGEX REPLACE "\\.lproj/.*" "" language "${table}")
+            list(APPEND BUNDLE_LOCALIZATIONS "\t\t<string>${language}</string>\n")
+        endforeach()
+        list(REMOVE_DUPLICATES BUNDLE_LOCALIZATIONS)
+        list(JOIN BUNDLE_LOCALIZATIONS "" BUNDLE_LOCALIZATIONS)
+    endif()
+    configure_file("${CMAKE_SOURCE_DIR}/resources/${info}" "${contents}/Info.plist" @ONLY)
+    add_custom_target(${bundle} ALL DEPENDS ${parts})
     add_dependencies(${bundle} ${target})
+endfunction()
+
+# sentrel_bundle_part(LIST OUTPUT FILE DEPENDENCY...): has FILE copied to OUTPUT, and appends OUTPUT to the variable LIST.
+function(sentrel_bundle_part list output file)
+    cmake_path(GET output PARENT_PATH folder)
+    add_custom_command(OUTPUT "${output}"
+        COMMAND "${CMAKE_COMMAND}" -E make_directory "${folder}"
+        COMMAND "${CMAKE_COMMAND}" -E copy "${file}" "${output}"
+        DEPENDS ${ARGN}
+        VERBATIM)
+    set(${list} ${${list}} "${output}" PARENT_SCOPE)
 endfunction()

@@ -1,5 +1,6 @@
 #!/bin/sh
-# Makes the runtime support package: a flat package (xar with PackageInfo and a gzip cpio Payload).
+# Makes the runtime support package: a flat package (xar with PackageInfo and a gzip cpio Payload), with the system's own tool
+# where there is one. Runs on macOS and on Linux: nothing that only one of them knows.
 # Usage: make-runtime-package.sh OUTPUT
 set -eu
 umask 022
@@ -13,11 +14,19 @@ for library in Core Foundation Dispatch Darwin ObjectiveC; do
     # Some bytes that differ per library and are the same on every build.
     seq -f "libswift$library %.0f" 1 2000 >"$work/root/usr/local/lib/swift/libswift$library.dylib"
 done
-count=$(find "$work/root" -type f | wc -l)
+identifier=com.norvik.SwiftRuntimeForCommandLineTools
+version=5.0
+if command -v pkgbuild >/dev/null; then
+    pkgbuild --quiet --root "$work/root" --identifier "$identifier" --version "$version" --install-location / \
+        --ownership recommended "$output.new"
+    mv "$output.new" "$output"
+    exit 0
+fi
+count=$(find "$work/root" -type f | wc -l | tr -d ' ')
 kilobytes=$(du -sk "$work/root" | cut -f1)
 cat >"$work/package/PackageInfo" <<END
 <?xml version="1.0" encoding="utf-8"?>
-<pkg-info format-version="2" identifier="com.norvik.SwiftRuntimeForCommandLineTools" version="5.0" install-location="/" auth="root">
+<pkg-info format-version="2" identifier="$identifier" version="$version" install-location="/" auth="root">
     <payload numberOfFiles="$count" installKBytes="$kilobytes"/>
 </pkg-info>
 END

@@ -1,30 +1,69 @@
 #!/usr/bin/env bash
-# Checks that dependencies point down only, and that what is one system's stays below src/Platform.
+# Checks that dependencies point down only, that what is one system's stays below src/Platform, and that the window toolkit stays
+# in its own folder.
 set -euo pipefail
 cd "$(dirname "$0")/../src"
 failures=0
 
-# forbid WHERE PATTERN WHY: no line below WHERE (files or folders) may match PATTERN.
+# forbid WHERE PATTERN WHY [GREP-OPTION...]: no line below WHERE (files or folders) may match PATTERN.
 forbid() {
-    local found
-    if found=$(grep -rnE --include='*.cpp' --include='*.h' --include='*.mm' --include='*.m' --include='*.in' "$2" $1); then
-        printf '%s\n%s\n' "$3:" "$found" >&2
-        failures=$((failures + 1))
+    local where=$1 pattern=$2 why=$3 found
+    shift 3
+    if found=$(grep -rnE --include='*.cpp' --include='*.h' --include='*.mm' --include='*.m' --include='*.in' "$@" \
+        "$pattern" $where); then
+        report "$why" "$found"
     fi
 }
 
+# report WHY FOUND
+report() {
+    printf '%s\n%s\n' "$1:" "$2" >&2
+    failures=$((failures + 1))
+}
+
+# looks_up ROOM ROOMS WHY: the room includes nothing of the rooms above it.
+looks_up() {
+    forbid "$1" "#(include|import) \"($2)/" "$3"
+}
+
 above="Uninstaller InstallCommon SwiftUtils NorvikCommon Helpers Base"
-forbid "$above" '__APPLE__|__linux__|_WIN32' 'A system is named above the seam'
-forbid "$above" '#include [<"]Platform/(Linux|Darwin|Posix)/' "An adapter's header is named above the seam"
-forbid "$above" '#include <(filesystem|semaphore|latch|barrier|stop_token)>' 'Not on macOS 10.13'
-forbid "$above" '#include <(sys|linux|mach)/|#include <(unistd|fcntl|pwd|dirent|spawn|poll|signal)\.h>' \
-    'A system header is named above the seam'
-forbid 'Base' '#include "(Platform|NorvikCommon|SwiftUtils|InstallCommon|Helpers|Uninstaller)/' 'Base looks up'
-forbid 'Platform' '#include "(NorvikCommon|SwiftUtils|InstallCommon|Helpers|Uninstaller)/' 'Platform looks up'
-forbid 'NorvikCommon' '#include "(SwiftUtils|InstallCommon|Helpers|Uninstaller)/' 'NorvikCommon looks up'
-forbid 'SwiftUtils' '#include "(InstallCommon|Helpers|Uninstaller)/' 'SwiftUtils looks up'
-forbid 'InstallCommon' '#include "(Helpers|Uninstaller)/' 'InstallCommon looks up'
-forbid 'Helpers' '#include "Uninstaller/' 'A helper knows the uninstaller'
-forbid 'Uninstaller' '#include "Helpers/' 'The uninstaller knows a helper'
+# What the window needs of one system lies in the folders Cocoa/ and GNUstep/ of its own, and the build chooses.
+forbid "$above ../tools" '__APPLE__|__linux__|_WIN32|__GNUstep__|\bGNUSTEP\b|TARGET_OS_' 'A system is named above the seam'
+forbid "$above" '#(include|import) [<"]Platform/(Linux|Darwin|Posix)/' "An adapter's header is named above the seam"
+forbid "$above Platform/Posix Platform/Darwin Platform/*.h" '#(include|import) <(filesystem|semaphore|latch|barrier|stop_token|memory_resource)>' 'Not on macOS 10.13'
+forbid "$above" '#(include|import) <((sys|linux|mach)/|(unistd|fcntl|pwd|dirent|spawn|poll|signal|dlfcn)\.h>)' \
+    'A system header is named above the seam' --exclude-dir=Cocoa --exclude-dir=GNUstep
+
+looks_up Base 'Platform|NorvikCommon|SwiftUtils|InstallCommon|Helpers|Uninstaller' 'Base looks up'
+looks_up Platform 'NorvikCommon|SwiftUtils|InstallCommon|Helpers|Uninstaller' 'Platform looks up'
+looks_up NorvikCommon 'SwiftUtils|InstallCommon|Helpers|Uninstaller' 'NorvikCommon looks up'
+looks_up SwiftUtils 'InstallCommon|Helpers|Uninstaller' 'SwiftUtils looks up'
+looks_up InstallCommon 'Helpers|Uninstaller' 'InstallCommon looks up'
+looks_up Helpers Uninstaller 'A helper knows the uninstaller'
+looks_up Uninstaller Helpers 'The uninstaller knows a helper'
+looks_up Platform/Darwin Platform/Linux 'The macOS side knows the Linux side'
+looks_up Platform/Linux Platform/Darwin 'The Linux side knows the macOS side'
+looks_up Platform/Posix 'Platform/(Linux|Darwin)' 'What both systems do alike knows one of them'
+for interface in Platform/*.h; do
+    looks_up "$interface" 'Platform/(Linux|Darwin|Posix)' 'A port knows an adapter'
+done
+
+# The window toolkit is known to src/Uninstaller/AppKit alone, and that folder to nobody: the program loads it. Objective-C, and
+# Apple's other headers, are there and on the macOS side of the ports.
+elsewhere() {
+    find . -type f \( -name '*.h' -o -name '*.cpp' -o -name '*.m' -o -name '*.mm' \) ! -path './Uninstaller/AppKit/*' "$@" -print0
+}
+# forbid_elsewhere PATTERN WHY [FIND-OPTION...]
+forbid_elsewhere() {
+    local pattern=$1 why=$2 found
+    shift 2
+    found=$(elsewhere "$@" | xargs -0 grep -nE "$pattern" || true)
+    [ -z "$found" ] || report "$why" "$found"
+}
+forbid_elsewhere '#(include|import) (<(AppKit|Cocoa|X11|GNUstepGUI)/|"Uninstaller/AppKit/)' \
+    'The window toolkit is named outside its folder'
+forbid_elsewhere '#(include|import) <(Foundation|CoreFoundation|Security|IOKit|ServiceManagement|xpc|dispatch|objc)/' \
+    "A header of Apple's is named outside src/Platform/Darwin and src/Uninstaller/AppKit" ! -path './Platform/Darwin/*'
+forbid_elsewhere '' 'Objective-C outside src/Platform/Darwin and src/Uninstaller/AppKit' ! -path './Platform/Darwin/*' -name '*.m*'
 
 [ "$failures" -eq 0 ] || exit 1

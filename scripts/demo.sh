@@ -1,11 +1,33 @@
 #!/usr/bin/env bash
 # demo.sh: builds, makes a simulated Mac with the current product and every earlier generation, uninstalls it silently and
 # shows what was there, what the system log says meanwhile, and what is left.
+# demo.sh --window: the same with the uninstaller's window on the display; without a display, writes what the window looks
+# like to build/screenshots instead.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
+case "${1:-}" in
+    "") window=no ;;
+    --window) window=yes ;;
+    *)
+        echo "usage: demo.sh [--window]" >&2
+        exit 2
+        ;;
+esac
+
 ./scripts/build.sh release
 bin="$PWD/build/release/bin"
+uninstaller="/Applications/Sentrel.app/Contents/Applications/Uninstall Sentrel.app/Contents/MacOS/Uninstall Sentrel"
+
+if [ "$window" = yes ] && [ -z "${DISPLAY:-}" ]; then
+    echo "There is no display (DISPLAY is not set). Running the window unseen and writing screenshots instead..."
+    rm -rf build/screenshots
+    "$bin/WindowTests" --gtest_brief=1 </dev/null
+    echo "What a user sees:"
+    ls build/screenshots/*.png
+    exit 0
+fi
+
 mac="$(mktemp -d "${TMPDIR:-/tmp}/sentrel-demo.XXXXXX")/Mac"
 trap '"$bin/macsim" delete "$mac" >/dev/null 2>&1 || true; rmdir "$(dirname "$mac")" 2>/dev/null || true' EXIT
 
@@ -17,12 +39,17 @@ heading "A Mac with the current product, every earlier generation and three user
 "$bin/macsim" run "$mac" -- true
 "$bin/macsim" state "$mac"
 
-heading "Uninstall Sentrel --silent"
+if [ "$window" = yes ]; then
+    heading "Uninstall Sentrel (the administrator is alice, her password is alice)"
+    run=(--as alice --display "$DISPLAY" -- "$uninstaller")
+else
+    heading "Uninstall Sentrel --silent"
+    run=(-- "$uninstaller" --silent)
+fi
 "$bin/macsim" log "$mac" --follow &
 follower=$!
 start=$EPOCHREALTIME
-"$bin/macsim" run "$mac" -- \
-    "/Applications/Sentrel.app/Contents/Applications/Uninstall Sentrel.app/Contents/MacOS/Uninstall Sentrel" --silent
+"$bin/macsim" run "$mac" "${run[@]}"
 end=$EPOCHREALTIME
 sleep 0.3
 kill "$follower" 2>/dev/null || true
@@ -30,6 +57,8 @@ wait "$follower" 2>/dev/null || true
 
 heading "What is left"
 "$bin/macsim" state "$mac"
-tenths=$(((${end/[.,]/} - ${start/[.,]/}) / 100000))
-printf '\nBoot, uninstallation and shutdown took %d.%d s, most of it the pause of 5 s after each daemon that was stopped.\n' \
-    $((tenths / 10)) $((tenths % 10))
+if [ "$window" = no ]; then
+    tenths=$(((${end/[.,]/} - ${start/[.,]/}) / 100000))
+    printf '\nBoot, uninstallation and shutdown took %d.%d s, most of it the pause of 5 s after each daemon that was stopped.\n' \
+        $((tenths / 10)) $((tenths % 10))
+fi

@@ -8,9 +8,12 @@ packages=(
     libplist-dev libcli11-dev nlohmann-json3-dev
     # the simulated Mac
     bubblewrap uidmap libarchive-tools
-    # tests, conformance against other keyed archivers, benchmarks (gnustep-config asks make)
-    libgtest-dev libgmock-dev libbenchmark-dev python3 libplist-utils procps
-    gobjc make gnustep-make libgnustep-base-dev
+    # the window (gnustep-config asks make)
+    gobjc gobjc++ make gnustep-make libgnustep-base-dev libgnustep-gui-dev gnustep-back0.29-cairo fonts-dejavu-core libx11-dev
+    # tests, conformance against other keyed archivers, benchmarks
+    libgtest-dev libgmock-dev libbenchmark-dev python3 libplist-utils procps xvfb xdotool imagemagick
+    # the check of the macOS side
+    libblocksruntime-dev libc++-14-dev lld-14
 )
 
 missing=()

@@ -114,6 +114,17 @@ class NoDispatch final : public Platform::Dispatch {
     std::unique_ptr<Platform::Timer> makeTimer(std::function<void()> /*handler*/) override { refuse(); }
 };
 
+class NoDistantObjects final : public Platform::DistantObjects {
+    std::shared_ptr<Platform::DistantObject> rootProxy(const std::string& /*name*/) override { refuse(); }
+};
+
+class NoCodeModules final : public Platform::CodeModules {
+    std::optional<Error> load(const URL& /*module*/, const std::string& /*symbol*/,
+                              void*& /*address*/) override {
+        refuse();
+    }
+};
+
 struct Owner {
     NoLog log;
     FolderNames files;
@@ -127,9 +138,11 @@ struct Owner {
     NoBundles bundles;
     NoClock clock;
     NoDispatch dispatch;
+    NoDistantObjects distantObjects;
+    NoCodeModules codeModules;
     Platform::SystemPorts ports{
-        log, files,   tasks, processes, users, kernelExtensions, authorization, serviceManagement,
-        xpc, bundles, clock, dispatch};
+        log, files,   tasks, processes, users,          kernelExtensions, authorization, serviceManagement,
+        xpc, bundles, clock, dispatch,  distantObjects, codeModules};
 };
 
 }  // namespace

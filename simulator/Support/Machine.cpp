@@ -19,10 +19,16 @@ std::optional<User> Machine::user(std::string_view name) const {
 }
 
 std::string encode(const Machine& machine) {
-    Json json{
-        {"users", Json::array()}, {"running", Json::array()}, {"extensionFolders", machine.extensionFolders}};
+    Json json{{"users", Json::array()},
+              {"running", Json::array()},
+              {"extensionFolders", machine.extensionFolders},
+              {"distantObjects", machine.distantObjects}};
     for (const User& user : machine.users) {
-        json["users"].push_back({{"name", user.name}, {"uid", user.uid}, {"loggedIn", user.loggedIn}});
+        json["users"].push_back({{"name", user.name},
+                                 {"uid", user.uid},
+                                 {"loggedIn", user.loggedIn},
+                                 {"administrator", user.administrator},
+                                 {"passwordHash", user.passwordHash}});
     }
     for (const RunningProgram& program : machine.running) {
         json["running"].push_back({{"path", program.path}, {"uid", program.uid}});
@@ -43,12 +49,15 @@ std::optional<Machine> decodeMachine(std::string_view text) {
         const Json json = Json::parse(text);
         Machine machine;
         for (const Json& user : json.at("users")) {
-            machine.users.push_back({user.at("name"), user.at("uid"), user.at("loggedIn")});
+            machine.users.push_back({user.at("name"), user.at("uid"), user.at("loggedIn"),
+                                     user.at("administrator"), user.at("passwordHash")});
         }
         for (const Json& program : json.at("running")) {
             machine.running.push_back({program.at("path"), program.at("uid")});
         }
         machine.extensionFolders = json.at("extensionFolders").get<std::vector<std::string>>();
+        machine.distantObjects =
+            json.at("distantObjects").get<std::map<std::string, std::vector<std::string>>>();
         return machine;
     } catch (const Json::exception&) {
         return std::nullopt;

@@ -18,14 +18,26 @@ inline constexpr std::string_view kSessionFile = "/var/macsim/session.json";
 inline constexpr std::string_view kStateFile = "/var/macsim/state.json";
 inline constexpr std::string_view kLockFile = "/var/macsim/lock";
 inline constexpr std::string_view kHelperFaultsLibrary = "/var/macsim/lib/libhelper-faults.so";
+/// Says whether the product's parental-control lock is on; read by the maker's framework.
+inline constexpr std::string_view kParentalControlFile = "/var/macsim/parental-control.plist";
+/// The cookie of the display that the session has; the session's user's own.
+inline constexpr std::string_view kDisplayCookieFile = "/var/macsim/Xauthority";
 inline constexpr std::string_view kSystemLog = "/var/log/system.log";
 /// Where the runtime package installs its files; the fault disk-full mounts a full file system here.
 inline constexpr std::string_view kRuntimeFolder = "/usr/local/lib/swift";
+
+/// The program that asks for an administrator's password.
+inline constexpr const char* kSecurityAgent =
+    "/System/Library/Frameworks/Security.framework/Versions/A/MachServices/SecurityAgent.bundle/Contents/"
+    "MacOS/SecurityAgent";
 
 struct User {
     std::string name;
     std::uint32_t uid = 0;
     bool loggedIn = true;
+    bool administrator = false;
+    /// Of his password, as hashPassword makes it; empty for a user who has none and cannot name himself.
+    std::string passwordHash{};
 };
 
 /// A program that runs from the start without being a job.
@@ -40,6 +52,8 @@ struct Machine {
     std::vector<RunningProgram> running;
     /// Folders whose kernel extensions are loaded at boot.
     std::vector<std::string> extensionFolders;
+    /// Names of distant objects that a job of the system registers while it runs, by its label.
+    std::map<std::string, std::vector<std::string>> distantObjects;
 
     /// The user of that name; root is one too.
     [[nodiscard]] std::optional<User> user(std::string_view name) const;
@@ -50,7 +64,8 @@ struct Session {
     std::vector<std::string> command;
     std::string user = "root";
     Faults faults;
-    /// Environment that the command gets in addition to a Mac's own.
+    /// Environment that the command gets in addition to a Mac's own; DISPLAY is in it when the session has a
+    /// display.
     std::map<std::string, std::string> environment;
 };
 

@@ -1,12 +1,16 @@
 #include "launchd/Authorizations.h"
 
+#include <algorithm>
 #include <array>
+#include <utility>
 
 #include <sys/random.h>
 
 namespace Simulator {
 
 namespace {
+
+constexpr std::uint32_t kInteractionAllowed = 1;
 
 std::string randomToken() {
     std::array<unsigned char, 16> bytes{};
@@ -22,29 +26,66 @@ std::string randomToken() {
 
 }  // namespace
 
-std::int32_t Authorizations::askUser(const Caller& /*caller*/, std::uint32_t /*flags*/) const {
-    // A simulated Mac has nobody in front of it who could answer.
-    return kAuthorizationInteractionNotAllowed;
-}
-
-std::int32_t Authorizations::authorize(const Caller& caller, std::uint32_t flags,
-                                       std::span<const std::string> rights, std::string& token) {
-    if (faults_.contains("authorization") || rights.empty()) {
-        return kAuthorizationDenied;
-    }
-    if (caller.uid != 0) {
-        if (const std::int32_t status = askUser(caller, flags); status != 0) {
-            return status;
-        }
-    }
+void Authorizations::grant(const Caller& caller, const Done& done) {
     const auto start = startOfProcess(caller.pid);
     if (!start) {
-        return kAuthorizationDenied;
+        done(kAuthorizationDenied, "");
+        return;
     }
     forgetDead();
-    token = randomToken();
+    const std::string token = randomToken();
     tokens_[token] = {caller.pid, *start};
-    return 0;
+    done(0, token);
+}
+
+void Authorizations::authorize(RequestId id, const Caller& caller, const AuthorizationRequest& request,
+                               const Done& done) {
+    if (faults_.contains("authorization") || request.rights.empty()) {
+        done(kAuthorizationDenied, "");
+    } else if (caller.uid == 0) {
+        grant(caller, done);
+    } else if ((request.flags & kInteractionAllowed) == 0 || !dialog_.canAsk(caller)) {
+        done(kAuthorizationInteractionNotAllowed, "");
+    } else {
+        const bool asksAlready = std::any_of(questions_.begin(), questions_.end(),
+                                             [id](const Question& question) { return question.id == id; });
+        if (asksAlready) {
+            done(kAuthorizationDenied, "");
+            return;
+        }
+        questions_.push_back({id, caller, request.prompt, done});
+        askNext();
+    }
+}
+
+void Authorizations::askNext() {
+    if (dialog_.isOpen() || questions_.empty()) {
+        return;
+    }
+    const Question& first = questions_.front();
+    dialog_.open(first.caller, first.prompt, [this](std::int32_t status) {
+        const Question question = std::move(questions_.front());
+        questions_.pop_front();
+        if (status == 0) {
+            grant(question.caller, question.done);
+        } else {
+            question.done(status, "");
+        }
+        askNext();
+    });
+}
+
+void Authorizations::abandon(RequestId id) {
+    const auto found = std::find_if(questions_.begin(), questions_.end(),
+                                    [id](const Question& question) { return question.id == id; });
+    if (found == questions_.end()) {
+        return;
+    }
+    if (found == questions_.begin()) {
+        dialog_.close();
+    }
+    questions_.erase(found);
+    askNext();
 }
 
 bool Authorizations::isValid(const std::string& token, const Caller& caller) const {

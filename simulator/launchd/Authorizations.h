@@ -1,27 +1,43 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
+#include <functional>
 #include <map>
-#include <span>
 #include <string>
+#include <vector>
 
 #include "Support/Faults.h"
+#include "launchd/AdministratorDialog.h"
 #include "launchd/Caller.h"
 
 namespace Simulator {
 
-inline constexpr std::int32_t kAuthorizationDenied = -60005;
-inline constexpr std::int32_t kAuthorizationInteractionNotAllowed = -60007;
+/// What a process asks the security server for.
+struct AuthorizationRequest {
+    /// The Security framework's; 1 allows interaction.
+    std::uint32_t flags = 0;
+    std::vector<std::string> rights;
+    /// The caller's own words in the administrator dialog.
+    std::string prompt;
+};
 
 /// The security server: which process holds which authorization.
 class Authorizations {
   public:
-    explicit Authorizations(const Faults& faults) : faults_(faults) {}
+    /// Names a request while it is being decided on.
+    using RequestId = std::uint64_t;
+    /// Gets 0 and the token of the session, or the OSStatus of the refusal.
+    using Done = std::function<void(std::int32_t status, const std::string& token)>;
 
-    /// Decides on a request for rights. Returns 0 and sets `token`, or the OSStatus of the refusal. Root gets
-    /// what it asks for; anybody else would have to give a password.
-    std::int32_t authorize(const Caller& caller, std::uint32_t flags, std::span<const std::string> rights,
-                           std::string& token);
+    Authorizations(const Faults& faults, AdministratorDialog& dialog) : faults_(faults), dialog_(dialog) {}
+
+    /// Decides on a request for rights and calls `done`, at once or when an administrator has answered. Root
+    /// gets what it asks for. For anybody else the administrator dialog opens, if the request allows that;
+    /// dialogs open one after another. `id` can ask one question at a time.
+    void authorize(RequestId id, const Caller& caller, const AuthorizationRequest& request, const Done& done);
+    /// Nobody waits for the request any more: its dialog goes, its `done` is not called.
+    void abandon(RequestId id);
 
     /// Whether `token` was given to exactly this process.
     [[nodiscard]] bool isValid(const std::string& token, const Caller& caller) const;
@@ -33,13 +49,22 @@ class Authorizations {
         pid_t pid;
         std::uint64_t start;
     };
+    struct Question {
+        RequestId id;
+        Caller caller;
+        std::string prompt;
+        Done done;
+    };
 
-    /// Asks the user of the caller's session for an administrator's password.
-    [[nodiscard]] std::int32_t askUser(const Caller& caller, std::uint32_t flags) const;
+    void grant(const Caller& caller, const Done& done);
+    void askNext();
     void forgetDead();
 
     const Faults& faults_;
+    AdministratorDialog& dialog_;
     std::map<std::string, Owner, std::less<>> tokens_;
+    /// The dialog of the first one is open.
+    std::deque<Question> questions_;
 };
 
 }  // namespace Simulator

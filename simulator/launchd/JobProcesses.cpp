@@ -143,6 +143,9 @@ void JobRegistry::start(Job& job) {
     request.environment = environment(job);
     request.workingDirectory = job.definition.workingDirectory;
     request.uid = owner(job.domain);
+    for (const User& user : machine_.users) {
+        request.administrator = request.administrator || (job.domain.uid == user.uid && user.administrator);
+    }
     for (const Descriptor& service : job.services) {
         request.services.push_back(service.get());
     }

@@ -44,11 +44,13 @@ Json processes() {
 
 }  // namespace
 
-bool recordMachineState(const JobRegistry& jobs, const LoadedExtensions& extensions, int exitStatus) {
+bool recordMachineState(const JobRegistry& jobs, const LoadedExtensions& extensions,
+                        const DistantNames& distantNames, int exitStatus) {
     const Json state{{"exitStatus", exitStatus},
                      {"jobs", jobsOf(jobs)},
                      {"processes", processes()},
-                     {"kexts", extensions.identifiers()}};
+                     {"kexts", extensions.identifiers()},
+                     {"distantObjects", distantNames.names()}};
     return replaceFile(std::string(kStateFile),
                        state.dump(2, ' ', false, Json::error_handler_t::replace) + "\n", 0644);
 }

@@ -1,13 +1,15 @@
 #pragma once
 
+#include "launchd/DistantNames.h"
 #include "launchd/JobRegistry.h"
 #include "launchd/LoadedExtensions.h"
 
 namespace Simulator {
 
 /// Writes what the Mac is like at this moment to /var/macsim/state.json: jobs per domain, processes (not
-/// launchd itself), loaded kernel extensions, and the exit status of the session's command.
+/// launchd itself), loaded kernel extensions, names of distant objects, and the exit status of the session's
+/// command.
 [[nodiscard]] bool recordMachineState(const JobRegistry& jobs, const LoadedExtensions& extensions,
-                                      int exitStatus);
+                                      const DistantNames& distantNames, int exitStatus);
 
 }  // namespace Simulator

@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <charconv>
 #include <cstring>
+#include <span>
 
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -89,6 +90,7 @@ void ServicesServer::close(ConnectionId id) {
     if (found != connections_.end()) {
         loop_.unwatch(found->second.socket.get());
         connections_.erase(found);
+        services_.authorizations.abandon(id);
     }
 }
 
@@ -116,13 +118,7 @@ void ServicesServer::receive(ConnectionId id) {
 bool ServicesServer::handle(ConnectionId id, const Caller& caller, const Fields& request) {
     const std::string& verb = request.front();
     if (verb == "authorize" && request.size() >= 2) {
-        std::uint32_t flags = 0;
-        static_cast<void>(std::from_chars(request[1].data(), request[1].data() + request[1].size(), flags));
-        std::string token;
-        const std::span<const std::string> rights(request.begin() + 2, request.end());
-        const std::int32_t status = services_.authorizations.authorize(caller, flags, rights, token);
-        reply(id, {std::to_string(status), token});
-        return true;
+        return authorize(id, caller, request);
     }
     if (verb == "release" && request.size() == 2) {
         services_.authorizations.release(request[1], caller);
@@ -147,6 +143,10 @@ bool ServicesServer::handle(ConnectionId id, const Caller& caller, const Fields&
         reply(id, {identifier ? "0" : "1", identifier.value_or("")});
         return true;
     }
+    if (verb == "lookup" && request.size() == 2) {
+        lookUp(id, request[1]);
+        return true;
+    }
     if (verb == "launchctl") {
         services_.launchctl.run(caller, {request.begin() + 1, request.end()},
                                 [this, id](const LaunchctlReply& result) {
@@ -155,6 +155,36 @@ bool ServicesServer::handle(ConnectionId id, const Caller& caller, const Fields&
         return true;
     }
     return false;
+}
+
+bool ServicesServer::authorize(ConnectionId id, const Caller& caller, const Fields& request) {
+    AuthorizationRequest wanted;
+    static_cast<void>(
+        std::from_chars(request[1].data(), request[1].data() + request[1].size(), wanted.flags));
+    const auto end = std::find(request.begin() + 2, request.end(), "");
+    wanted.rights.assign(request.begin() + 2, end);
+    if (end != request.end()) {
+        const std::span<const std::string> items(end + 1, request.end());
+        if (items.size() % 2 != 0) {
+            return false;
+        }
+        for (std::size_t index = 0; index < items.size(); index += 2) {
+            wanted.prompt = items[index] == "prompt" ? items[index + 1] : wanted.prompt;
+        }
+    }
+    services_.authorizations.authorize(id, caller, wanted,
+                                       [this, id](std::int32_t status, const std::string& token) {
+                                           reply(id, {std::to_string(status), token});
+                                       });
+    return true;
+}
+
+void ServicesServer::lookUp(ConnectionId id, const std::string& name) {
+    if (const auto owner = services_.distantNames.owner(name)) {
+        reply(id, {"0", std::to_string(owner->pid), std::to_string(owner->start)});
+    } else {
+        reply(id, {"1", "", ""});
+    }
 }
 
 void ServicesServer::reply(ConnectionId id, const Fields& fields) {

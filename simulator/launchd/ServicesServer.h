@@ -6,6 +6,7 @@
 
 #include "launchd/Authorizations.h"
 #include "launchd/Blessing.h"
+#include "launchd/DistantNames.h"
 #include "launchd/LaunchctlVerbs.h"
 #include "launchd/LoadedExtensions.h"
 
@@ -20,6 +21,7 @@ class ServicesServer {
         Blessing& blessing;
         LoadedExtensions& extensions;
         LaunchctlVerbs& launchctl;
+        const DistantNames& distantNames;
     };
 
     ServicesServer(EventLoop& loop, const Services& services) : loop_(loop), services_(services) {}
@@ -39,6 +41,8 @@ class ServicesServer {
     void close(ConnectionId id);
     /// Whether the request was one; its reply may come later.
     [[nodiscard]] bool handle(ConnectionId id, const Caller& caller, const Fields& request);
+    [[nodiscard]] bool authorize(ConnectionId id, const Caller& caller, const Fields& request);
+    void lookUp(ConnectionId id, const std::string& name);
     void reply(ConnectionId id, const Fields& fields);
 
     EventLoop& loop_;

@@ -48,7 +48,10 @@ void SessionRunner::startPrograms() {
         request.uid = program.uid;
         std::string name = "root";
         for (const User& user : machine_.users) {
-            name = user.uid == program.uid ? user.name : name;
+            if (user.uid == program.uid) {
+                name = user.name;
+                request.administrator = user.administrator;
+            }
         }
         request.environment = userEnvironment(name, program.uid);
         int error = 0;
@@ -65,6 +68,7 @@ void SessionRunner::startCommand() {
     request.program = session_.command.front();
     request.arguments = session_.command;
     request.uid = user.uid;
+    request.administrator = user.administrator;
     request.environment = userEnvironment(user.name, user.uid);
     request.environment.insert(session_.environment.begin(), session_.environment.end());
     request.attached = true;

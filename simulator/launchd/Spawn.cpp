@@ -36,12 +36,13 @@ void resetSignals() {
     ::sigprocmask(SIG_SETMASK, &none, nullptr);
 }
 
-bool becomeUser(std::uint32_t uid) {
+bool becomeUser(std::uint32_t uid, bool administrator) {
     if (uid == 0) {
         return true;
     }
-    const std::array<gid_t, 1> groups{kStaffGroup};
-    return ::setgroups(groups.size(), groups.data()) == 0 && ::setgid(kStaffGroup) == 0 && ::setuid(uid) == 0;
+    const std::array<gid_t, 2> groups{kStaffGroup, kAdminGroup};
+    return ::setgroups(administrator ? 2 : 1, groups.data()) == 0 && ::setgid(kStaffGroup) == 0 &&
+           ::setuid(uid) == 0;
 }
 
 /// Puts the descriptors where the program expects them and closes every other one but `report`.
@@ -76,7 +77,7 @@ int placeDescriptors(const SpawnRequest& request, int report) {
         environment.push_back(name + "=" + value);
     }
     const std::vector<char*> environmentPointers = pointersTo(environment);
-    if (becomeUser(request.uid)) {
+    if (becomeUser(request.uid, request.administrator)) {
         if (request.workingDirectory.empty() || ::chdir(request.workingDirectory.c_str()) != 0) {
             static_cast<void>(::chdir("/"));
         }

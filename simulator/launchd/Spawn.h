@@ -18,6 +18,8 @@ struct SpawnRequest {
     /// "/" when it is empty or cannot be entered.
     std::string workingDirectory;
     std::uint32_t uid = 0;
+    /// Whether the user is in the administrators' group.
+    bool administrator = false;
     /// Descriptors that become 3, 4, ...
     std::vector<int> services;
     /// Keeps standard input, output, error, session and terminal; otherwise they are /dev/null and a session

@@ -66,11 +66,13 @@ int boot(const Machine& machine, const Session& session) {
         return cannotBoot("the system log cannot be opened");
     }
     JobRegistry jobs(loop, log, machine, session);
-    Authorizations authorizations(session.faults);
+    AdministratorDialog dialog(loop, log, machine, session);
+    Authorizations authorizations(session.faults, dialog);
+    const DistantNames distantNames(machine, jobs);
     LoadedExtensions extensions(session.faults);
     Blessing blessing(jobs, log, authorizations, session.faults);
     LaunchctlVerbs launchctl(loop, jobs, session.faults);
-    ServicesServer services(loop, {authorizations, blessing, extensions, launchctl});
+    ServicesServer services(loop, {authorizations, blessing, extensions, launchctl, distantNames});
     if (!services.open()) {
         return cannotBoot("the services socket cannot be opened");
     }
@@ -90,8 +92,9 @@ int boot(const Machine& machine, const Session& session) {
     jobs.boot();
     runner.start([&](int status) {
         log.drain();
-        loop.stop(recordMachineState(jobs, extensions, status) ? status
-                                                               : cannotBoot("its state cannot be recorded"));
+        loop.stop(recordMachineState(jobs, extensions, distantNames, status)
+                      ? status
+                      : cannotBoot("its state cannot be recorded"));
     });
     return loop.run();
 }

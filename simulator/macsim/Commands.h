@@ -16,7 +16,12 @@ struct CreateOptions {
     bool empty = false;
     std::string shortVersion;
     std::string build;
+    /// With their passwords' hashes.
     std::vector<User> users;
+    /// Of every user, in their order.
+    std::vector<std::string> languages{"en"};
+    /// off, on or refused.
+    std::string parentalControl = "off";
     /// Executable names, or "all".
     std::vector<std::string> running;
     std::vector<std::string> otherAntivirus;
@@ -30,6 +35,10 @@ struct RunOptions {
     std::string folder;
     std::string user = "root";
     Faults faults;
+    /// Of `user` from now on; empty for those that he has.
+    std::vector<std::string> languages;
+    /// ":N", "host" for the one in the environment, or empty for none.
+    std::string display;
     std::vector<std::string> command;
 };
 
@@ -59,7 +68,12 @@ int printState(const std::string& folder, bool json);
 int printFaults();
 int deleteMac(const std::string& folder);
 
-/// "NAME:UID" or "NAME:UID:logged-out", comma-separated; throws a Refusal for anything else.
-[[nodiscard]] std::vector<User> parseUsers(const std::string& text);
+/// "NAME:UID", with ":admin" or ":logged-out" or both behind it, comma-separated. Without a user marked as
+/// administrator the first one is. A password is "USER=WORD"; a user's own name by default. Throws a Refusal
+/// for anything else.
+[[nodiscard]] std::vector<User> parseUsers(const std::string& text,
+                                           const std::vector<std::string>& passwords);
+/// Languages as "de-AT", comma-separated; throws a Refusal for anything else.
+[[nodiscard]] std::vector<std::string> parseLanguages(const std::string& text);
 
 }  // namespace Simulator

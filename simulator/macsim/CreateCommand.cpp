@@ -1,12 +1,9 @@
 #include <algorithm>
-#include <cctype>
-#include <charconv>
 #include <filesystem>
-#include <set>
-#include <sstream>
 
 #include "macsim/Commands.h"
 #include "macsim/HostPrograms.h"
+#include "macsim/Preferences.h"
 #include "macsim/ProductLayout.h"
 #include "macsim/Refusal.h"
 #include "macsim/SystemLayout.h"
@@ -18,20 +15,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::uint32_t kMinimumUser = 500;
-constexpr std::uint32_t kMaximumUser = 60000;
-
 Refusal misuse(const std::string& text) {
     return Refusal(text, Refusal::kMisuse);
-}
-
-std::vector<std::string> split(const std::string& text, char separator) {
-    std::vector<std::string> parts;
-    std::istringstream stream(text);
-    for (std::string part; std::getline(stream, part, separator);) {
-        parts.push_back(part);
-    }
-    return parts;
 }
 
 CreateOptions completed(CreateOptions options) {
@@ -82,6 +67,7 @@ Machine describe(MacBuilder& mac, const CreateOptions& options) {
     Machine machine;
     machine.users = options.users;
     machine.extensionFolders = extensionFolders();
+    machine.distantObjects = distantObjects();
     const std::uint32_t user = options.users.empty() ? 0 : options.users.front().uid;
     for (const std::string& name : options.running) {
         const auto programs = installedApplications(mac, name);
@@ -106,46 +92,7 @@ void checkOtherAntivirus(const std::vector<std::string>& kinds) {
     }
 }
 
-User parseUser(const std::string& text) {
-    const auto parts = split(text, ':');
-    User user;
-    const bool hasFlag = parts.size() == 3 && parts[2] == "logged-out";
-    if ((parts.size() != 2 && !hasFlag) || text.ends_with(':')) {
-        throw misuse("'" + text + "' is not NAME:UID or NAME:UID:logged-out");
-    }
-    user.name = parts[0];
-    user.loggedIn = !hasFlag;
-    const bool nameIsFine = !user.name.empty() && user.name.size() <= 32 && user.name != "root" &&
-                            user.name != "Shared" &&
-                            std::all_of(user.name.begin(), user.name.end(), [](unsigned char character) {
-                                return std::islower(character) != 0 || std::isdigit(character) != 0;
-                            });
-    if (!nameIsFine) {
-        throw misuse("'" + user.name + "' is no user name (lower-case letters and digits)");
-    }
-    const auto [end, error] = std::from_chars(parts[1].data(), parts[1].data() + parts[1].size(), user.uid);
-    if (error != std::errc() || end != parts[1].data() + parts[1].size() || user.uid < kMinimumUser ||
-        user.uid > kMaximumUser) {
-        throw misuse("'" + parts[1] + "' is no user id from " + std::to_string(kMinimumUser) + " to " +
-                     std::to_string(kMaximumUser));
-    }
-    return user;
-}
-
 }  // namespace
-
-std::vector<User> parseUsers(const std::string& text) {
-    std::vector<User> users;
-    std::set<std::string> names;
-    std::set<std::uint32_t> uids;
-    for (const std::string& part : split(text, ',')) {
-        users.push_back(parseUser(part));
-        if (!names.insert(users.back().name).second || !uids.insert(users.back().uid).second) {
-            throw misuse("user '" + part + "' is there twice");
-        }
-    }
-    return users;
-}
 
 int createMac(const CreateOptions& given) {
     const CreateOptions options = completed(given);
@@ -153,8 +100,11 @@ int createMac(const CreateOptions& given) {
     Workshop workshop(options.folder);
     MacBuilder mac(workshop.root(), simulatorPrograms());
     buildSystem(mac, options.users);
+    buildPreferences(mac, options.users, options.languages);
     buildProduct(mac, options);
-    mac.file(std::string(kMachineFile), encode(describe(mac, options)));
+    buildParentalControl(mac, options.parentalControl);
+    // Nobody in the Mac has to see the passwords' hashes.
+    mac.file(std::string(kMachineFile), encode(describe(mac, options)), {0600});
     workshop.finish();
     return 0;
 }

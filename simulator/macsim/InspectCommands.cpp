@@ -56,6 +56,7 @@ void printTable(const Json& state) {
                   << '\n';
     }
     printList("Loaded kernel extensions", state.value("kexts", Json::array()));
+    printList("Names of distant objects", state.value("distantObjects", Json::array()));
     printList("Paths of the product", state.value("productPaths", Json::array()));
     std::cout << "Exit status of the command: " << text(state.value("exitStatus", Json())) << '\n';
 }

@@ -29,6 +29,10 @@ class MacBuilder {
     void propertyList(const std::string& path, const PropertyList& value, PropertyListForm form);
     /// Copies one of the simulator's programs.
     void program(const std::string& name, const std::string& path, const Access& access = {0755});
+    /// Copies a folder that was built beside them.
+    void programFolder(const std::string& name, const std::string& path) {
+        copyFolder(programs_ + "/" + name, path);
+    }
     /// Copies a folder of the host with everything in it.
     void copyFolder(const std::string& source, const std::string& path);
     [[nodiscard]] bool exists(const std::string& path) const;

@@ -49,10 +49,12 @@ std::optional<std::string> MacRoot::read(std::string_view path) const {
     return file.valid() ? readAll(file.get(), kMaximumFile) : std::nullopt;
 }
 
-bool MacRoot::write(std::string_view path, std::string_view bytes, unsigned mode) const {
+bool MacRoot::write(std::string_view path, std::string_view bytes, unsigned mode, std::uint32_t uid,
+                    std::uint32_t gid) const {
     remove(path);
     const Descriptor file = open(path, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, mode);
-    return file.valid() && writeAll(file.get(), bytes) && ::fchmod(file.get(), mode) == 0;
+    return file.valid() && writeAll(file.get(), bytes) &&
+           ((uid == 0 && gid == 0) || ::fchown(file.get(), uid, gid) == 0) && ::fchmod(file.get(), mode) == 0;
 }
 
 void MacRoot::remove(std::string_view path) const {

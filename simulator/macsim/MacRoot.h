@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -22,8 +23,9 @@ class MacRoot {
     /// Opens an item with open(2)'s flags; invalid on failure.
     [[nodiscard]] Descriptor open(std::string_view path, int flags, unsigned mode = 0) const;
     [[nodiscard]] std::optional<std::string> read(std::string_view path) const;
-    /// Writes a file anew. Returns whether that worked.
-    [[nodiscard]] bool write(std::string_view path, std::string_view bytes, unsigned mode) const;
+    /// Writes a file anew, with that owner. Returns whether that worked.
+    [[nodiscard]] bool write(std::string_view path, std::string_view bytes, unsigned mode,
+                             std::uint32_t uid = 0, std::uint32_t gid = 0) const;
     void remove(std::string_view path) const;
 
   private:

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <set>
 
+#include "NorvikCommon/DaemonConnector.h"
 #include "NorvikCommon/Product Paths Information/ComponentPathProvider.h"
 #include "NorvikCommon/Product Paths Information/FeaturePathProvider.h"
 #include "NorvikCommon/Product Paths Information/SystemPathProvider.h"
@@ -112,6 +113,10 @@ class Generations {
 
     void current() {
         bundles_.application(Paths::managementConsole(), PropertyListForm::xml);
+        const std::string contents = pathOf(Paths::managementConsole().bundle.value().contents());
+        for (const char* name : {"NorvikCustomUI.framework", "NorvikGuiCommon.framework"}) {
+            mac_.programFolder(name, contents + "/Frameworks/" + name);
+        }
         bundles_.application(Paths::diagnostics(), PropertyListForm::binary);
         bundles_.application(Paths::viewLogs(), PropertyListForm::binary);
         bundles_.application(Paths::scanner(), PropertyListForm::xml);
@@ -176,6 +181,12 @@ std::vector<std::string> installedApplications(const MacBuilder& mac, const std:
         }
     }
     return found;
+}
+
+std::map<std::string, std::vector<std::string>> distantObjects() {
+    using Daemon = NorvikCommon::DaemonConnector;
+    return {{Paths::fileAccessDaemon().launchd.value().label.value(),
+             {std::string(Daemon::rootName), std::string(Daemon::onDemandScannerRootName)}}};
 }
 
 std::vector<std::string> extensionFolders() {

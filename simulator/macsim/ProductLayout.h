@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <span>
 #include <string>
 #include <string_view>
@@ -28,6 +29,9 @@ void buildInstallableProduct(MacBuilder& mac, const CreateOptions& options);
 /// Executables of the product's applications that are there; several when more than one generation has the
 /// name. For "all", every application but the uninstaller.
 [[nodiscard]] std::vector<std::string> installedApplications(const MacBuilder& mac, const std::string& name);
+
+/// The names that the product's daemon registers for its objects, by the label of its job.
+[[nodiscard]] std::map<std::string, std::vector<std::string>> distantObjects();
 
 /// Folders that hold kernel extensions.
 [[nodiscard]] std::vector<std::string> extensionFolders();

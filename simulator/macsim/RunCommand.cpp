@@ -13,7 +13,9 @@
 #include <nlohmann/json.hpp>
 
 #include "macsim/Commands.h"
+#include "macsim/Display.h"
 #include "macsim/MacRun.h"
+#include "macsim/Preferences.h"
 #include "macsim/ProductLayout.h"
 #include "macsim/Refusal.h"
 #include "macsim/Sandbox.h"
@@ -64,8 +66,12 @@ Session makeSession(const MacRoot& mac, const RunOptions& options) {
     if (!machine) {
         throw Refusal(mac.folder() + " has a broken description (var/macsim/machine.json)");
     }
-    if (!machine->user(options.user)) {
+    const auto user = machine->user(options.user);
+    if (!user) {
         throw Refusal("there is no user named '" + options.user + "'", Refusal::kMisuse);
+    }
+    if (!options.languages.empty()) {
+        setLanguages(mac, *user, options.languages);
     }
     Session session;
     session.command = options.command;
@@ -75,6 +81,10 @@ Session makeSession(const MacRoot& mac, const RunOptions& options) {
         if (const char* value = std::getenv(name); value != nullptr) {
             session.environment[name] = value;
         }
+    }
+    mac.remove(kDisplayCookieFile);
+    if (!options.display.empty()) {
+        useDisplay(mac, *user, options.display, session);
     }
     return session;
 }

@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include "macsim/Display.h"
 #include "macsim/SystemLayout.h"
 
 namespace Simulator {
@@ -25,6 +26,9 @@ std::vector<std::string> sandboxCommand(const std::string& folder, const Session
         add(command, {"--ro-bind-try", borrowed, borrowed});
     }
     add(command, {"--proc", "/proc", "--dev", "/dev", "--perms", "1777", "--tmpfs", "/dev/shm"});
+    if (const std::string socket = displaySocket(session); !socket.empty()) {
+        add(command, {"--perms", "1777", "--tmpfs", kDisplaysFolder, "--ro-bind", socket, socket});
+    }
     if (session.faults.contains("disk-full")) {
         add(command, {"--size", kTinyDisk, "--tmpfs", std::string(kRuntimeFolder)});
     }

@@ -41,6 +41,7 @@ void buildTools(MacBuilder& mac) {
     mac.program("launchctl", "/bin/launchctl");
     mac.program("installer", "/usr/sbin/installer");
     mac.program("lsregister", kLsregister);
+    mac.program("SecurityAgent", kSecurityAgent);
     mac.program("libhelper-faults.so", std::string(kHelperFaultsLibrary));
     for (const char* name :
          {"[",     "bash", "cat",   "chmod", "cp",   "csh",   "dash", "date", "dd",    "df",     "echo",
@@ -63,19 +64,21 @@ void buildUsers(MacBuilder& mac, const std::vector<User>& users) {
         "_www:x:70:70:World Wide Web Server:/Library/WebServer:/usr/bin/false\n"
         "_spotlight:x:89:89:Spotlight:/var/empty:/usr/bin/false\n";
     std::string members;
+    std::string administrators;
     for (const User& user : users) {
         const std::string home = "/Users/" + user.name;
         passwd += user.name + ":x:" + std::to_string(user.uid) + ":" + std::to_string(kStaffGroup) + ":" +
                   user.name + ":" + home + ":/bin/sh\n";
         members += (members.empty() ? "" : ",") + user.name;
+        administrators += user.administrator ? "," + user.name : "";
         for (const char* part : {"", "/Desktop", "/Documents", "/Library", "/Library/LaunchAgents"}) {
             mac.folder(home + part, {0700, user.uid, kStaffGroup});
         }
     }
     mac.file("/etc/passwd", passwd);
-    mac.file("/etc/group",
-             "wheel:x:0:root\ndaemon:x:1:root\ntty:x:5:\neveryone:x:12:\nstaff:x:20:root," + members +
-                 "\nadmin:x:80:root\n_mdnsresponder:x:65:\n_www:x:70:\n_spotlight:x:89:\nnobody:x:65534:\n");
+    mac.file("/etc/group", "wheel:x:0:root\ndaemon:x:1:root\ntty:x:5:\neveryone:x:12:\nstaff:x:20:root," +
+                               members + "\nadmin:x:80:root" + administrators +
+                               "\n_mdnsresponder:x:65:\n_www:x:70:\n_spotlight:x:89:\nnobody:x:65534:\n");
 }
 
 void buildSettings(MacBuilder& mac) {
@@ -91,8 +94,11 @@ void buildSettings(MacBuilder& mac) {
 }  // namespace
 
 const std::vector<std::string>& borrowedFolders() {
-    static const std::vector<std::string> folders{"/usr/bin",   "/usr/lib",     "/usr/lib64",
-                                                  "/usr/share", "/usr/libexec", "/etc/alternatives"};
+    // The last three are for programs with windows: fonts, and where their framework looks for its parts.
+    static const std::vector<std::string> folders{
+        "/usr/bin",     "/usr/lib",          "/usr/lib64", "/usr/share",
+        "/usr/libexec", "/etc/alternatives", "/etc/fonts", "/var/cache/fontconfig",
+        "/etc/GNUstep"};
     return folders;
 }
 

@@ -48,6 +48,8 @@ void addCreate(CLI::App& app, Action& action) {
     auto options = std::make_shared<CreateOptions>();
     auto version = std::make_shared<std::string>(SENTREL_DEFAULT_VERSION);
     auto users = std::make_shared<std::string>("alice:501,bob:502,carol:503");
+    auto passwords = std::make_shared<std::vector<std::string>>();
+    auto languages = std::make_shared<std::string>("en");
     auto size = std::make_shared<std::string>("small");
     auto* command = app.add_subcommand("create", "Makes a simulated Mac in a new folder");
     command->add_option("DIR", options->folder, "The folder; it must not exist or be empty")->required();
@@ -55,7 +57,15 @@ void addCreate(CLI::App& app, Action& action) {
         command->add_option("--installed", options->installed, "A generation of the product, or all");
     installed->allow_extra_args(false)->type_name("GENERATION");
     command->add_option("--version", *version, "Version of the product's bundles")->type_name("SHORT/BUILD");
-    command->add_option("--users", *users, "The Mac's users; NAME:UID:logged-out has no session");
+    command->add_option(
+        "--users", *users,
+        "The Mac's users; NAME:UID:admin is an administrator, NAME:UID:logged-out has no session");
+    command->add_option("--password", *passwords, "A user's password, by default his name")
+        ->allow_extra_args(false)
+        ->type_name("USER=WORD");
+    command->add_option("--language", *languages, "The users' languages, comma-separated")->type_name("LANG");
+    command->add_option("--parental-control", options->parentalControl, "The product's lock")
+        ->check(CLI::IsMember({"off", "on", "refused"}));
     command->add_option("--running", options->running, "Applications that run from the start, or all")
         ->allow_extra_args(false)
         ->delimiter(',');
@@ -69,7 +79,8 @@ void addCreate(CLI::App& app, Action& action) {
         ->excludes(installed);
     command->callback([=, &action] {
         readVersion(*version, options->shortVersion, options->build);
-        options->users = parseUsers(*users);
+        options->users = parseUsers(*users, *passwords);
+        options->languages = parseLanguages(*languages);
         options->realSize = *size == "real";
         action = {[options] { return createMac(*options); }, true};
     });
@@ -78,15 +89,24 @@ void addCreate(CLI::App& app, Action& action) {
 void addRun(CLI::App& app, Action& action) {
     auto options = std::make_shared<RunOptions>();
     auto faults = std::make_shared<std::vector<std::string>>();
+    auto languages = std::make_shared<std::string>();
     auto* command = app.add_subcommand("run", "Boots a simulated Mac and runs a command in it");
     command->add_option("DIR", options->folder, "The Mac")->required();
     command->add_option("--as", options->user, "The user who runs the command")->type_name("USER");
     command->add_option("--fault", *faults, "Something that goes wrong (see list-faults)")
         ->allow_extra_args(false)
         ->type_name("NAME[=VALUE]");
+    command->add_option("--display", options->display, "The X display to use: :N, or host for $DISPLAY")
+        ->type_name("DISPLAY");
+    auto* language =
+        command->add_option("--language", *languages, "The user's languages from now on, comma-separated")
+            ->type_name("LANG");
     command->add_option("COMMAND", options->command, "The command, behind --")->required();
     command->callback([=, &action] {
         readFaults(*faults, options->faults);
+        if (language->count() > 0) {
+            options->languages = parseLanguages(*languages);
+        }
         action = {[options] { return runMac(*options); }, true, true};
     });
 }

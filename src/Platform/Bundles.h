@@ -20,6 +20,14 @@ class Bundle {
     /// The file `name`.`type` in Contents/Resources, if it is there.
     [[nodiscard]] virtual std::optional<Base::URL> resource(const std::string& name,
                                                             const std::string& type) const = 0;
+    /// The text for `key` in the string table Contents/Resources/<localization>.lproj/`table`.strings (a
+    /// property list). The localization is the first of the user's languages, in their order, that the bundle
+    /// has, a language without its region standing in for it; else the bundle's development region
+    /// (CFBundleDevelopmentRegion), else "en". Nothing when that table is absent or broken or has no text for
+    /// the key. A table is read once, at its first use, and kept as long as the bundle is open, the main
+    /// bundle's as long as the process lives: a program may delete its own bundle and go on speaking.
+    [[nodiscard]] virtual std::optional<std::string> localizedString(const std::string& key,
+                                                                     const std::string& table) const = 0;
 };
 
 /// Access to bundles. Calls may come from any thread; nothing is logged.

@@ -45,8 +45,9 @@ class FileManager {
 
     /// Copies an item, a folder with everything in it. Keeps modes, times, extended attributes, owners where
     /// permitted, and links as links; shares blocks where the file system can. Never replaces: an existing
-    /// destination (also a dangling link) is an error (EEXIST) and stays as it was. Stops at the first
-    /// failure and leaves what was copied so far. The destination's parent must exist.
+    /// destination (also a dangling link) is an error (EEXIST) and stays as it was. A folder is not copied
+    /// into itself (EINVAL). Stops at the first failure and leaves what was copied so far. The destination's
+    /// parent must exist.
     [[nodiscard]] virtual std::optional<Error> copyItem(const Base::URL& source,
                                                         const Base::URL& destination) = 0;
 

@@ -3,7 +3,9 @@
 #include "Platform/Authorization.h"
 #include "Platform/Bundles.h"
 #include "Platform/Clock.h"
+#include "Platform/CodeModules.h"
 #include "Platform/Dispatch.h"
+#include "Platform/DistantObjects.h"
 #include "Platform/FileManager.h"
 #include "Platform/KernelExtensions.h"
 #include "Platform/ProcessTable.h"
@@ -30,6 +32,8 @@ struct SystemPorts {
     Bundles& bundles;
     Clock& clock;
     Dispatch& dispatch;
+    DistantObjects& distantObjects;
+    CodeModules& codeModules;
 
     /// The ports in force. Using them before they were set is a programming error that ends the process.
     [[nodiscard]] static const SystemPorts& current();

@@ -18,8 +18,20 @@ ScopedSystemPorts::~ScopedSystemPorts() {
 }
 
 FakeMac::FakeMac()
-    : ports_{log, files,   tasks, processes, users, kernelExtensions, authorization, serviceManagement,
-             xpc, bundles, clock, dispatch},
+    : ports_{log,
+             files,
+             tasks,
+             processes,
+             users,
+             kernelExtensions,
+             authorization,
+             serviceManagement,
+             xpc,
+             bundles,
+             clock,
+             dispatch,
+             distantObjects,
+             codeModules},
       scope_(ports_) {}
 
 CallList FakeMac::callsOf(const std::string& prefix) const {
@@ -222,6 +234,12 @@ std::optional<Base::URL> FakeBundle::resource(const std::string& name, const std
                : std::nullopt;
 }
 
+std::optional<std::string> FakeBundle::localizedString(const std::string& key,
+                                                       const std::string& table) const {
+    const auto found = texts.find({table, key});
+    return found == texts.end() ? std::nullopt : std::optional(found->second);
+}
+
 std::unique_ptr<Platform::Bundle> FakeBundles::open(const Base::URL& location) {
     calls_.push_back("open bundle " + location.path());
     const auto found = infoByPath.find(location.path());
@@ -231,13 +249,36 @@ std::unique_ptr<Platform::Bundle> FakeBundles::open(const Base::URL& location) {
 }
 
 std::unique_ptr<Platform::Bundle> FakeBundles::mainBundle() {
-    return std::make_unique<FakeBundle>(Base::URL::fileURL("/Applications/Uninstall Sentrel.app"), mainInfo,
-                                        mainResources);
+    auto bundle = std::make_unique<FakeBundle>(Base::URL::fileURL("/Applications/Uninstall Sentrel.app"),
+                                               mainInfo, mainResources);
+    bundle->texts = mainTexts;
+    return bundle;
 }
 
 void FakeBundles::install(const std::string& path, const std::string& shortVersion,
                           const std::string& build) {
     infoByPath[path] = {{"CFBundleShortVersionString", shortVersion}, {"CFBundleVersion", build}};
+}
+
+// Distant objects and loaded code.
+
+std::shared_ptr<Platform::DistantObject> FakeDistantObjects::rootProxy(const std::string& name) {
+    calls_.push_back("root proxy " + name);
+    if (!registered.contains(name)) {
+        return nullptr;
+    }
+    proxies.push_back(std::make_shared<FakeDistantObject>(calls_));
+    return proxies.back();
+}
+
+std::optional<Platform::Error> FakeCodeModules::load(const Base::URL& module, const std::string& symbol,
+                                                     void*& address) {
+    calls_.push_back("load " + module.path() + " " + symbol);
+    if (symbolAddress == nullptr) {
+        return Platform::Error{"no such library", 1};
+    }
+    address = symbolAddress;
+    return std::nullopt;
 }
 
 }  // namespace TestSupport

@@ -215,6 +215,11 @@ class FakeBundle final : public Platform::Bundle {
     [[nodiscard]] std::optional<std::string> infoString(const std::string& key) const override;
     [[nodiscard]] std::optional<Base::URL> resource(const std::string& name,
                                                     const std::string& type) const override;
+    [[nodiscard]] std::optional<std::string> localizedString(const std::string& key,
+                                                             const std::string& table) const override;
+
+    /// Texts of the string tables, by table and key.
+    std::map<std::pair<std::string, std::string>, std::string> texts;
 
   private:
     Base::URL url_;
@@ -235,6 +240,8 @@ class FakeBundles final : public Platform::Bundles {
     std::map<std::string, std::map<std::string, std::string>> infoByPath;
     std::map<std::string, std::string> mainInfo;
     std::set<std::string> mainResources;
+    /// Texts of the main bundle's string tables, by table and key.
+    std::map<std::pair<std::string, std::string>, std::string> mainTexts;
 
   private:
     CallList& calls_;
@@ -324,6 +331,53 @@ class FakeXPC final : public Platform::XPC {
     CallList& calls_;
 };
 
+/// A proxy whose connection and ports break when a test says so.
+class FakeDistantObject final : public Platform::DistantObject {
+  public:
+    explicit FakeDistantObject(CallList& calls) : calls_(calls) {}
+
+    [[nodiscard]] bool isConnectionValid() const override { return connectionIsValid; }
+    [[nodiscard]] bool isSendPortValid() const override { return sendPortIsValid; }
+    [[nodiscard]] bool isReceivePortValid() const override { return receivePortIsValid; }
+    void addCommonRequestModes() override { calls_.emplace_back("common request modes"); }
+
+    bool connectionIsValid = true;
+    bool sendPortIsValid = true;
+    bool receivePortIsValid = true;
+
+  private:
+    CallList& calls_;
+};
+
+class FakeDistantObjects final : public Platform::DistantObjects {
+  public:
+    explicit FakeDistantObjects(CallList& calls) : calls_(calls) {}
+
+    [[nodiscard]] std::shared_ptr<Platform::DistantObject> rootProxy(const std::string& name) override;
+
+    /// The names that somebody has registered.
+    std::set<std::string> registered;
+    /// The proxies that were handed out, in order.
+    std::vector<std::shared_ptr<FakeDistantObject>> proxies;
+
+  private:
+    CallList& calls_;
+};
+
+class FakeCodeModules final : public Platform::CodeModules {
+  public:
+    explicit FakeCodeModules(CallList& calls) : calls_(calls) {}
+
+    [[nodiscard]] std::optional<Platform::Error> load(const Base::URL& module, const std::string& symbol,
+                                                      void*& address) override;
+
+    /// The address of every symbol; null when nothing can be loaded.
+    void* symbolAddress = nullptr;
+
+  private:
+    CallList& calls_;
+};
+
 /// Sets the ports for as long as it lives and makes everything that a process makes once be made anew, so
 /// that each test starts like a new process.
 class ScopedSystemPorts {
@@ -353,6 +407,8 @@ class FakeMac {
     FakeBundles bundles{calls};
     FakeClock clock{calls};
     FakeDispatch dispatch{calls};
+    FakeDistantObjects distantObjects{calls};
+    FakeCodeModules codeModules{calls};
 
     /// The calls that begin with `prefix`.
     [[nodiscard]] CallList callsOf(const std::string& prefix) const;

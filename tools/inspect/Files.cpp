@@ -44,9 +44,9 @@ class DeferredSignals {
   public:
     DeferredSignals() {
         sigset_t ending;
-        ::sigemptyset(&ending);
+        sigemptyset(&ending);
         for (const int signal : {SIGHUP, SIGINT, SIGTERM, SIGQUIT, SIGTSTP, SIGPIPE}) {
-            ::sigaddset(&ending, signal);
+            sigaddset(&ending, signal);
         }
         ::sigprocmask(SIG_BLOCK, &ending, &previous_);
     }

@@ -9,6 +9,22 @@ namespace Platform::Linux {
 
 namespace {
 
+std::vector<std::string> requestFor(const std::vector<AuthorizationItem>& rights, std::uint32_t flags,
+                                    const std::vector<AuthorizationItem>& environment) {
+    std::vector<std::string> request{"authorize", std::to_string(flags)};
+    for (const AuthorizationItem& right : rights) {
+        request.push_back(right.name);
+    }
+    if (!environment.empty()) {
+        request.emplace_back();
+    }
+    for (const AuthorizationItem& item : environment) {
+        request.push_back(item.name);
+        request.push_back(item.value.value_or(""));
+    }
+    return request;
+}
+
 class LinuxSFAuthorization final : public SFAuthorization {
   public:
     LinuxSFAuthorization() = default;
@@ -17,12 +33,8 @@ class LinuxSFAuthorization final : public SFAuthorization {
     ~LinuxSFAuthorization() override { release(); }
 
     bool obtainWithRights(const std::vector<AuthorizationItem>& rights, std::uint32_t flags,
-                          const std::vector<AuthorizationItem>& /*environment*/) override {
-        std::vector<std::string> request{"authorize", std::to_string(flags)};
-        for (const AuthorizationItem& right : rights) {
-            request.push_back(right.name);
-        }
-        const auto reply = requestMacService(request);
+                          const std::vector<AuthorizationItem>& environment) override {
+        const auto reply = requestMacService(requestFor(rights, flags, environment));
         if (!reply || reply->size() != 2 || reply->front() != "0") {
             return false;
         }

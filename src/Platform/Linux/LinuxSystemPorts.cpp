@@ -1,6 +1,7 @@
 #include "Platform/Linux/LinuxAuthorization.h"
 #include "Platform/Linux/LinuxBundles.h"
 #include "Platform/Linux/LinuxDispatch.h"
+#include "Platform/Linux/LinuxDistantObjects.h"
 #include "Platform/Linux/LinuxFileManager.h"
 #include "Platform/Linux/LinuxKernelExtensions.h"
 #include "Platform/Linux/LinuxProcessTable.h"
@@ -8,6 +9,7 @@
 #include "Platform/Linux/LinuxSystemLog.h"
 #include "Platform/Linux/LinuxXPC.h"
 #include "Platform/Posix/PosixClock.h"
+#include "Platform/Posix/PosixCodeModules.h"
 #include "Platform/Posix/PosixTaskRunner.h"
 #include "Platform/Posix/PosixUsers.h"
 #include "Platform/SystemPorts.h"
@@ -29,10 +31,12 @@ struct Services {
     Linux::LinuxBundles bundles;
     Posix::PosixClock clock;
     Linux::LinuxDispatch dispatch;
+    Linux::LinuxDistantObjects distantObjects;
+    Posix::PosixCodeModules codeModules;
 
     const SystemPorts ports{
-        log, files,   tasks, processes, users, kernelExtensions, authorization, serviceManagement,
-        xpc, bundles, clock, dispatch};
+        log, files,   tasks, processes, users,          kernelExtensions, authorization, serviceManagement,
+        xpc, bundles, clock, dispatch,  distantObjects, codeModules};
 };
 
 }  // namespace

@@ -13,13 +13,19 @@ namespace Platform::Linux {
 /// bytes, at most kMaximumPacket bytes. The server knows the sender by its kernel credentials. Requests and
 /// replies:
 ///
-///   authorize FLAGS RIGHT...   STATUS TOKEN       OSStatus in decimal, 0 when granted; token of the session
+///   authorize FLAGS RIGHT... [EMPTY NAME VALUE...]
+///                              STATUS TOKEN       OSStatus in decimal, 0 when granted; token of the session.
+///                                                 An empty field ends the rights; behind it come the items
+///                                                 of the environment. With interaction (flag 1) the reply
+///                                                 comes when the administrator has answered
 ///   release TOKEN              0
 ///   bless TOKEN LABEL          CODE TEXT          0, or the error's code and words
 ///   unload-kext BUNDLEID       CODE               kernel return code, decimal, signed
 ///   identify PID               STATUS IDENTIFIER  0 and the code's identifier (CFBundleIdentifier) of a
 ///                                                 running program whose executable and bundle only root
 ///                                                 could have written; else 1
+///   lookup NAME                STATUS PID START   0, process id and start time (/proc) of the process that
+///                                                 has registered the name of a distant object; else 1
 ///   launchctl ARGUMENT...      STATUS OUT ERR     exit status, text for standard output and standard error
 inline constexpr std::string_view kServicesSocket = "/var/run/mac-services.socket";
 inline constexpr std::size_t kMaximumPacket = 65536;

@@ -136,10 +136,11 @@ class SpawnParameters {
 bool SpawnParameters::set(int output, int error) {
     sigset_t none;
     sigset_t defaults;
-    ::sigemptyset(&none);
-    ::sigfillset(&defaults);
-    ::sigdelset(&defaults, SIGKILL);
-    ::sigdelset(&defaults, SIGSTOP);
+    // Macros on macOS, so that they cannot be qualified.
+    sigemptyset(&none);
+    sigfillset(&defaults);
+    sigdelset(&defaults, SIGKILL);
+    sigdelset(&defaults, SIGSTOP);
     short flags = POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF;
     return ready_ && ::posix_spawnattr_setsigmask(&attributes, &none) == 0 &&
            ::posix_spawnattr_setsigdefault(&attributes, &defaults) == 0 &&

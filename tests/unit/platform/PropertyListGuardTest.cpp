@@ -1,4 +1,4 @@
-#include "Platform/Linux/PropertyListGuard.h"
+#include "Platform/Posix/PropertyListGuard.h"
 
 #include <gtest/gtest.h>
 
@@ -7,7 +7,7 @@
 namespace PlatformTests {
 namespace {
 
-using Platform::Linux::isTamePropertyList;
+using Platform::Posix::isTamePropertyList;
 using namespace std::string_literals;
 
 TEST(PropertyListGuard, PassesOrdinaryLists) {

@@ -9,8 +9,48 @@
 
 #include "Platform/Posix/PosixTaskRunner.h"
 #include "Scratch.h"
+#include "TaskRunnerContract.h"
+#include "support/FakeMac.h"
 
 namespace PlatformTests {
+
+/// Scripts in a scratch folder.
+class RealPrograms {
+  public:
+    [[nodiscard]] std::string runnable(const std::string& output, const std::string& error,
+                                       int status) const {
+        makeFile(scratch_.path("program"),
+                 "#!/bin/sh\nprintf '" + output + "'; printf '" + error + "' >&2; exit " +
+                     std::to_string(status) + "\n",
+                 0755);
+        return scratch_.path("program");
+    }
+    [[nodiscard]] std::string notRunnable() const { return scratch_.path("missing"); }
+
+    Platform::Posix::PosixTaskRunner tasks;
+
+  private:
+    Scratch scratch_;
+};
+
+class FakePrograms {
+  public:
+    [[nodiscard]] std::string runnable(const std::string& output, const std::string& error, int status) {
+        tasks.results["/program"] = {output, error, status};
+        return "/program";
+    }
+    [[nodiscard]] std::string notRunnable() {
+        tasks.notExecutable.insert("/missing");
+        return "/missing";
+    }
+
+    TestSupport::CallList calls;
+    TestSupport::FakeTaskRunner tasks{calls};
+};
+
+INSTANTIATE_TYPED_TEST_SUITE_P(Posix, TaskRunnerContract, RealPrograms);
+INSTANTIATE_TYPED_TEST_SUITE_P(Fake, TaskRunnerContract, FakePrograms);
+
 namespace {
 
 using Arguments = std::optional<std::vector<std::string>>;
@@ -32,25 +72,6 @@ Result runShell(const std::string& script) {
     task->waitUntilExit();
     return {task->readOutputToEnd(), task->readErrorToEnd(), task->terminationStatus(),
             task->terminationReason()};
-}
-
-TEST(Task, GivesNothingForASilentChild) {
-    Platform::Posix::PosixTaskRunner tasks;
-    const auto task = tasks.launch("/bin/true", std::nullopt);
-    ASSERT_TRUE(task);
-    task->waitUntilExit();
-    EXPECT_EQ(task->readOutputToEnd(), "");
-    EXPECT_EQ(task->readErrorToEnd(), "");
-    EXPECT_EQ(task->terminationStatus(), 0);
-    EXPECT_EQ(task->terminationReason(), Platform::TerminationReason::exit);
-}
-
-TEST(Task, KeepsOutputAndErrorApart) {
-    const Result result = runShell("echo out; echo err >&2; exit 113");
-    EXPECT_EQ(result.output, "out\n");
-    EXPECT_EQ(result.error, "err\n");
-    EXPECT_EQ(result.status, 113);
-    EXPECT_EQ(result.reason, Platform::TerminationReason::exit);
 }
 
 TEST(Task, GivesBytesAsTheyAre) {

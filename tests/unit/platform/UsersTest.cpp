@@ -1,24 +1,41 @@
 #include <gtest/gtest.h>
 #include <pwd.h>
-#include <signal.h>
-#include <sys/time.h>
 #include <unistd.h>
 
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <sstream>
 #include <string>
 #include <vector>
 
+#include "ClockContract.h"
 #include "Platform/Posix/PosixClock.h"
 #include "Platform/Posix/PosixUsers.h"
 #include "Scratch.h"
+#include "UsersContract.h"
+#include "support/FakeMac.h"
 
 namespace PlatformTests {
-namespace {
 
 using Platform::Posix::PosixUsers;
+
+struct RealUsers {
+    PosixUsers users;
+};
+
+struct FakeUserDatabase {
+    FakeUserDatabase() { users.entries = {{501, "/Users/one"}, {502, "/Users/two"}, {0, ""}}; }
+
+    TestSupport::CallList calls;
+    TestSupport::FakeUsers users{calls};
+};
+
+INSTANTIATE_TYPED_TEST_SUITE_P(Posix, UsersContract, RealUsers);
+INSTANTIATE_TYPED_TEST_SUITE_P(Fake, UsersContract, FakeUserDatabase);
+INSTANTIATE_TYPED_TEST_SUITE_P(Posix, ClockContract, Platform::Posix::PosixClock);
+
+namespace {
+
 using Entries = std::vector<std::pair<std::uint32_t, std::string>>;
 
 Entries walk(PosixUsers& users) {
@@ -54,20 +71,6 @@ TEST(Users, AreThoseOfThePasswordDatabase) {
     EXPECT_EQ(walk(users), expected);
 }
 
-TEST(Users, BeginAnewAfterARewind) {
-    PosixUsers users;
-    users.rewind();
-    const auto first = users.next();
-    ASSERT_TRUE(first);
-    (void)users.next();
-    users.rewind();
-    const auto again = users.next();
-    ASSERT_TRUE(again);
-    EXPECT_EQ(again->uid, first->uid);
-    EXPECT_EQ(again->home, first->home);
-    users.close();
-}
-
 TEST(Users, ChangeTheEffectiveUserOfTheProcess) {
     PosixUsers users;
     EXPECT_EQ(users.realUserId(), ::getuid());
@@ -80,33 +83,6 @@ TEST(Users, ChangeTheEffectiveUserOfTheProcess) {
         return refused ? 0 : 1;
     });
     EXPECT_EQ(result, std::optional(0));
-}
-
-TEST(Clock, IsMonotonicInNanoseconds) {
-    Platform::Posix::PosixClock clock;
-    const std::uint64_t before = clock.now();
-    const auto start = std::chrono::steady_clock::now();
-    clock.sleep(1);
-    const std::chrono::nanoseconds slept = std::chrono::steady_clock::now() - start;
-    const std::uint64_t after = clock.now();
-    EXPECT_GE(slept, std::chrono::seconds(1));
-    EXPECT_GE(after - before, 1'000'000'000U);
-    EXPECT_LE(after - before, static_cast<std::uint64_t>(slept.count()) + 100'000'000U);
-    EXPECT_GE(clock.time(5), after + 5);
-}
-
-TEST(Clock, SleepsOnWhenASignalArrives) {
-    Platform::Posix::PosixClock clock;
-    struct sigaction handler {};
-    struct sigaction before {};
-    handler.sa_handler = [](int) {};
-    ASSERT_EQ(::sigaction(SIGALRM, &handler, &before), 0);
-    const itimerval soon{{0, 0}, {0, 100'000}};
-    ASSERT_EQ(::setitimer(ITIMER_REAL, &soon, nullptr), 0);
-    const std::uint64_t start = clock.now();
-    clock.sleep(1);
-    EXPECT_GE(clock.now() - start, 1'000'000'000U);
-    ::sigaction(SIGALRM, &before, nullptr);
 }
 
 }  // namespace

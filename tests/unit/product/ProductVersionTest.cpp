@@ -111,6 +111,10 @@ class RecordingBundle final : public Platform::Bundle {
     [[nodiscard]] std::optional<Base::URL> resource(const std::string&, const std::string&) const override {
         return std::nullopt;
     }
+    [[nodiscard]] std::optional<std::string> localizedString(const std::string&,
+                                                             const std::string&) const override {
+        return std::nullopt;
+    }
 
   private:
     std::string name_;

@@ -2,9 +2,9 @@
 
 #include <string_view>
 
-namespace Platform::Linux {
+namespace Platform::Posix {
 
-/// Whether a property list of any origin, XML or binary, can be handed to libplist, which follows nesting
+/// Whether a property list of any origin, XML or binary, can be handed to a parser that follows nesting
 /// recursively and builds a shared object as often as it is referred to. Refuses what nests too deeply or
 /// would grow too large; says nothing about whether the list is well formed. The bounds are far above any
 /// real information dictionary.
@@ -13,4 +13,4 @@ namespace Platform::Linux {
 /// Whether the bytes claim to be the binary form.
 [[nodiscard]] bool isBinaryPropertyList(std::string_view bytes);
 
-}  // namespace Platform::Linux
+}  // namespace Platform::Posix

@@ -1,4 +1,4 @@
-#include "Platform/Linux/PropertyListGuard.h"
+#include "Platform/Posix/PropertyListGuard.h"
 
 #include <array>
 #include <cstddef>
@@ -6,7 +6,7 @@
 #include <optional>
 #include <vector>
 
-namespace Platform::Linux {
+namespace Platform::Posix {
 
 namespace {
 
@@ -159,4 +159,4 @@ bool isTamePropertyList(std::string_view bytes) {
     return isBinaryPropertyList(bytes) ? BinaryNesting(bytes).isTame() : isTameXML(bytes);
 }
 
-}  // namespace Platform::Linux
+}  // namespace Platform::Posix

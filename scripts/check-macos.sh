@@ -1,0 +1,120 @@
+#!/usr/bin/env bash
+# Compiles the whole macOS side on another system and reports every diagnostic; one error or warning makes it fail.
+#
+#   check-macos.sh              type-checks every source of the macOS build with clang, against GNUstep's Foundation and AppKit
+#                               headers and the declarations of Apple's other calls in tests/conformance/macos-check/include
+#   check-macos.sh --sdk DIR    compiles the same sources for x86_64-apple-macosx10.13 against the macOS SDK in DIR, links the
+#                               programs and assembles the application; without DIR, the SDK that SENTREL_MACOS_SDK names
+#
+#   --build DIR                 the folder to build in (default: build/check-macos, build/check-macos-sdk)
+#   --also FILE                 one more source to compile with the others
+#
+# The sources are those of the build itself: CMake is configured as on a Mac. How to get an SDK: docs/macos.md.
+set -euo pipefail
+project=$(cd "$(dirname "$0")/.." && pwd)
+check="$project/tests/conformance/macos-check"
+
+fail() {
+    echo "check-macos.sh: $*" >&2
+    exit 2
+}
+
+# need COMMAND PACKAGE: the command is there, else the package of Debian 12 that has it is named.
+need() {
+    command -v "$1" >/dev/null || fail "$1 is missing (Debian: apt-get install $2)"
+}
+
+sdk=""
+with_sdk=false
+build=""
+also=""
+while [ $# -gt 0 ]; do
+    case "$1" in
+        --sdk)
+            with_sdk=true
+            if [ $# -gt 1 ] && [ "${2#-}" = "$2" ]; then
+                sdk=$2
+                shift
+            else
+                sdk=${SENTREL_MACOS_SDK:-}
+            fi
+            ;;
+        --build | --also)
+            [ $# -gt 1 ] || fail "$1 needs a value"
+            if [ "$1" = --build ]; then build=$2; else also=$(realpath "$2"); fi
+            shift
+            ;;
+        *) fail "unknown argument $1; see the head of this script" ;;
+    esac
+    shift
+done
+
+need clang++-14 clang-14
+need ninja ninja-build
+need cmake cmake
+llvm=$(dirname "$(readlink -f "$(command -v clang++-14)")")
+
+arguments=(--fresh -G Ninja --toolchain "$check/toolchain.cmake" -DSENTREL_TESTS=OFF -DSENTREL_BENCHMARKS=OFF
+    "-DSENTREL_CHECK_LLVM=$llvm")
+if $with_sdk; then
+    [ -n "$sdk" ] || fail "--sdk needs the folder of a macOS SDK (or set SENTREL_MACOS_SDK)"
+    # shellcheck source=tests/conformance/macos-check/sdk-root.sh
+    . "$check/sdk-root.sh"
+    build=${build:-"$project/build/check-macos-sdk"}
+    mkdir -p "$build"
+    build=$(realpath "$build")
+    make_sdk_root "$sdk" "$build/root"
+    export PKG_CONFIG_LIBDIR="$build/root/usr/local/lib/pkgconfig"
+    arguments+=("-DSENTREL_CHECK_ROOT=$build/root" -DSENTREL_INSPECT=ON -DCMAKE_BUILD_TYPE=RelWithDebInfo)
+else
+    [ -e /usr/include/GNUstep/AppKit/AppKit.h ] ||
+        fail "GNUstep's headers are missing (Debian: apt-get install libgnustep-gui-dev)"
+    build=${build:-"$project/build/check-macos"}
+    mkdir -p "$build"
+    build=$(realpath "$build")
+    # The runtime's headers lie in GCC's own folder, with much that is not for clang.
+    runtime=$(gcc -print-file-name=include)/objc
+    [ -e "$runtime/objc.h" ] || fail "GCC's Objective-C runtime is missing (Debian: apt-get install gobjc)"
+    mkdir -p "$build/runtime"
+    ln -sfn "$runtime" "$build/runtime/objc"
+    # Not -D__APPLE__: the sources need no such test, and GNUstep's headers would take this system for a Mac.
+    arguments+=(-DSENTREL_CHECK_ROOT= -DSENTREL_INSPECT=OFF -DCMAKE_OSX_DEPLOYMENT_TARGET= -DCMAKE_OSX_ARCHITECTURES=
+        "-DSENTREL_CHECK_FLAGS=-isystem \"$check/include\" -isystem \"$build/runtime\" -isystem /usr/include/GNUstep -fblocks"
+        "-DSENTREL_CHECK_OBJC_FLAGS=-fobjc-exceptions -fconstant-string-class=NSConstantString")
+fi
+cat >"$build/also.cmake" <<END
+if(NOT "$also" STREQUAL "")
+    add_library(Also OBJECT "$also")
+    set_target_properties(Also PROPERTIES CXX_STANDARD 20 OBJCXX_STANDARD 20)
+    target_link_libraries(Also PRIVATE sentrel_options)
+endif()
+END
+arguments+=("-DCMAKE_PROJECT_INCLUDE=$build/also.cmake")
+
+log="$build/check.log"
+if ! cmake -S "$project" -B "$build/tree" "${arguments[@]}" >"$log" 2>&1; then
+    cat "$log" >&2
+    fail "the macOS build could not be configured"
+fi
+objects=()
+mapfile -t objects < <(ninja -C "$build/tree" -t targets all | sed -n 's/^\(.*\.o\): .*_COMPILER__.*/\1/p')
+[ "${#objects[@]}" -gt 0 ] || fail "the macOS build compiles nothing"
+targets=("${objects[@]}")
+$with_sdk && targets+=(all)
+
+# -k 0: everything is reported, not only the first fault.
+status=0
+ninja -C "$build/tree" -k 0 "${targets[@]}" >"$log" 2>&1 || status=1
+diagnostics=$(grep -cE '(error|warning): ' "$log") || true
+if [ "$status" -ne 0 ] || [ "$diagnostics" -ne 0 ]; then
+    # Without the progress and the commands themselves.
+    grep -vE '^(ninja: |\[[0-9]+/[0-9]+\] |(: && |[^ ]*ccache )?/.*/clang)' "$log" >&2 || true
+    echo "check-macos.sh: $diagnostics diagnostics in ${#objects[@]} sources" >&2
+    exit 1
+fi
+if $with_sdk; then
+    "$check/check-programs.sh" "$build/tree/bin" "$llvm"
+    echo "${#objects[@]} sources compiled and linked for macOS 10.13 without a diagnostic."
+else
+    echo "${#objects[@]} sources of the macOS build type-checked without a diagnostic."
+fi

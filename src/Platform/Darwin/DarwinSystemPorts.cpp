@@ -1,0 +1,50 @@
+#include "Platform/Darwin/DarwinAuthorization.h"
+#include "Platform/Darwin/DarwinBundles.h"
+#include "Platform/Darwin/DarwinClock.h"
+#include "Platform/Darwin/DarwinDispatch.h"
+#include "Platform/Darwin/DarwinDistantObjects.h"
+#include "Platform/Darwin/DarwinFileManager.h"
+#include "Platform/Darwin/DarwinKernelExtensions.h"
+#include "Platform/Darwin/DarwinProcessTable.h"
+#include "Platform/Darwin/DarwinServiceManagement.h"
+#include "Platform/Darwin/DarwinSystemLog.h"
+#include "Platform/Darwin/XPC/DarwinXPC.h"
+#include "Platform/Posix/PosixCodeModules.h"
+#include "Platform/Posix/PosixTaskRunner.h"
+#include "Platform/Posix/PosixUsers.h"
+#include "Platform/SystemPorts.h"
+
+namespace Platform {
+
+namespace {
+
+struct Services {
+    Darwin::DarwinSystemLog log;
+    Darwin::DarwinFileManager files;
+    Posix::PosixTaskRunner tasks;
+    Darwin::DarwinProcessTable processes;
+    Posix::PosixUsers users;
+    Darwin::DarwinKernelExtensions kernelExtensions;
+    Darwin::DarwinAuthorization authorization;
+    Darwin::DarwinServiceManagement serviceManagement;
+    Darwin::DarwinXPC xpc;
+    Darwin::DarwinBundles bundles;
+    Darwin::DarwinClock clock;
+    Darwin::DarwinDispatch dispatch;
+    Darwin::DarwinDistantObjects distantObjects;
+    Posix::PosixCodeModules codeModules;
+
+    const SystemPorts ports{
+        log, files,   tasks, processes, users,          kernelExtensions, authorization, serviceManagement,
+        xpc, bundles, clock, dispatch,  distantObjects, codeModules};
+};
+
+}  // namespace
+
+const SystemPorts& createSystemPorts() {
+    // Never destroyed: other threads may still use the services while the process ends.
+    static const Services* const services = new Services;
+    return services->ports;
+}
+
+}  // namespace Platform

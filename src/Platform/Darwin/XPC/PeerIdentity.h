@@ -1,0 +1,22 @@
+#pragma once
+
+#import <Foundation/Foundation.h>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace Platform::Darwin {
+
+/// Why the peer of `connection` must not be served; nothing when it may be.
+///
+/// The peer is told by its audit token, which names one process for good; never by its process id, which may
+/// have gone to another program meanwhile. Its running code has to be valid, to satisfy one of `requirements`
+/// (code-signing requirements, which name identifier and team) and to be signed with the hardened runtime, so
+/// that nobody can have put other code into it. Where the system offers it (macOS 13), it is told the
+/// requirements as well and then checks the sender of every message by itself. To be called on the delivery
+/// of the new connection, before it is resumed.
+[[nodiscard]] std::optional<std::string> refusalOfPeer(NSXPCConnection* connection,
+                                                       const std::vector<std::string>& requirements);
+
+}  // namespace Platform::Darwin

@@ -1,0 +1,33 @@
+#pragma once
+
+#import <Foundation/Foundation.h>
+
+/// The protocols of the helpers as the Objective-C runtime and NSXPCInterface see them. Their selectors are
+/// what travels; the C++ interfaces that stand for them are said beside each.
+
+/// What the client of a command list offers to the helper (InstallCommon::CommandExecutingDelegate).
+@protocol CommandExecutingDelegate
+- (void)commandExecutingDidExecuteCommand:(NSString*)description withWeight:(int)weight;
+@end
+
+/// What the installer helper offers (InstallCommon::CommandExecuting). One-way.
+@protocol CommandExecuting
+- (void)executeWithCommands:(NSArray*)commands delegate:(id<CommandExecutingDelegate>)delegate;
+@end
+
+/// What the support helper offers (InstallCommon::SupportPrivilegedHelperClient calls it).
+@protocol NVKSupportPrivilegedHelper
+- (void)installSwiftSupportPackage:(NSURL*)package completion:(void (^)(NSError* error))completion;
+@end
+
+/// What drives an installation or uninstallation (InstallCommon::InstallationService). It stays in its
+/// process: no connection exports it.
+@protocol InstallationService
+@property(nonatomic, copy) void (^progressNotificationBlock)
+    (NSString* description, int totalWeight, int executedWeight);
+- (void)install:(NSURL*)sourceDirectory
+    applicationsSubdir:(NSString*)applicationsSubdir
+     launchdJobsSubdir:(NSString*)launchdJobsSubdir
+    supportFilesSubdir:(NSString*)supportFilesSubdir;
+- (void)uninstall;
+@end

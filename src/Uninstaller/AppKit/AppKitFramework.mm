@@ -1,0 +1,143 @@
+#include "Uninstaller/AppKit/AppKitFramework.h"
+
+#include <utility>
+
+#import "Uninstaller/AppKit/ApplicationMenu.h"
+#include "Uninstaller/AppKit/Guard.h"
+#import "Uninstaller/AppKit/InterfaceDelegate.h"
+#include "Uninstaller/AppKit/MakerClasses.h"
+#include "Uninstaller/AppKit/System.h"
+#include "Uninstaller/AppKit/Texts.h"
+#import "Uninstaller/AppKit/UninstallerInterface.h"
+
+namespace Uninstall_Sentrel {
+
+namespace {
+
+NSString* const kApplicationName = @"Uninstall Sentrel";
+
+class MakerAlert : public Alert {
+  public:
+    explicit MakerAlert(id alert) : alert_(alert) {}
+    MakerAlert(const MakerAlert&) = delete;
+    MakerAlert& operator=(const MakerAlert&) = delete;
+    ~MakerAlert() override {
+        guarded([this] { [alert_ release]; });
+    }
+
+    void runModal() override {
+        guarded([this] { SNTRunAlert(alert_); });
+    }
+
+  private:
+    id alert_;
+};
+
+class MakerParentalControlAuthorization : public ParentalControlAuthorization {
+  public:
+    explicit MakerParentalControlAuthorization(id authorization) : authorization_(authorization) {}
+    MakerParentalControlAuthorization(const MakerParentalControlAuthorization&) = delete;
+    MakerParentalControlAuthorization& operator=(const MakerParentalControlAuthorization&) = delete;
+    ~MakerParentalControlAuthorization() override {
+        guarded([this] { [authorization_ release]; });
+    }
+
+    bool parentalControlAuthorized() override {
+        // A lock that fails while it is asked stays locked.
+        BOOL authorized = NO;
+        guarded([&] { authorized = SNTParentalControlAuthorized(authorization_); });
+        return authorized;
+    }
+
+  private:
+    id authorization_;
+};
+
+/// The icon in the sizes that are there; nil when there is none. Not read by file name: what is no image would have
+/// GNUstep look for a service that makes one of it.
+NSImage* newIcon(const ApplicationProgram& program) {
+    NSImage* icon = [[NSImage alloc] initWithSize:NSMakeSize(64, 64)];
+    for (const char* name : {"AppIcon-64", "AppIcon-128", "AppIcon"}) {
+        NSData* data = [NSData dataWithContentsOfFile:toNSString(program.resourcePath(name, "png"))];
+        NSBitmapImageRep* representation = data == nil ? nil : [NSBitmapImageRep imageRepWithData:data];
+        if (representation != nil) {
+            [icon addRepresentation:representation];
+        }
+    }
+    if ([[icon representations] count] == 0) {
+        [icon release];
+        icon = nil;
+    }
+    return icon;
+}
+
+NSString* text(const ApplicationProgram& program, const char* key) { return toNSString(program.interfaceText(key)); }
+
+}  // namespace
+
+void AppKitFramework::applicationMain(int argc, char* argv[], ApplicationProgram& program) {
+    program_ = &program;
+    if (guarded([&] { makeInterface(program); })) {
+        guarded([&] { SNTRunApplication(argc, argv); });
+    }
+}
+
+void AppKitFramework::makeInterface(ApplicationProgram& program) {
+    NSImage* icon = newIcon(program);
+    SNTInterfaceDelegate* delegate = [[SNTInterfaceDelegate alloc] initWithProgram:&program
+                                                                             name:kApplicationName
+                                                                             icon:icon];
+    [NSApp setDelegate:delegate];
+    [NSApp setApplicationIconImage:icon];
+    SNTApplicationMenu* menu = [[SNTApplicationMenu alloc] initWithName:kApplicationName
+                                                             aboutTitle:text(program, "about")
+                                                              hideTitle:text(program, "hide")
+                                                              quitTitle:text(program, "quit")
+                                                            aboutTarget:delegate];
+
+    SNTUninstallerInterface* interface = [[SNTUninstallerInterface alloc] initWithIcon:icon];
+    [[interface window] setDelegate:delegate];
+    [[interface headline] setStringValue:text(program, "headline")];
+    [[interface label] setStringValue:text(program, "label")];
+    [[interface uninstallButton] setTitle:text(program, "uninstall")];
+    [[interface cancelButton] setTitle:text(program, "cancel")];
+    [icon release];
+
+    controls_ = std::make_unique<InterfaceControls>(interface, program);
+    controls_->setWindowController(program.interfaceDidLoad(controls_->outlets()));
+    SNTShowMainMenu([menu mainMenu]);
+    [interface show];
+}
+
+Application* AppKitFramework::sharedApplication() { return NSApp == nil ? nullptr : &application_; }
+
+AlertFactory& AppKitFramework::alertFactory() { return *this; }
+
+std::unique_ptr<ParentalControlAuthorization> AppKitFramework::makeParentalControlAuthorization() {
+    id authorization = nil;
+    guarded([&] { authorization = SNTNewParentalControlAuthorization(frameworkFolders()); });
+    return std::make_unique<MakerParentalControlAuthorization>(authorization);
+}
+
+std::unique_ptr<Alert> AppKitFramework::alertWithButtonTitle(const std::string& buttonTitle,
+                                                             const std::string& messageText,
+                                                             const std::string& informativeText) {
+    id alert = nil;
+    guarded([&] {
+        alert = SNTCopyAlert(frameworkFolders(), toNSString(buttonTitle), toNSString(messageText),
+                             toNSString(informativeText));
+    });
+    return alert == nil ? nullptr : std::make_unique<MakerAlert>(alert);
+}
+
+NSArray* AppKitFramework::frameworkFolders() const {
+    NSMutableArray* folders = [NSMutableArray array];
+    if (program_ != nullptr) {
+        for (const std::string& folder : program_->frameworkFolders()) {
+            [folders addObject:toNSString(folder)];
+        }
+    }
+    return folders;
+}
+
+}  // namespace Uninstall_Sentrel

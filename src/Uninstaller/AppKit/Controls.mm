@@ -1,0 +1,173 @@
+#include "Uninstaller/AppKit/Controls.h"
+
+#include <utility>
+
+#include "Uninstaller/AppKit/Guard.h"
+#include "Uninstaller/AppKit/Texts.h"
+#import "Uninstaller/AppKit/UninstallerInterface.h"
+
+/// Target of a button.
+@interface SNTButtonTarget : NSObject {
+    // A std::function<void()>*: the runtime cannot describe the type.
+    void* action_;
+}
+/// Takes over `action`, a std::function<void()>*.
+- (void)setAction:(void*)action;
+- (void)press:(id)sender;
+@end
+
+@implementation SNTButtonTarget
+
+- (void)setAction:(void*)action {
+    delete static_cast<std::function<void()>*>(action_);
+    action_ = action;
+}
+
+- (void)press:(id)sender {
+    (void)sender;
+    // A copy: the action may give the button another one.
+    const std::function<void()> action = *static_cast<std::function<void()>*>(action_);
+    if (action) {
+        action();
+    }
+}
+
+@end
+
+namespace Uninstall_Sentrel {
+
+namespace {
+
+class TextFieldOutlet : public TextField {
+  public:
+    TextFieldOutlet(NSTextField* field, SNTUninstallerInterface* interface) : field_(field), interface_(interface) {}
+
+    std::string text() const override {
+        std::string text;
+        guarded([&] { text = toString([field_ stringValue]); });
+        return text;
+    }
+
+    void setText(const std::string& text) override {
+        guarded([&] {
+            [field_ setStringValue:toNSString(text)];
+            [interface_ layOut];
+        });
+    }
+
+    void setHidden(bool hidden) override {
+        guarded([&] { [field_ setHidden:hidden ? YES : NO]; });
+    }
+
+  private:
+    NSTextField* field_;
+    SNTUninstallerInterface* interface_;
+};
+
+class ButtonOutlet : public Button {
+  public:
+    ButtonOutlet(NSButton* button, SNTUninstallerInterface* interface, std::function<void()> action)
+        : button_(button),
+          interface_(interface),
+          target_([[SNTButtonTarget alloc] init]),
+          keyEquivalent_([[button keyEquivalent] copy]) {
+        [target_ setAction:new std::function<void()>(std::move(action))];
+        [button_ setTarget:target_];
+        [button_ setAction:@selector(press:)];
+    }
+
+    void setTitle(const std::string& title) override {
+        guarded([&] {
+            [button_ setTitle:toNSString(title)];
+            [interface_ layOut];
+        });
+    }
+
+    void setEnabled(bool enabled) override {
+        guarded([&] { [button_ setEnabled:enabled ? YES : NO]; });
+    }
+
+    void setHidden(bool hidden) override {
+        guarded([&] {
+            [button_ setHidden:hidden ? YES : NO];
+            // GNUstep lets a key press a button that is not to be seen.
+            [button_ setKeyEquivalent:hidden ? @"" : keyEquivalent_];
+        });
+    }
+
+    void setAction(std::function<void()> action) override {
+        guarded([&] { [target_ setAction:new std::function<void()>(std::move(action))]; });
+    }
+
+  private:
+    NSButton* button_;
+    SNTUninstallerInterface* interface_;
+    SNTButtonTarget* target_;
+    NSString* keyEquivalent_;
+};
+
+class ProgressIndicatorOutlet : public ProgressIndicator {
+  public:
+    explicit ProgressIndicatorOutlet(NSProgressIndicator* indicator) : indicator_(indicator) {}
+
+    void setDoubleValue(double value) override {
+        guarded([&] { [indicator_ setDoubleValue:value]; });
+    }
+
+    void setHidden(bool hidden) override {
+        guarded([&] { [indicator_ setHidden:hidden ? YES : NO]; });
+    }
+
+  private:
+    NSProgressIndicator* indicator_;
+};
+
+}  // namespace
+
+class InterfaceControls::WindowOutlet : public Window {
+  public:
+    explicit WindowOutlet(NSWindow* window) : window_(window) {}
+
+    void setTitle(const std::string& title) override {
+        guarded([&] { [window_ setTitle:toNSString(title)]; });
+    }
+
+    WindowController* windowController() const override { return controller_; }
+    void setWindowController(WindowController* controller) { controller_ = controller; }
+
+  private:
+    NSWindow* window_;
+    WindowController* controller_ = nullptr;
+};
+
+InterfaceControls::InterfaceControls(SNTUninstallerInterface* interface, ApplicationProgram& program)
+    : window_(std::make_shared<WindowOutlet>([interface window])),
+      progressIndicator_(std::make_shared<ProgressIndicatorOutlet>([interface progressIndicator])),
+      progressDescriptionLabel_(
+          std::make_shared<TextFieldOutlet>([interface progressDescriptionLabel], interface)),
+      label_(std::make_shared<TextFieldOutlet>([interface label], interface)),
+      uninstallButton_(std::make_shared<ButtonOutlet>([interface uninstallButton], interface,
+                                                      [&program] { program.uninstallAction(); })),
+      cancelButton_(std::make_shared<ButtonOutlet>([interface cancelButton], interface,
+                                                   [&program] { program.cancelAction(); })),
+      aboutMenuItem_(std::make_shared<MenuItem>()),
+      hideMenuItem_(std::make_shared<MenuItem>()),
+      quitMenuItem_(std::make_shared<MenuItem>()) {}
+
+Outlets InterfaceControls::outlets() const {
+    return Outlets{.window = window_,
+                   .label = label_,
+                   .uninstallButton = uninstallButton_,
+                   .cancelButton = cancelButton_,
+                   .aboutMenuItem = aboutMenuItem_,
+                   .hideMenuItem = hideMenuItem_,
+                   .quitMenuItem = quitMenuItem_,
+                   .progressIndicator = progressIndicator_,
+                   .progressDescriptionLabel = progressDescriptionLabel_};
+}
+
+void InterfaceControls::setWindowController(WindowController* controller) {
+    window_->setWindowController(controller);
+}
+
+}  // namespace Uninstall_Sentrel

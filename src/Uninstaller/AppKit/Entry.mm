@@ -1,0 +1,53 @@
+#include <string>
+
+#include "Uninstaller/AppKit/AppKitFramework.h"
+#include "Uninstaller/AppKit/Guard.h"
+#include "Uninstaller/AppKit/System.h"
+#include "Uninstaller/AppKit/Texts.h"
+
+using Uninstall_Sentrel::AppKitFramework;
+using Uninstall_Sentrel::ApplicationFramework;
+
+namespace {
+
+/// Makes the shared application. Returns why it cannot be made, else nothing.
+std::string makeApplication() {
+    NSString* reason = nil;
+    std::string unavailable;
+    const BOOL made = Uninstall_Sentrel::guarded(
+        [&unavailable] {
+            NSString* noDisplay = nil;
+            if (!SNTDisplayIsAvailable(&noDisplay)) {
+                unavailable = Uninstall_Sentrel::toString(noDisplay);
+                return;
+            }
+            SNTMakeApplication();
+        },
+        &reason);
+    if (!made) {
+        Uninstall_Sentrel::guarded([&] { unavailable = Uninstall_Sentrel::toString(reason); });
+        if (unavailable.empty()) {
+            unavailable = "The application framework cannot be started.";
+        }
+    }
+    [reason release];
+    return unavailable;
+}
+
+}  // namespace
+
+/// The library's one symbol: an ApplicationFrameworkEntry. Main thread only.
+extern "C" __attribute__((visibility("default"))) ApplicationFramework* SentrelApplicationFramework(
+    std::string* error) {
+    // Never destroyed: quitting ends the process in the midst of a callback of the framework's.
+    static AppKitFramework* framework = nullptr;
+    if (framework == nullptr) {
+        const std::string unavailable = makeApplication();
+        if (!unavailable.empty()) {
+            *error = unavailable;
+            return nullptr;
+        }
+        framework = new AppKitFramework;
+    }
+    return framework;
+}

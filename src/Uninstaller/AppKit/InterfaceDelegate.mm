@@ -1,0 +1,51 @@
+#import "Uninstaller/AppKit/InterfaceDelegate.h"
+
+#include "Uninstaller/AppKit/Texts.h"
+#include "Uninstaller/ApplicationFramework.h"
+#import "Uninstaller/AppKit/System.h"
+
+using Uninstall_Sentrel::ApplicationProgram;
+
+@implementation SNTInterfaceDelegate
+
+- (id)initWithProgram:(ApplicationProgram*)program name:(NSString*)name icon:(NSImage*)icon {
+    self = [super init];
+    if (self != nil) {
+        program_ = program;
+        name_ = [name copy];
+        icon_ = [icon retain];
+    }
+    return self;
+}
+
+- (void)dealloc {
+    [name_ release];
+    [icon_ release];
+    [super dealloc];
+}
+
+- (ApplicationProgram*)program {
+    return static_cast<ApplicationProgram*>(program_);
+}
+
+- (void)applicationDidFinishLaunching:(NSNotification*)notification {
+    (void)notification;
+    [self program]->applicationDidFinishLaunching();
+}
+
+- (NSApplicationTerminateReply)applicationShouldTerminate:(NSApplication*)sender {
+    (void)sender;
+    return [self program]->applicationShouldTerminate() ? NSTerminateNow : NSTerminateCancel;
+}
+
+- (BOOL)windowShouldClose:(id)sender {
+    (void)sender;
+    return [self program]->windowShouldClose() ? YES : NO;
+}
+
+- (void)showAboutPanel:(id)sender {
+    (void)sender;
+    SNTShowAboutPanel(name_, Uninstall_Sentrel::toNSString([self program]->version()), icon_);
+}
+
+@end

@@ -1,0 +1,27 @@
+#import <AppKit/AppKit.h>
+
+// The two classes that the program uses of the maker's closed frameworks, loaded while the program runs. A
+// framework that is absent or does not load is passed over. Main thread only.
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/// A modal alert of the QVSAlertFactory in NorvikCustomUI.framework below one of `folders` (the first that
+/// loads), else one of the system; nil when the factory makes none. Its owner releases it; it is shown with
+/// SNTRunAlert.
+id SNTCopyAlert(NSArray* folders, NSString* buttonTitle, NSString* messageText, NSString* informativeText);
+
+/// Shows an alert until it is answered.
+void SNTRunAlert(id alert);
+
+/// A QVSParentalControlAuthorization of NorvikGuiCommon.framework below one of `folders`; nil when there is no
+/// such framework. Its owner releases it.
+id SNTNewParentalControlAuthorization(NSArray* folders);
+
+/// Whether the product's parental-control lock lets the user go on; YES for nil.
+BOOL SNTParentalControlAuthorized(id authorization);
+
+#ifdef __cplusplus
+}
+#endif

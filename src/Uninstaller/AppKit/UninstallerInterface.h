@@ -1,0 +1,38 @@
+#import <AppKit/AppKit.h>
+
+/// The uninstaller's window, laid out in code: the icon, a headline, the label, the progress bar with the
+/// description under it, and the two buttons. Sizes follow the texts; the window grows with them and keeps its
+/// upper left corner, but never shrinks, so that nothing jumps when a text becomes shorter.
+///
+/// Made once and kept for the life of the process. Main thread only.
+@interface SNTUninstallerInterface : NSObject {
+    NSWindow* window_;
+    NSImageView* iconView_;
+    NSTextField* headline_;
+    NSTextField* label_;
+    NSProgressIndicator* progressIndicator_;
+    NSTextField* progressDescriptionLabel_;
+    NSButton* uninstallButton_;
+    NSButton* cancelButton_;
+    NSSize contentSize_;
+}
+
+/// `icon` may be nil.
+- (id)initWithIcon:(NSImage*)icon;
+
+- (NSWindow*)window;
+- (NSTextField*)headline;
+- (NSTextField*)label;
+- (NSProgressIndicator*)progressIndicator;
+- (NSTextField*)progressDescriptionLabel;
+/// The default button: Return presses it.
+- (NSButton*)uninstallButton;
+/// Escape presses it.
+- (NSButton*)cancelButton;
+
+/// Places everything anew. To be called after a text has changed.
+- (void)layOut;
+/// Puts the window into the middle of the screen and shows it.
+- (void)show;
+
+@end

@@ -1,0 +1,100 @@
+#include "support/FakeApplication.h"
+
+#include <utility>
+
+namespace TestSupport {
+
+namespace {
+
+class FakeAlert final : public Uninstall_Sentrel::Alert {
+  public:
+    FakeAlert(CallList& calls, std::string text) : calls_(calls), text_(std::move(text)) {}
+    void runModal() override { calls_.push_back(text_); }
+
+  private:
+    CallList& calls_;
+    std::string text_;
+};
+
+class FakeParentalControl final : public Uninstall_Sentrel::ParentalControlAuthorization {
+  public:
+    FakeParentalControl(CallList& calls, bool approves) : calls_(calls), approves_(approves) {}
+    [[nodiscard]] bool parentalControlAuthorized() override {
+        calls_.emplace_back("parental control asked");
+        return approves_;
+    }
+
+  private:
+    CallList& calls_;
+    bool approves_;
+};
+
+}  // namespace
+
+void FakeButton::press() const {
+    if (isEnabled && !isHidden && action) {
+        action();
+    }
+}
+
+void FakeApplicationFramework::applicationMain(int argc, char* argv[],
+                                               Uninstall_Sentrel::ApplicationProgram& program) {
+    std::string call = "main";
+    for (int i = 0; i < argc; ++i) {
+        call += std::string(" ") + argv[i];
+    }
+    calls_.push_back(call);
+    if (session) {
+        session(program);
+    }
+}
+
+std::unique_ptr<Uninstall_Sentrel::ParentalControlAuthorization>
+FakeApplicationFramework::makeParentalControlAuthorization() {
+    calls_.emplace_back("parental control made");
+    return std::make_unique<FakeParentalControl>(calls_, parentalControlApproves);
+}
+
+void FakeApplicationFramework::terminate() {
+    calls_.emplace_back("terminate");
+    if (!shouldTerminate || shouldTerminate()) {
+        ++terminations;
+    }
+}
+
+void FakeApplicationFramework::performOnMainQueue(std::function<void()> block) {
+    mainQueue.push_back(std::move(block));
+}
+
+void FakeApplicationFramework::drainMainQueue() {
+    while (!mainQueue.empty()) {
+        const std::vector<std::function<void()>> blocks = std::exchange(mainQueue, {});
+        for (const std::function<void()>& block : blocks) {
+            block();
+        }
+    }
+}
+
+std::unique_ptr<Uninstall_Sentrel::Alert> FakeApplicationFramework::alertWithButtonTitle(
+    const std::string& buttonTitle, const std::string& messageText, const std::string& informativeText) {
+    std::string text = "alert [";
+    text += buttonTitle + "] [" + messageText + "] [" + informativeText + "]";
+    if (!makesAlerts) {
+        calls_.push_back("no " + text);
+        return nullptr;
+    }
+    return std::make_unique<FakeAlert>(calls_, text);
+}
+
+Uninstall_Sentrel::Outlets FakeApplicationFramework::outlets() const {
+    Uninstall_Sentrel::Outlets outlets;
+    outlets.window = window;
+    outlets.label = label;
+    outlets.uninstallButton = uninstallButton;
+    outlets.cancelButton = cancelButton;
+    outlets.progressIndicator = progressIndicator;
+    outlets.progressDescriptionLabel = progressDescription;
+    return outlets;
+}
+
+}  // namespace TestSupport

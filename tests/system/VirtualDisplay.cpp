@@ -1,0 +1,122 @@
+#include "VirtualDisplay.h"
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <thread>
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "support/SimulatedMac.h"
+
+namespace SystemTests {
+
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr auto kPoll = 50ms;
+
+/// What comes through the pipe until the end of a line.
+std::string readLine(int fd) {
+    std::string line;
+    char byte = 0;
+    while (::read(fd, &byte, 1) == 1 && byte != '\n') {
+        line += byte;
+    }
+    return line;
+}
+
+template <typename Condition>
+bool waitUntil(std::chrono::seconds limit, const Condition& condition) {
+    const auto end = std::chrono::steady_clock::now() + limit;
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() > end) {
+            return false;
+        }
+        std::this_thread::sleep_for(kPoll);
+    }
+    return true;
+}
+
+}  // namespace
+
+VirtualDisplay::VirtualDisplay(const std::string& authority) : authority_(authority) {
+    std::array<int, 2> ends{-1, -1};
+    if (::pipe2(ends.data(), O_CLOEXEC) != 0) {
+        ADD_FAILURE() << "no pipe";
+        return;
+    }
+    std::vector<std::string> words{"Xvfb",        "-displayfd", "3",   "-screen", "0",
+                                   "1024x768x24", "-nolisten",  "tcp", "-noreset"};
+    if (!authority.empty()) {
+        words.insert(words.end(), {"-auth", authority});
+    }
+    std::vector<char*> pointers;
+    for (std::string& word : words) {
+        pointers.push_back(word.data());
+    }
+    pointers.push_back(nullptr);
+    posix_spawn_file_actions_t actions;
+    ::posix_spawn_file_actions_init(&actions);
+    ::posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDWR, 0);
+    ::posix_spawn_file_actions_adddup2(&actions, STDIN_FILENO, STDOUT_FILENO);
+    ::posix_spawn_file_actions_adddup2(&actions, STDIN_FILENO, STDERR_FILENO);
+    ::posix_spawn_file_actions_adddup2(&actions, ends[1], 3);
+    const int failure =
+        ::posix_spawnp(&server_, pointers.front(), &actions, nullptr, pointers.data(), environ);
+    ::posix_spawn_file_actions_destroy(&actions);
+    ::close(ends[1]);
+    const std::string number = failure == 0 ? readLine(ends[0]) : "";
+    ::close(ends[0]);
+    EXPECT_FALSE(number.empty()) << "Xvfb does not start (package xvfb)";
+    name_ = ":" + number;
+}
+
+VirtualDisplay::~VirtualDisplay() {
+    if (server_ > 0) {
+        ::kill(server_, SIGTERM);
+        while (::waitpid(server_, nullptr, 0) < 0 && errno == EINTR) {
+        }
+    }
+}
+
+std::string VirtualDisplay::ask(const std::vector<std::string>& words) const {
+    std::vector<std::string> command{"env", "DISPLAY=" + name_};
+    if (!authority_.empty()) {
+        command.push_back("XAUTHORITY=" + authority_);
+    }
+    command.emplace_back("xdotool");
+    command.insert(command.end(), words.begin(), words.end());
+    const TestSupport::ProgramResult result = TestSupport::runProgram(command, 20);
+    return result.status == 0 ? result.out : "";
+}
+
+bool VirtualDisplay::waitForWindow(const std::string& title, std::chrono::seconds limit) const {
+    return waitUntil(limit, [&] { return ask({"getwindowfocus", "getwindowname"}) == title + "\n"; });
+}
+
+bool VirtualDisplay::waitUntilGone(const std::string& title) const {
+    return waitUntil(20s, [&] { return ask({"search", "--onlyvisible", "--name", title}).empty(); });
+}
+
+int VirtualDisplay::windowHeight(const std::string& title) const {
+    const std::string text =
+        ask({"search", "--onlyvisible", "--name", title, "getwindowgeometry", "--shell"});
+    const std::size_t line = text.find("\nHEIGHT=");
+    return line == std::string::npos ? 0 : std::stoi(text.substr(line + 8));
+}
+
+void VirtualDisplay::type(const std::string& text) const {
+    static_cast<void>(ask({"type", text}));
+}
+
+void VirtualDisplay::press(const std::string& key) const {
+    static_cast<void>(ask({"key", key}));
+}
+
+}  // namespace SystemTests

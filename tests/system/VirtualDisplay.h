@@ -1,0 +1,44 @@
+#pragma once
+
+#include <chrono>
+#include <string>
+#include <vector>
+
+#include <sys/types.h>
+
+namespace SystemTests {
+
+/// An X display of its own that nobody sees, and the keyboard in front of it; gone at the end. Operations
+/// that fail fail the test.
+class VirtualDisplay {
+  public:
+    /// Only those who know a cookie of the X authority file `authority` may use it, if that is not empty.
+    explicit VirtualDisplay(const std::string& authority = "");
+    VirtualDisplay(const VirtualDisplay&) = delete;
+    VirtualDisplay& operator=(const VirtualDisplay&) = delete;
+    ~VirtualDisplay();
+
+    /// ":N".
+    [[nodiscard]] const std::string& name() const { return name_; }
+
+    /// Waits until the window of that title has the keyboard.
+    [[nodiscard]] bool waitForWindow(const std::string& title,
+                                     std::chrono::seconds limit = std::chrono::seconds(20)) const;
+    /// Waits until no window of that title is on the screen.
+    [[nodiscard]] bool waitUntilGone(const std::string& title) const;
+    /// Its height in pixels; 0 when there is none.
+    [[nodiscard]] int windowHeight(const std::string& title) const;
+    void type(const std::string& text) const;
+    /// "Return", "Escape", "Tab".
+    void press(const std::string& key) const;
+
+  private:
+    /// What xdotool says; empty when it fails.
+    [[nodiscard]] std::string ask(const std::vector<std::string>& words) const;
+
+    pid_t server_ = -1;
+    std::string name_;
+    std::string authority_;
+};
+
+}  // namespace SystemTests

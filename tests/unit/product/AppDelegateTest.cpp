@@ -1,0 +1,275 @@
+#include "Uninstaller/AppDelegate.h"
+
+#include <gtest/gtest.h>
+
+#include "support/FakeApplication.h"
+#include "support/FakeHelper.h"
+
+namespace {
+
+using TestSupport::CallList;
+using Uninstall_Sentrel::AppDelegate;
+using Uninstall_Sentrel::UninstallerWindowController;
+
+const std::string kNotInstalled = "alert [Gut] [Sentrel fehlt.] []";
+const std::string kNewVersion =
+    "alert [OK] [Please, use newer uninstaller in order to uninstall application.] "
+    "[This uninstaller has older version than installed app.]";
+const std::string kNotAuthorized = "alert [Gut] [You are not authorized to run uninstallation.] []";
+
+/// A window with its delegate, over an installed product of the uninstaller's version.
+class WindowFlow : public testing::Test {
+  protected:
+    WindowFlow() {
+        helper_.serve(mac_);
+        mac_.bundles.mainInfo = {{"CFBundleShortVersionString", "6.4"}, {"CFBundleVersion", "640"}};
+        mac_.bundles.mainResources = {"SwiftRuntimeForCommandLineTools.pkg"};
+        mac_.bundles.mainTexts = {{{"WebInstaller", "d129c1"}, "Gut"},
+                                  {{"WebInstaller", "368"}, "%@ ist weg."},
+                                  {{"WebInstaller", "d234c1075"}, "Fertig"},
+                                  {{"macstrings", "204"}, "%@ fehlt."}};
+        mac_.bundles.install("/Applications/Sentrel.app", "6.4", "640");
+        mac_.files.addFolder("/Applications/Sentrel.app");
+        mac_.files.addFolder("/Library/Application Support/NORVIK/SNT");
+        framework_.window->controller = &controller_;
+        framework_.shouldTerminate = [this] { return delegate_->applicationShouldTerminate(); };
+        delegate_->setWindow(framework_.window);
+        controller_.awakeFromNib();
+        delegate_->applicationDidFinishLaunching();
+        mac_.calls.clear();
+    }
+
+    void removeProduct() {
+        mac_.files.nodes.clear();
+        mac_.bundles.infoByPath.clear();
+    }
+
+    [[nodiscard]] CallList alerts() const { return mac_.callsOf("alert"); }
+
+    TestSupport::FakeMac mac_;
+    TestSupport::FakeHelper helper_;
+    TestSupport::FakeApplicationFramework framework_{mac_};
+    UninstallerWindowController controller_{framework_, framework_.outlets()};
+    std::shared_ptr<AppDelegate> delegate_ = std::make_shared<AppDelegate>(framework_);
+};
+
+TEST_F(WindowFlow, RunsTheWholeSequenceInteractivelyAndInOrder) {
+    controller_.uninstallAction();
+    EXPECT_EQ(mac_.callsOf("authorize"), CallList{"authorize system.privilege.admin 3"});
+    EXPECT_EQ(mac_.callsOf("bless"),
+              (CallList{"bless com.norvik.InstallerHelper", "bless com.norvik.SupportPrivilegedHelper"}));
+    EXPECT_EQ(helper_.packages.size(), 1U);
+    EXPECT_EQ(helper_.lists.at(0).size(), 75U);
+    EXPECT_EQ(alerts(), CallList());
+    EXPECT_EQ(mac_.callsOf("terminate"), CallList());
+}
+
+TEST_F(WindowFlow, ReportsReachTheControlsOnTheMainQueueOnly) {
+    controller_.uninstallAction();
+    EXPECT_EQ(framework_.mainQueue.size(), 75U);
+    EXPECT_EQ(framework_.progressIndicator->value, 0);
+    EXPECT_EQ(framework_.progressDescription->value, "");
+    framework_.mainQueue.at(0)();
+    EXPECT_EQ(framework_.progressIndicator->value, 1 / (75 / 100.0));
+    EXPECT_EQ(framework_.progressDescription->value, "Unloading daemon com.norvik.containmentd...");
+    EXPECT_FALSE(delegate_->applicationShouldTerminate());
+}
+
+TEST_F(WindowFlow, ProgressIsExecutedDividedByAHundredthOfTheTotal) {
+    controller_.uninstallAction();
+    framework_.drainMainQueue();
+    std::vector<double> expected{0};
+    for (int executed = 1; executed <= 75; ++executed) {
+        expected.push_back(executed / (75 / 100.0));
+    }
+    EXPECT_EQ(framework_.progressIndicator->values, expected);
+    EXPECT_EQ(framework_.progressIndicator->value, 100.0);
+}
+
+TEST_F(WindowFlow, TheLastReportFinishesTheWindow) {
+    controller_.uninstallAction();
+    framework_.drainMainQueue();
+    EXPECT_EQ(framework_.uninstallButton->title, "Fertig");
+    EXPECT_EQ(framework_.label->value, "Sentrel ist weg.");
+    EXPECT_TRUE(framework_.progressDescription->isHidden);
+    EXPECT_TRUE(delegate_->applicationShouldTerminate());
+}
+
+TEST_F(WindowFlow, HelperThatStopsReportingLeavesTheWindowRunning) {
+    helper_.reportsAtMost = 74;
+    controller_.uninstallAction();
+    framework_.drainMainQueue();
+    EXPECT_FALSE(delegate_->applicationShouldTerminate());
+    EXPECT_FALSE(controller_.windowShouldClose());
+    EXPECT_FALSE(framework_.uninstallButton->isEnabled);
+    EXPECT_EQ(mac_.callsOf("wait until"), CallList());
+}
+
+TEST_F(WindowFlow, ATotalWeightOf0NeverProducesAReportAndNeverFinishes) {
+    helper_.reportsAtMost = 0;
+    controller_.uninstallAction();
+    framework_.drainMainQueue();
+    EXPECT_TRUE(framework_.mainQueue.empty());
+    EXPECT_FALSE(delegate_->applicationShouldTerminate());
+}
+
+TEST_F(WindowFlow, HelperUnreachableAfterASuccessfulSetUpStaysRunningWithQuittingRefused) {
+    mac_.xpc.services["com.norvik.InstallerHelper"] = [](std::string_view, std::vector<Platform::XPCValue>,
+                                                         const Platform::XPCReply&) {};
+    controller_.uninstallAction();
+    mac_.xpc.connections.back()->invalidationHandler();
+    framework_.drainMainQueue();
+    EXPECT_FALSE(delegate_->applicationShouldTerminate());
+    EXPECT_TRUE(framework_.cancelButton->isHidden);
+    EXPECT_EQ(alerts(), CallList());
+}
+
+TEST_F(WindowFlow, ProductNotInstalledTheAlertAppearsAndTheApplicationQuits) {
+    removeProduct();
+    // Quitting ends the process on a Mac; what follows here is a request that returned.
+    controller_.uninstallAction();
+    ASSERT_GE(mac_.calls.size(), 2U);
+    EXPECT_EQ(alerts().at(0), kNotInstalled);
+    EXPECT_GE(framework_.terminations, 1);
+    EXPECT_TRUE(controller_.terminateEnabled());
+}
+
+TEST_F(WindowFlow, ARequestToQuitThatReturnsLetsTheBlockCarryOn) {
+    removeProduct();
+    mac_.authorization.grants = false;
+    controller_.uninstallAction();
+    EXPECT_EQ(alerts(), (CallList{kNotInstalled, kNewVersion, kNotAuthorized}));
+    EXPECT_EQ(mac_.callsOf("terminate").size(), 3U);
+}
+
+TEST_F(WindowFlow, CarryingOnAfterAnAlertEndsInTheUninstallationItself) {
+    removeProduct();
+    controller_.uninstallAction();
+    EXPECT_EQ(alerts(), (CallList{kNotInstalled, kNewVersion}));
+    EXPECT_EQ(helper_.lists.size(), 1U);
+}
+
+TEST_F(WindowFlow, NewerProductInstalledTheNewVersionAlertInFixedEnglish) {
+    mac_.bundles.install("/Applications/Sentrel.app", "7.0", "700");
+    mac_.authorization.grants = false;
+    controller_.uninstallAction();
+    EXPECT_EQ(alerts(), (CallList{kNewVersion, kNotAuthorized}));
+}
+
+TEST_F(WindowFlow, AuthorizationDialogCancelledTheNotAuthorizedAlert) {
+    mac_.authorization.grants = false;
+    controller_.uninstallAction();
+    EXPECT_EQ(alerts(), CallList{kNotAuthorized});
+    EXPECT_EQ(framework_.terminations, 1);
+    EXPECT_EQ(mac_.callsOf("bless"), CallList());
+}
+
+TEST_F(WindowFlow, AFailedBlessingOfTheInstallerHelperIsNotAuthorized) {
+    mac_.serviceManagement.failures["com.norvik.InstallerHelper"] = {"no", 4};
+    controller_.uninstallAction();
+    EXPECT_EQ(alerts(), CallList{kNotAuthorized});
+    EXPECT_EQ(mac_.callsOf("bless"), CallList{"bless com.norvik.InstallerHelper"});
+}
+
+TEST_F(WindowFlow, AFailedBlessingOfTheSupportHelperIsNotAuthorized) {
+    mac_.serviceManagement.failures["com.norvik.SupportPrivilegedHelper"] = {"no", 4};
+    controller_.uninstallAction();
+    EXPECT_EQ(alerts(), CallList{kNotAuthorized});
+    EXPECT_TRUE(helper_.packages.empty());
+}
+
+TEST_F(WindowFlow, AFailedRuntimePackageIsNotAuthorized) {
+    helper_.packageError = Platform::Error{"bad package", 1};
+    controller_.uninstallAction();
+    EXPECT_EQ(alerts(), CallList{kNotAuthorized});
+    EXPECT_TRUE(helper_.lists.empty());
+}
+
+TEST_F(WindowFlow, TheOKOfTheLocalizedAlertsHasADefault) {
+    mac_.bundles.mainTexts.clear();
+    mac_.authorization.grants = false;
+    removeProduct();
+    controller_.uninstallAction();
+    EXPECT_EQ(alerts(), (CallList{"alert [OK] [] []", kNewVersion,
+                                  "alert [OK] [You are not authorized to run uninstallation.] []"}));
+}
+
+TEST_F(WindowFlow, WithoutAnAlertToShowTheApplicationQuitsAllTheSame) {
+    framework_.makesAlerts = false;
+    mac_.authorization.grants = false;
+    controller_.uninstallAction();
+    EXPECT_EQ(mac_.callsOf("no alert").size(), 1U);
+    EXPECT_EQ(alerts(), CallList());
+    EXPECT_EQ(framework_.terminations, 1);
+}
+
+TEST_F(WindowFlow, QuittingIsAllowedWhileReadyAndRefusedWhileRunning) {
+    EXPECT_TRUE(delegate_->applicationShouldTerminate());
+    helper_.reportsAtMost = 0;
+    controller_.uninstallAction();
+    EXPECT_FALSE(delegate_->applicationShouldTerminate());
+}
+
+TEST_F(WindowFlow, AWindowWithoutAControllerRefusesToQuit) {
+    framework_.window->controller = nullptr;
+    EXPECT_FALSE(delegate_->applicationShouldTerminate());
+}
+
+TEST_F(WindowFlow, AnotherKindOfControllerRefusesToQuitAndGetsNoBlock) {
+    struct Other final : Uninstall_Sentrel::WindowController {};
+    Other other;
+    framework_.window->controller = &other;
+    delegate_->applicationDidFinishLaunching();
+    EXPECT_FALSE(delegate_->applicationShouldTerminate());
+}
+
+TEST_F(WindowFlow, ReportsForAWindowWithoutTheControllerAreDropped) {
+    controller_.uninstallAction();
+    framework_.window->controller = nullptr;
+    framework_.drainMainQueue();
+    EXPECT_EQ(framework_.progressIndicator->values, std::vector<double>{0});
+}
+
+TEST_F(WindowFlow, TheHelperClientIsMadeAtItsFirstUseAndKept) {
+    InstallCommon::InstallationHelperClient& client = delegate_->installationClient();
+    EXPECT_EQ(&delegate_->installationClient(), &client);
+    EXPECT_EQ(client.machServiceName(), "com.norvik.InstallerHelper");
+    EXPECT_TRUE(client.isServicePrivileged());
+}
+
+TEST_F(WindowFlow, TheUninstallBlockHoldsTheDelegate) {
+    const std::weak_ptr<AppDelegate> observed = delegate_;
+    framework_.shouldTerminate = nullptr;
+    delegate_.reset();
+    EXPECT_FALSE(observed.expired());
+    controller_.setUninstallBlock({});
+    EXPECT_TRUE(observed.expired());
+}
+
+using WindowFlowDeathTest = WindowFlow;
+
+TEST_F(WindowFlowDeathTest, AnAbsentWindowIsFatalWhenTheApplicationIsToQuit) {
+    framework_.window.reset();
+    EXPECT_DEATH(static_cast<void>(delegate_->applicationShouldTerminate()),
+                 "Fatal error: The window is gone.");
+}
+
+TEST_F(WindowFlowDeathTest, AnAbsentWindowIsFatalForAReport) {
+    controller_.uninstallAction();
+    framework_.window.reset();
+    EXPECT_DEATH(framework_.drainMainQueue(), "Fatal error: The window is gone.");
+}
+
+TEST_F(WindowFlowDeathTest, AnAbsentProgressBarIsFatalForAReport) {
+    controller_.uninstallAction();
+    framework_.progressIndicator.reset();
+    EXPECT_DEATH(framework_.drainMainQueue(), "Fatal error: The progress bar is gone.");
+}
+
+TEST_F(WindowFlowDeathTest, AnAbsentDescriptionLineIsFatalForAReport) {
+    controller_.uninstallAction();
+    framework_.progressDescription.reset();
+    EXPECT_DEATH(framework_.drainMainQueue(), "Fatal error: The description line is gone.");
+}
+
+}  // namespace
