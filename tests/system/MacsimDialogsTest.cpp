@@ -5,16 +5,16 @@
 
 #include <gtest/gtest.h>
 
-#include "VirtualDisplay.h"
 #include "support/SimulatedMac.h"
+#include "support/VirtualDisplay.h"
 
 namespace {
 
 using namespace std::chrono_literals;
-using SystemTests::VirtualDisplay;
 using TestSupport::ProgramResult;
 using TestSupport::runProgram;
 using TestSupport::SimulatedMac;
+using TestSupport::VirtualDisplay;
 using Words = std::vector<std::string>;
 
 constexpr const char* kDialog = "SecurityAgent";

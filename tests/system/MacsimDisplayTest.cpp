@@ -6,15 +6,15 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include "VirtualDisplay.h"
 #include "support/SimulatedMac.h"
+#include "support/VirtualDisplay.h"
 
 namespace {
 
-using SystemTests::VirtualDisplay;
 using TestSupport::ProgramResult;
 using TestSupport::runProgram;
 using TestSupport::SimulatedMac;
+using TestSupport::VirtualDisplay;
 using Words = std::vector<std::string>;
 
 class MacsimDisplay : public ::testing::Test {

@@ -6,7 +6,7 @@
 #include <unistd.h>
 
 #include <cstdint>
-#include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <memory>
@@ -45,19 +45,16 @@ class Scratch {
         folder_ = mkdtemp(path.data()) != nullptr ? path : "";
     }
     ~Scratch() {
-        for (const std::string& file : files_) {
-            std::remove(file.c_str());
-        }
-        rmdir(folder_.c_str());
+        std::error_code ignored;
+        std::filesystem::remove_all(folder_, ignored);
     }
     Scratch(const Scratch&) = delete;
     Scratch& operator=(const Scratch&) = delete;
 
-    std::string file(const std::string& name) { return files_.emplace_back(folder_ + '/' + name); }
+    std::string file(const std::string& name) const { return folder_ + '/' + name; }
 
   private:
     std::string folder_;
-    std::vector<std::string> files_;
 };
 
 // The exit status of a program whose standard output goes to `output` when that is not empty.
@@ -166,7 +163,14 @@ struct Sample {
 
 class ArchiveConformance : public testing::TestWithParam<Sample> {
   protected:
-    ArchiveConformance() : ours_(GetParam().archive()) { write(ourFile_, ours_); }
+    ArchiveConformance() : ours_(GetParam().archive()) {
+        write(ourFile_, ours_);
+        // GNUstep's programs keep defaults and temporary files; not in the user's home folder.
+        const std::string configuration = scratch_.file("GNUstep.conf");
+        std::ofstream(configuration) << "GNUSTEP_USER_DEFAULTS_DIR=" << scratch_.file("defaults") << '\n';
+        setenv("GNUSTEP_CONFIG_FILE", configuration.c_str(), 1);
+        setenv("TEMP", scratch_.file("").c_str(), 1);
+    }
 
     // Has another implementation write the list anew and expects to find the same in it.
     void expectRewritten(std::vector<std::string> program, const std::string& verb) {

@@ -3,8 +3,8 @@
 //
 //   WindowProbe LIBRARY [KEY=VALUE ...]
 //
-// KEY is a key of the interface's texts, or "title", "version", "resources" (the folder of the icon), "frameworks"
-// (a folder; may be given several times).
+// KEY is a key of the interface's texts, or "title", "version", "resources" (the folder of the icon),
+// "frameworks" (a folder; may be given several times).
 
 #include <dlfcn.h>
 #include <unistd.h>

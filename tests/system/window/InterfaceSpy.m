@@ -24,7 +24,10 @@ static NSMutableDictionary *describe(NSView *view, NSString *kind) {
     inWindow.origin = [[view window] convertBaseToScreen:inWindow.origin];
     [facts setObject:kind forKey:@"kind"];
     [facts setObject:rectangle(inWindow) forKey:@"frame"];
-    [facts setObject:[NSNumber numberWithBool:[view isHiddenOrHasHiddenAncestor]] forKey:@"hidden"];
+    // A button may lie outside its window for the sake of its key.
+    [facts setObject:[NSNumber numberWithBool:[view isHiddenOrHasHiddenAncestor] ||
+                                              NSIsEmptyRect([view visibleRect])]
+              forKey:@"hidden"];
     return facts;
 }
 

@@ -74,7 +74,7 @@ TEST(Window, WhileRunningTheCloseBoxAndQuitAreRefused) {
     const auto closeBox = running->main()->closeBox;
     ASSERT_TRUE(closeBox) << "the window has a close box";
     mac.display().click(closeBox->first, closeBox->second);
-    mac.display().focus(kTitle);
+    EXPECT_TRUE(mac.display().waitForWindow(kTitle));
     mac.display().press("alt+q");
     EXPECT_EQ(mac.exitStatus(2), -1) << "it has ended";
     EXPECT_TRUE(mac.now().isRunning());
@@ -102,7 +102,7 @@ TEST_P(EndsTheReadyWindow, AndChangesNothing) {
     if (std::string(GetParam()) == "Cancel") {
         mac.click(*ready->main()->button("Cancel"));
     } else {
-        mac.display().focus(kTitle);
+        EXPECT_TRUE(mac.display().waitForWindow(kTitle));
         mac.display().press(GetParam());
     }
     EXPECT_EQ(mac.exitStatus(20), 0) << mac.terminal();
@@ -119,7 +119,7 @@ TEST(Window, ReturnPressesUninstall) {
     WindowedMac mac({"--installed", "current"});
     mac.start();
     ASSERT_TRUE(mac.waitFor(isReady)) << mac.terminal();
-    mac.display().focus(kTitle);
+    EXPECT_TRUE(mac.display().waitForWindow(kTitle));
     mac.display().press("Return");
     EXPECT_TRUE(mac.cancelAdministratorDialog());
 }
@@ -192,7 +192,8 @@ TEST(Window, ParentalControlThatRefusesLeavesTheWindowReady) {
     WindowedMac mac({"--installed", "current", "--parental-control", "refused"});
     mac.start();
     ASSERT_TRUE(mac.pressUninstall()) << mac.terminal();
-    EXPECT_FALSE(mac.display().shows("SecurityAgent", 3)) << "no administrator is asked";
+    EXPECT_FALSE(mac.display().waitForWindow("SecurityAgent", std::chrono::seconds(3)))
+        << "no administrator is asked";
     EXPECT_TRUE(mac.now().isReady());
     EXPECT_EQ(mac.exitStatus(1), -1);
 }

@@ -122,7 +122,7 @@ const Interface::Window* Interface::windowWithText(const std::string& text) cons
 
 WindowedMac::WindowedMac(const std::vector<std::string>& createOptions,
                          const std::vector<std::string>& faults, const std::string& language)
-    : mac_(withUser(createOptions, language)), display_(mac_.scratch()), faults_(faults) {
+    : mac_(withUser(createOptions, language)), faults_(faults) {
     if (!mac_.exists(kInstalledUninstaller)) {
         mac_.putUninstaller("/Users/alice/Downloads");
     }
@@ -187,23 +187,21 @@ bool WindowedMac::pressUninstall() const {
 
 bool WindowedMac::giveAdministratorPassword(const std::string& password,
                                             const std::string& screenshot) const {
-    if (!display_.shows(kAdministratorDialog, 30)) {
+    if (!display_.waitForWindow(kAdministratorDialog)) {
         return false;
     }
     if (!screenshot.empty() && !writeScreenshot(screenshot)) {
         return false;
     }
-    display_.focus(kAdministratorDialog);
     display_.type(password);
     display_.press("Return");
     return true;
 }
 
 bool WindowedMac::cancelAdministratorDialog() const {
-    if (!display_.shows(kAdministratorDialog, 30)) {
+    if (!display_.waitForWindow(kAdministratorDialog)) {
         return false;
     }
-    display_.focus(kAdministratorDialog);
     display_.press("Escape");
     return true;
 }

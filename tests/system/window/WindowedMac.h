@@ -6,7 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "support/Display.h"
+#include "support/BackgroundProgram.h"
+#include "support/VirtualDisplay.h"
 #include "system/product/ProductMac.h"
 
 namespace SystemTests {
@@ -83,7 +84,7 @@ class WindowedMac {
     int exitStatus(int seconds) { return program_ ? program_->wait(seconds) : -1; }
 
     [[nodiscard]] ProductMac& mac() { return mac_; }
-    [[nodiscard]] const TestSupport::Display& display() const { return display_; }
+    [[nodiscard]] const TestSupport::VirtualDisplay& display() const { return display_; }
     /// What macsim and the uninstaller wrote to the terminal.
     [[nodiscard]] std::string terminal() const;
     /// Writes build/screenshots/`name`.png.
@@ -91,7 +92,7 @@ class WindowedMac {
 
   private:
     ProductMac mac_;
-    TestSupport::Display display_;
+    TestSupport::VirtualDisplay display_;
     std::vector<std::string> faults_;
     std::unique_ptr<TestSupport::BackgroundProgram> program_;
 };

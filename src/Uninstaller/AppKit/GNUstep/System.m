@@ -1,5 +1,7 @@
 #import "Uninstaller/AppKit/System.h"
 
+#import <signal.h>
+
 #import "Uninstaller/AppKit/GNUstep/Display.h"
 #import "Uninstaller/AppKit/GNUstep/Panels.h"
 #import "Uninstaller/AppKit/GNUstep/Seclusion.h"
@@ -63,8 +65,16 @@ void SNTMakeApplication(void) {
                                                                     @"GSSuppressAppIcon",
                                                                     // Natural distances between letters.
                                                                     [NSNumber numberWithInt:0x11],
-                                                                    @"GSFontHinting", nil]];
+                                                                    @"GSFontHinting", @"\u2318",
+                                                                    @"GSCommandKeyString", nil]];
+    // The X backend has these signals end the application from inside their handlers, where Xlib's locks may be held.
+    struct sigaction terminated;
+    struct sigaction interrupted;
+    sigaction(SIGTERM, NULL, &terminated);
+    sigaction(SIGINT, NULL, &interrupted);
     [NSApplication sharedApplication];
+    sigaction(SIGTERM, &terminated, NULL);
+    sigaction(SIGINT, &interrupted, NULL);
     NSArray* installed = [[NSFontManager sharedFontManager] availableFonts];
     chooseFonts(installed);
     chooseSubstitutes(installed);

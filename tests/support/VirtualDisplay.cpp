@@ -1,4 +1,4 @@
-#include "VirtualDisplay.h"
+#include "support/VirtualDisplay.h"
 
 #include <array>
 #include <cerrno>
@@ -13,7 +13,7 @@
 
 #include "support/SimulatedMac.h"
 
-namespace SystemTests {
+namespace TestSupport {
 
 using namespace std::chrono_literals;
 
@@ -92,7 +92,7 @@ std::string VirtualDisplay::ask(const std::vector<std::string>& words) const {
     }
     command.emplace_back("xdotool");
     command.insert(command.end(), words.begin(), words.end());
-    const TestSupport::ProgramResult result = TestSupport::runProgram(command, 20);
+    const ProgramResult result = runProgram(command, 20);
     return result.status == 0 ? result.out : "";
 }
 
@@ -115,8 +115,23 @@ void VirtualDisplay::type(const std::string& text) const {
     static_cast<void>(ask({"type", text}));
 }
 
-void VirtualDisplay::press(const std::string& key) const {
-    static_cast<void>(ask({"key", key}));
+void VirtualDisplay::press(const std::string& keys) const {
+    static_cast<void>(ask({"key", keys}));
 }
 
-}  // namespace SystemTests
+void VirtualDisplay::click(double x, double y) const {
+    static_cast<void>(ask(
+        {"mousemove", "--sync", std::to_string(static_cast<int>(x)), std::to_string(static_cast<int>(y))}));
+    static_cast<void>(ask({"click", "1"}));
+}
+
+bool VirtualDisplay::writeScreenshot(const std::string& file) const {
+    // The strip at the top is the menu bar.
+    return runProgram({"import", "-display", name_, "-window", "root", file}, 30).status == 0 &&
+           runProgram({"mogrify", "-gravity", "north", "-chop", "0x26", "-bordercolor", "black", "-trim",
+                       "+repage", "-bordercolor", "#8a93a3", "-border", "24", file},
+                      30)
+                   .status == 0;
+}
+
+}  // namespace TestSupport

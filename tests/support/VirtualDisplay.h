@@ -6,10 +6,10 @@
 
 #include <sys/types.h>
 
-namespace SystemTests {
+namespace TestSupport {
 
-/// An X display of its own that nobody sees, and the keyboard in front of it; gone at the end. Operations
-/// that fail fail the test.
+/// An X display of its own that nobody sees, with a keyboard and a mouse in front of it; gone at the end.
+/// Operations that fail fail the test.
 class VirtualDisplay {
   public:
     /// Only those who know a cookie of the X authority file `authority` may use it, if that is not empty.
@@ -29,8 +29,13 @@ class VirtualDisplay {
     /// Its height in pixels; 0 when there is none.
     [[nodiscard]] int windowHeight(const std::string& title) const;
     void type(const std::string& text) const;
-    /// "Return", "Escape", "Tab".
-    void press(const std::string& key) const;
+    /// Keys as xdotool names them: "Return", "Escape", "alt+q".
+    void press(const std::string& keys) const;
+    /// Moves the mouse to a place counted from the upper left corner and clicks.
+    void click(double x, double y) const;
+    /// Writes the windows, without menu bar and empty surroundings, as a PNG file. False when nothing was
+    /// written.
+    [[nodiscard]] bool writeScreenshot(const std::string& file) const;
 
   private:
     /// What xdotool says; empty when it fails.
@@ -41,4 +46,4 @@ class VirtualDisplay {
     std::string authority_;
 };
 
-}  // namespace SystemTests
+}  // namespace TestSupport

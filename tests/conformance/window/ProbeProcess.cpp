@@ -1,0 +1,198 @@
+#include "ProbeProcess.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <signal.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <chrono>
+#include <cstdlib>
+#include <thread>
+
+namespace WindowTests {
+
+namespace {
+
+constexpr int kPatience = 15000;
+
+std::vector<char*> pointers(std::vector<std::string>& words) {
+    std::vector<char*> result;
+    for (std::string& word : words) {
+        result.push_back(word.data());
+    }
+    result.push_back(nullptr);
+    return result;
+}
+
+/// The environment of this process with another display.
+std::vector<std::string> environmentFor(const std::string& display) {
+    std::vector<std::string> result;
+    for (char** entry = environ; *entry != nullptr; ++entry) {
+        if (std::string(*entry).rfind("DISPLAY=", 0) != 0) {
+            result.emplace_back(*entry);
+        }
+    }
+    if (!display.empty()) {
+        result.push_back("DISPLAY=" + display);
+    }
+    return result;
+}
+
+/// Starts a program with these descriptors (-1: closed) as its first ones and nothing else open.
+pid_t start(std::vector<std::string> command, const std::string& display, int input, int output,
+            int extra = -1) {
+    std::vector<std::string> environment = environmentFor(display);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    if (input >= 0) {
+        posix_spawn_file_actions_adddup2(&actions, input, 0);
+    } else {
+        posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
+    }
+    if (output >= 0) {
+        posix_spawn_file_actions_adddup2(&actions, output, 1);
+    } else {
+        posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
+    }
+    if (extra >= 0) {
+        posix_spawn_file_actions_adddup2(&actions, extra, 3);
+    }
+    pid_t child = -1;
+    if (posix_spawnp(&child, command.front().c_str(), &actions, nullptr, pointers(command).data(),
+                     pointers(environment).data()) != 0) {
+        child = -1;
+    }
+    posix_spawn_file_actions_destroy(&actions);
+    return child;
+}
+
+std::string readAll(int descriptor) {
+    std::string text;
+    std::array<char, 512> buffer{};
+    for (ssize_t count = 0; (count = read(descriptor, buffer.data(), buffer.size())) > 0;) {
+        text.append(buffer.data(), static_cast<std::size_t>(count));
+    }
+    return text;
+}
+
+void endProcess(pid_t process, int signal) {
+    if (process > 0) {
+        kill(process, signal);
+        waitpid(process, nullptr, 0);
+    }
+}
+
+}  // namespace
+
+Display::Display() {
+    std::array<int, 2> number{};
+    if (pipe2(number.data(), O_CLOEXEC) != 0) {
+        return;
+    }
+    server_ = start({"Xvfb", "-displayfd", "3", "-screen", "0", "800x600x24", "-nolisten", "tcp"}, "", -1, -1,
+                    number[1]);
+    close(number[1]);
+    // Standard error is the test's: what the server has to say is part of the log.
+    std::string text;
+    char character = 0;
+    while (server_ > 0 && read(number[0], &character, 1) == 1 && character != '\n') {
+        text += character;
+    }
+    close(number[0]);
+    if (!text.empty()) {
+        name_ = ":" + text;
+    }
+}
+
+Display::~Display() {
+    endProcess(server_, SIGTERM);
+}
+
+std::string Display::xdotool(const std::vector<std::string>& arguments) const {
+    std::array<int, 2> output{};
+    if (pipe2(output.data(), O_CLOEXEC) != 0) {
+        return {};
+    }
+    std::vector<std::string> command{"timeout", "10", "xdotool"};
+    command.insert(command.end(), arguments.begin(), arguments.end());
+    const pid_t child = start(command, name_, -1, output[1]);
+    close(output[1]);
+    const std::string text = readAll(output[0]);
+    close(output[0]);
+    int status = -1;
+    return child > 0 && waitpid(child, &status, 0) == child && status == 0 ? text : std::string();
+}
+
+ProbeProcess::ProbeProcess(const std::string& display, const std::vector<std::string>& settings) {
+    std::array<int, 2> input{};
+    std::array<int, 2> output{};
+    if (pipe2(input.data(), O_CLOEXEC) != 0 || pipe2(output.data(), O_CLOEXEC) != 0) {
+        return;
+    }
+    std::vector<std::string> command{WINDOW_PROBE, WINDOW_LIBRARY};
+    command.insert(command.end(), settings.begin(), settings.end());
+    child_ = start(command, display, input[0], output[1]);
+    close(input[0]);
+    close(output[1]);
+    input_ = input[1];
+    output_ = output[0];
+}
+
+ProbeProcess::~ProbeProcess() {
+    endProcess(child_, SIGKILL);
+    close(input_);
+    close(output_);
+}
+
+void ProbeProcess::tell(const std::string& command) const {
+    const std::string line = command + "\n";
+    // A probe that has ended is noticed when it is listened to.
+    [[maybe_unused]] const ssize_t written = write(input_, line.data(), line.size());
+}
+
+bool ProbeProcess::readLine(std::string& line, int milliseconds) {
+    for (std::size_t end = 0; (end = rest_.find('\n')) == std::string::npos;) {
+        pollfd ready{output_, POLLIN, 0};
+        std::array<char, 512> buffer{};
+        if (poll(&ready, 1, milliseconds) != 1) {
+            return false;
+        }
+        const ssize_t count = read(output_, buffer.data(), buffer.size());
+        if (count <= 0) {
+            return false;
+        }
+        rest_.append(buffer.data(), static_cast<std::size_t>(count));
+    }
+    const std::size_t end = rest_.find('\n');
+    line = rest_.substr(0, end);
+    rest_.erase(0, end + 1);
+    return true;
+}
+
+bool ProbeProcess::hears(const std::string& line) {
+    std::string next;
+    while (readLine(next, kPatience)) {
+        heard_.push_back(next);
+        if (next == line) {
+            return true;
+        }
+    }
+    return false;
+}
+
+int ProbeProcess::status() {
+    for (int waited = 0; waited < kPatience; waited += 20) {
+        int status = 0;
+        if (child_ > 0 && waitpid(child_, &status, WNOHANG) == child_) {
+            child_ = -1;
+            return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    return -1;
+}
+
+}  // namespace WindowTests

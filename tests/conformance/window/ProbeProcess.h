@@ -1,0 +1,56 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <string>
+#include <vector>
+
+namespace WindowTests {
+
+/// An X server without a screen, on a display of its own, for the life of the object.
+class Display {
+  public:
+    Display();
+    Display(const Display&) = delete;
+    Display& operator=(const Display&) = delete;
+    ~Display();
+
+    /// For DISPLAY; empty when the server did not start.
+    [[nodiscard]] const std::string& name() const { return name_; }
+    /// Runs xdotool with these arguments; returns what it wrote, or "" when it failed.
+    std::string xdotool(const std::vector<std::string>& arguments) const;
+
+  private:
+    pid_t server_ = -1;
+    std::string name_{};
+};
+
+/// A WindowProbe on a display, ended with the object.
+class ProbeProcess {
+  public:
+    /// `settings` as on the probe's command line. With an empty display, DISPLAY is not set.
+    ProbeProcess(const std::string& display, const std::vector<std::string>& settings);
+    ProbeProcess(const ProbeProcess&) = delete;
+    ProbeProcess& operator=(const ProbeProcess&) = delete;
+    ~ProbeProcess();
+
+    [[nodiscard]] pid_t pid() const { return child_; }
+    void tell(const std::string& command) const;
+    /// Waits for a line that is equal to `line`. False when it did not come; what came instead is in `heard`.
+    bool hears(const std::string& line);
+    /// Every line that was read so far.
+    [[nodiscard]] const std::vector<std::string>& heard() const { return heard_; }
+    /// Waits for the end. The exit status, 128 and the signal's number, or -1 when it goes on.
+    int status();
+
+  private:
+    bool readLine(std::string& line, int milliseconds);
+
+    pid_t child_ = -1;
+    int input_ = -1;
+    int output_ = -1;
+    std::string rest_{};
+    std::vector<std::string> heard_{};
+};
+
+}  // namespace WindowTests

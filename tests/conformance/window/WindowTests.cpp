@@ -1,0 +1,306 @@
+// The window's library, as its user meets it: on an X server, with keyboard and mouse.
+
+#include <gtest/gtest.h>
+#include <signal.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "ProbeProcess.h"
+
+namespace WindowTests {
+namespace {
+
+struct Frame {
+    int x = 0;
+    int y = 0;
+    int width = 0;
+    int height = 0;
+};
+
+std::vector<std::string> texts(const std::vector<std::string>& more = {}) {
+    std::vector<std::string> settings{
+        "title=Uninstall Sentrel",
+        "headline=Sentrel Uninstaller",
+        "label=Sentrel and everything that belongs to it will be removed from this Mac.",
+        "uninstall=Uninstall",
+        "cancel=Cancel",
+        "about=About Uninstall Sentrel",
+        "hide=Hide Uninstall Sentrel",
+        "quit=Quit Uninstall Sentrel",
+        "version=6.4 (640)",
+        std::string("resources=") + ICON_FOLDER};
+    settings.insert(settings.end(), more.begin(), more.end());
+    return settings;
+}
+
+class Window : public testing::Test {
+  protected:
+    void SetUp() override { ASSERT_NE(display_.name(), "") << "Xvfb does not start"; }
+
+    /// The visible window of this name; a width of 0 when there is none.
+    Frame frame(const std::string& title) {
+        std::istringstream lines(display_.xdotool({"search", "--sync", "--onlyvisible", "--name",
+                                                   "^" + title + "$", "getwindowgeometry", "--shell"}));
+        Frame result;
+        for (std::string line; std::getline(lines, line);) {
+            const std::size_t equals = line.find('=');
+            const std::string key = line.substr(0, equals);
+            int* value = key == "X"        ? &result.x
+                         : key == "Y"      ? &result.y
+                         : key == "WIDTH"  ? &result.width
+                         : key == "HEIGHT" ? &result.height
+                                           : nullptr;
+            if (value != nullptr) {
+                *value = std::stoi(line.substr(equals + 1));
+            }
+        }
+        return result;
+    }
+
+    void click(int x, int y) {
+        display_.xdotool({"mousemove", std::to_string(x), std::to_string(y), "sleep", "0.1", "click", "1"});
+    }
+
+    void press(const std::string& key) { display_.xdotool({"key", key}); }
+
+    /// Whether what was asked for before has been done by now and `line` was not said meanwhile.
+    static bool staysSilentAbout(ProbeProcess& probe, const std::string& line) {
+        probe.tell("post 1");
+        return probe.hears("block 1") &&
+               std::find(probe.heard().begin(), probe.heard().end(), line) == probe.heard().end();
+    }
+
+    Display display_{};
+};
+
+TEST_F(Window, AppearsWithItsTitleAndTellsTheProgram) {
+    ProbeProcess probe(display_.name(), texts());
+    ASSERT_TRUE(probe.hears("launched"));
+    EXPECT_EQ(probe.heard(), (std::vector<std::string>{"loaded", "launched"}));
+    EXPECT_GE(frame("Uninstall Sentrel").width, 480);
+}
+
+TEST_F(Window, TakesAnotherTitle) {
+    ProbeProcess probe(display_.name(), texts());
+    ASSERT_TRUE(probe.hears("launched"));
+    probe.tell("title Désinstaller Sentrel");
+    EXPECT_GE(frame("Désinstaller Sentrel").width, 480);
+}
+
+TEST_F(Window, ReturnPressesUninstall) {
+    ProbeProcess probe(display_.name(), texts());
+    ASSERT_TRUE(probe.hears("launched"));
+    ASSERT_GT(frame("Uninstall Sentrel").width, 0);
+    press("Return");
+    EXPECT_TRUE(probe.hears("uninstall"));
+}
+
+TEST_F(Window, EscapePressesCancel) {
+    ProbeProcess probe(display_.name(), texts());
+    ASSERT_TRUE(probe.hears("launched"));
+    ASSERT_GT(frame("Uninstall Sentrel").width, 0);
+    press("Escape");
+    EXPECT_TRUE(probe.hears("cancel"));
+}
+
+TEST_F(Window, ButtonsStandAtTheBottomRight) {
+    ProbeProcess probe(display_.name(), texts());
+    ASSERT_TRUE(probe.hears("launched"));
+    const Frame window = frame("Uninstall Sentrel");
+    click(window.x + window.width - 40, window.y + window.height - 34);
+    EXPECT_TRUE(probe.hears("uninstall"));
+    click(window.x + window.width - 150, window.y + window.height - 34);
+    EXPECT_TRUE(probe.hears("cancel"));
+}
+
+TEST_F(Window, NeitherKeyPressesAHiddenOrDisabledButton) {
+    ProbeProcess probe(display_.name(), texts());
+    ASSERT_TRUE(probe.hears("launched"));
+    ASSERT_GT(frame("Uninstall Sentrel").width, 0);
+    probe.tell("run");
+    ASSERT_TRUE(probe.hears("running"));
+    press("Escape");
+    press("Return");
+    display_.xdotool({"sleep", "0.3"});
+    EXPECT_TRUE(staysSilentAbout(probe, "cancel"));
+    EXPECT_TRUE(staysSilentAbout(probe, "uninstall"));
+}
+
+TEST_F(Window, ReturnPressesTheButtonWithItsLaterAction) {
+    ProbeProcess probe(display_.name(), texts());
+    ASSERT_TRUE(probe.hears("launched"));
+    ASSERT_GT(frame("Uninstall Sentrel").width, 0);
+    probe.tell("run");
+    probe.tell("finish Done");
+    ASSERT_TRUE(probe.hears("finished"));
+    press("Return");
+    EXPECT_TRUE(probe.hears("finish"));
+    EXPECT_TRUE(staysSilentAbout(probe, "uninstall"));
+}
+
+TEST_F(Window, CloseBoxAsksAndStaysWhenRefused) {
+    ProbeProcess probe(display_.name(), texts());
+    ASSERT_TRUE(probe.hears("launched"));
+    probe.tell("may-close no");
+    const Frame window = frame("Uninstall Sentrel");
+    click(window.x + window.width - 16, window.y + 16);
+    EXPECT_TRUE(probe.hears("should-close"));
+    EXPECT_TRUE(staysSilentAbout(probe, "should-terminate"));
+    EXPECT_EQ(frame("Uninstall Sentrel").width, window.width);
+}
+
+TEST_F(Window, QuitKeyAsksAndStaysWhenRefused) {
+    ProbeProcess probe(display_.name(), texts());
+    ASSERT_TRUE(probe.hears("launched"));
+    const Frame window = frame("Uninstall Sentrel");
+    ASSERT_GT(window.width, 0);
+    probe.tell("may-terminate no");
+    ASSERT_TRUE(staysSilentAbout(probe, "should-terminate"));
+    press("alt+q");
+    EXPECT_TRUE(probe.hears("should-terminate"));
+    EXPECT_EQ(frame("Uninstall Sentrel").width, window.width);
+    probe.tell("may-terminate yes");
+    ASSERT_TRUE(staysSilentAbout(probe, "came back"));
+    press("alt+q");
+    EXPECT_EQ(probe.status(), 0);
+}
+
+TEST_F(Window, QuitOfTheMenuEndsWithStatusZero) {
+    ProbeProcess probe(display_.name(), texts());
+    ASSERT_TRUE(probe.hears("launched"));
+    ASSERT_GT(frame("Uninstall Sentrel").width, 0);
+    click(60, 14);
+    display_.xdotool({"sleep", "0.5"});
+    click(60, 108);
+    EXPECT_TRUE(probe.hears("should-terminate"));
+    EXPECT_EQ(probe.status(), 0);
+}
+
+TEST_F(Window, TerminateReturnsWhenRefusedAndEndsWithStatusZeroWhenAgreed) {
+    ProbeProcess probe(display_.name(), texts());
+    ASSERT_TRUE(probe.hears("launched"));
+    probe.tell("may-terminate no");
+    probe.tell("terminate");
+    ASSERT_TRUE(probe.hears("should-terminate"));
+    ASSERT_TRUE(probe.hears("still here"));
+    probe.tell("may-terminate yes");
+    probe.tell("terminate");
+    EXPECT_EQ(probe.status(), 0);
+}
+
+TEST_F(Window, BlocksOfAnotherThreadRunInOrder) {
+    ProbeProcess probe(display_.name(), texts());
+    ASSERT_TRUE(probe.hears("launched"));
+    probe.tell("post 500");
+    ASSERT_TRUE(probe.hears("block 500"));
+    std::vector<std::string> expected{"loaded", "launched"};
+    for (int number = 1; number <= 500; ++number) {
+        expected.push_back("block " + std::to_string(number));
+    }
+    EXPECT_EQ(probe.heard(), expected);
+}
+
+TEST_F(Window, BlocksRunWhileAnAlertIsOpenAndReturnAnswersIt) {
+    ProbeProcess probe(display_.name(), texts());
+    ASSERT_TRUE(probe.hears("launched"));
+    probe.tell("alert OK|Sentrel is not installed.|");
+    ASSERT_TRUE(probe.hears("alert"));
+    EXPECT_TRUE(staysSilentAbout(probe, "answered"));
+    display_.xdotool({"sleep", "0.5"});
+    press("Return");
+    EXPECT_TRUE(probe.hears("answered"));
+    EXPECT_TRUE(staysSilentAbout(probe, "uninstall"));
+}
+
+TEST_F(Window, GrowsWithItsTextsAndNeverShrinks) {
+    ProbeProcess probe(display_.name(), texts());
+    ASSERT_TRUE(probe.hears("launched"));
+    const Frame before = frame("Uninstall Sentrel");
+    std::string text = "Sentrel";
+    for (int count = 0; count < 60; ++count) {
+        text += " and more";
+    }
+    probe.tell("label " + text);
+    ASSERT_TRUE(probe.hears("label " + text));
+    const Frame taller = frame("Uninstall Sentrel");
+    EXPECT_GT(taller.height, before.height);
+    EXPECT_EQ(taller.y, before.y);
+    probe.tell(
+        "rename A title of a button that is a whole sentence long, which no language has, and a bit more");
+    ASSERT_TRUE(staysSilentAbout(probe, "came back"));
+    const Frame wider = frame("Uninstall Sentrel");
+    EXPECT_GT(wider.width, before.width);
+    probe.tell("label Sentrel");
+    probe.tell("rename OK");
+    ASSERT_TRUE(probe.hears("label Sentrel"));
+    EXPECT_EQ(frame("Uninstall Sentrel").height, wider.height);
+    EXPECT_EQ(frame("Uninstall Sentrel").width, wider.width);
+}
+
+TEST_F(Window, StartsNoProcesses) {
+    ProbeProcess probe(display_.name(), texts());
+    ASSERT_TRUE(probe.hears("launched"));
+    ASSERT_GT(frame("Uninstall Sentrel").width, 0);
+    const std::string pid = std::to_string(probe.pid());
+    std::ifstream file("/proc/" + pid + "/task/" + pid + "/children");
+    ASSERT_TRUE(file.is_open());
+    std::string children;
+    std::getline(file, children);
+    EXPECT_EQ(children, "");
+}
+
+TEST_F(Window, ASignalEndsItAtOnce) {
+    ProbeProcess probe(display_.name(), texts());
+    ASSERT_TRUE(probe.hears("launched"));
+    kill(probe.pid(), SIGTERM);
+    EXPECT_EQ(probe.status(), 128 + SIGTERM);
+}
+
+TEST_F(Window, WithoutFrameworksNoLockIsAsked) {
+    ProbeProcess probe(display_.name(), texts({"frameworks=/nowhere"}));
+    ASSERT_TRUE(probe.hears("launched"));
+    probe.tell("authorize");
+    EXPECT_TRUE(probe.hears("authorized"));
+}
+
+TEST_F(Window, UsesTheMakersFrameworksAndPassesOverABrokenOne) {
+    const std::filesystem::path broken = std::filesystem::path(testing::TempDir()) / "broken-frameworks";
+    for (const std::string name : {"NorvikCustomUI", "NorvikGuiCommon"}) {
+        const std::filesystem::path current = broken / (name + ".framework") / "Versions" / "Current";
+        std::filesystem::create_directories(current / "Resources");
+        std::ofstream(current / name) << "no code";
+        std::ofstream(current / "Resources" / "Info-gnustep.plist")
+            << "{ NSExecutable = \"" << name << "\"; }";
+    }
+    ProbeProcess probe(display_.name(), texts({"frameworks=" + broken.string(),
+                                               std::string("frameworks=") + MAKER_FRAMEWORKS}));
+    ASSERT_TRUE(probe.hears("launched"));
+    probe.tell("authorize");
+    EXPECT_TRUE(probe.hears("not authorized"));
+    probe.tell("alert OK|Message|Informative");
+    EXPECT_TRUE(probe.hears("maker's alert: OK, Message, Informative"));
+    EXPECT_TRUE(probe.hears("answered"));
+    probe.tell("alert none|Message|Informative");
+    EXPECT_TRUE(probe.hears("no alert"));
+    std::filesystem::remove_all(broken);
+}
+
+TEST(WindowWithoutDisplay, SaysSoWhenNoneIsNamed) {
+    ProbeProcess probe("", texts());
+    EXPECT_TRUE(probe.hears("unavailable: There is no display: DISPLAY is not set."));
+    EXPECT_EQ(probe.status(), 0);
+}
+
+TEST(WindowWithoutDisplay, SaysSoWhenItDoesNotAnswer) {
+    ProbeProcess probe(":4711", texts());
+    EXPECT_TRUE(probe.hears("unavailable: The display :4711 does not answer."));
+    EXPECT_EQ(probe.status(), 0);
+}
+
+}  // namespace
+}  // namespace WindowTests

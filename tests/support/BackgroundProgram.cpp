@@ -1,0 +1,85 @@
+#include "support/BackgroundProgram.h"
+
+#include <chrono>
+#include <csignal>
+#include <thread>
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace TestSupport {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+/// Starts `command` in a process group of its own, its output in `outputFile`. Returns -1 when it cannot be
+/// started.
+pid_t start(const std::vector<std::string>& command, const std::string& outputFile) {
+    std::vector<std::string> words = command;
+    std::vector<char*> pointers;
+    for (std::string& word : words) {
+        pointers.push_back(word.data());
+    }
+    pointers.push_back(nullptr);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, outputFile.c_str(),
+                                     O_WRONLY | O_CREAT | O_APPEND, 0600);
+    posix_spawn_file_actions_adddup2(&actions, STDOUT_FILENO, STDERR_FILENO);
+    posix_spawnattr_t attributes;
+    posix_spawnattr_init(&attributes);
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP);
+    pid_t pid = -1;
+    if (::posix_spawnp(&pid, pointers.front(), &actions, &attributes, pointers.data(), environ) != 0) {
+        pid = -1;
+    }
+    posix_spawnattr_destroy(&attributes);
+    posix_spawn_file_actions_destroy(&actions);
+    return pid;
+}
+
+void endGroup(pid_t leader) {
+    if (leader > 0) {
+        ::kill(-leader, SIGTERM);
+        for (int i = 0; i < 50; ++i) {
+            if (::waitpid(leader, nullptr, WNOHANG) != 0) {
+                return;
+            }
+            std::this_thread::sleep_for(100ms);
+        }
+        ::kill(-leader, SIGKILL);
+        ::waitpid(leader, nullptr, 0);
+    }
+}
+
+}  // namespace
+
+BackgroundProgram::BackgroundProgram(const std::vector<std::string>& command, const std::string& outputFile)
+    : pid_(start(command, outputFile)) {}
+
+BackgroundProgram::~BackgroundProgram() {
+    if (status_ == -1) {
+        endGroup(pid_);
+    }
+}
+
+int BackgroundProgram::wait(int seconds) {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
+    while (status_ == -1 && pid_ > 0) {
+        int status = 0;
+        if (::waitpid(pid_, &status, WNOHANG) == pid_) {
+            status_ = WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
+        } else if (std::chrono::steady_clock::now() >= deadline) {
+            break;
+        } else {
+            std::this_thread::sleep_for(20ms);
+        }
+    }
+    return status_;
+}
+
+}  // namespace TestSupport
