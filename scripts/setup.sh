@@ -9,11 +9,12 @@ packages=(
     # the simulated Mac
     bubblewrap uidmap libarchive-tools
     # the window (gnustep-config asks make)
-    gobjc gobjc++ make gnustep-make libgnustep-base-dev libgnustep-gui-dev gnustep-back0.29-cairo fonts-dejavu-core libx11-dev
+    gobjc gobjc++ make gnustep-make libgnustep-base-dev libgnustep-gui-dev gnustep-back0.29-cairo
+    libx11-dev fontconfig fonts-dejavu-core fonts-inter
     # tests, conformance against other keyed archivers, benchmarks
     libgtest-dev libgmock-dev libbenchmark-dev python3 libplist-utils procps xvfb xdotool imagemagick
     # the check of the macOS side
-    libblocksruntime-dev libc++-14-dev lld-14
+    libblocksruntime-dev libc++-14-dev lld-14 llvm-14 libblocksruntime-dev
 )
 
 missing=()

@@ -198,6 +198,31 @@ TEST(Window, ParentalControlThatRefusesLeavesTheWindowReady) {
     EXPECT_EQ(mac.exitStatus(1), -1);
 }
 
+TEST(Window, ParentalControlThatIsNotUnlockedLeavesTheWindowReady) {
+    WindowedMac mac({"--installed", "current", "--parental-control", "on"});
+    mac.start();
+    ASSERT_TRUE(mac.pressUninstall()) << mac.terminal();
+    ASSERT_TRUE(mac.display().waitForWindow("Parental control"));
+    EXPECT_TRUE(mac.writeScreenshot("parental-control"));
+    mac.display().press("Escape");
+    ASSERT_TRUE(mac.display().waitUntilGone("Parental control"));
+    EXPECT_TRUE(mac.waitFor(isReady, 5));
+    ASSERT_TRUE(mac.display().waitForWindow(kTitle));
+    mac.display().press("alt+q");
+    EXPECT_EQ(mac.exitStatus(20), 0) << mac.terminal();
+    mac.mac().expectInstalled();
+}
+
+TEST(Window, ParentalControlThatIsUnlockedLetsTheRunBegin) {
+    WindowedMac mac({"--installed", "current", "--parental-control", "on"});
+    mac.start();
+    ASSERT_TRUE(mac.pressUninstall()) << mac.terminal();
+    ASSERT_TRUE(mac.display().waitForWindow("Parental control"));
+    mac.display().type("sentrel");
+    mac.display().press("Return");
+    EXPECT_TRUE(mac.cancelAdministratorDialog());
+}
+
 TEST(Window, WithoutTheDaemonParentalControlIsNotAsked) {
     WindowedMac mac({"--installed", "snt-folder", "--parental-control", "refused"});
     mac.start();
