@@ -22,7 +22,7 @@ uninstaller="/Applications/Sentrel.app/Contents/Applications/Uninstall Sentrel.a
 if [ "$window" = yes ] && [ -z "${DISPLAY:-}" ]; then
     echo "There is no display (DISPLAY is not set). Running the window unseen and writing screenshots instead..."
     rm -rf build/screenshots
-    "$bin/WindowTests" --gtest_brief=1 </dev/null
+    "$bin/WindowSystemTests" --gtest_brief=1 </dev/null
     echo "What a user sees:"
     ls build/screenshots/*.png
     exit 0

@@ -10,7 +10,7 @@ packages=(
     bubblewrap uidmap libarchive-tools
     # the window (gnustep-config asks make)
     gobjc gobjc++ make gnustep-make libgnustep-base-dev libgnustep-gui-dev gnustep-back0.29-cairo
-    libx11-dev fontconfig fonts-dejavu-core fonts-inter
+    libx11-dev fontconfig fonts-dejavu-core fonts-inter fonts-droid-fallback
     # tests, conformance against other keyed archivers, benchmarks
     libgtest-dev libgmock-dev libbenchmark-dev python3 libplist-utils procps xvfb xdotool imagemagick
     # the check of the macOS side

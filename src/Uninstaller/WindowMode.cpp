@@ -131,9 +131,10 @@ void WindowProgram::cancelAction() {
 }
 
 void runApplication(ApplicationFramework& framework, int argc, char* argv[]) {
-    // Never destroyed: the connection's thread may still report while the process ends.
-    auto* const program = new WindowProgram(framework);
-    framework.applicationMain(argc, argv, *program);
+    // Lives until the process ends: the connection's thread may still report then.
+    static auto* const program = new std::unique_ptr<WindowProgram>;
+    *program = std::make_unique<WindowProgram>(framework);
+    framework.applicationMain(argc, argv, **program);
     Application* application = framework.sharedApplication();
     if (application == nullptr) {
         Base::fatalError("There is no application.");

@@ -11,7 +11,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "support/SimulatedMac.h"
+#include "support/RunProgram.h"
 
 namespace TestSupport {
 
@@ -85,44 +85,43 @@ VirtualDisplay::~VirtualDisplay() {
     }
 }
 
-std::string VirtualDisplay::ask(const std::vector<std::string>& words) const {
+std::string VirtualDisplay::xdotool(const std::vector<std::string>& arguments) const {
     std::vector<std::string> command{"env", "DISPLAY=" + name_};
     if (!authority_.empty()) {
         command.push_back("XAUTHORITY=" + authority_);
     }
     command.emplace_back("xdotool");
-    command.insert(command.end(), words.begin(), words.end());
+    command.insert(command.end(), arguments.begin(), arguments.end());
     const ProgramResult result = runProgram(command, 20);
     return result.status == 0 ? result.out : "";
 }
 
 bool VirtualDisplay::waitForWindow(const std::string& title, std::chrono::seconds limit) const {
-    return waitUntil(limit, [&] { return ask({"getwindowfocus", "getwindowname"}) == title + "\n"; });
+    return waitUntil(limit, [&] { return xdotool({"getwindowfocus", "getwindowname"}) == title + "\n"; });
 }
 
 bool VirtualDisplay::waitUntilGone(const std::string& title) const {
-    return waitUntil(20s, [&] { return ask({"search", "--onlyvisible", "--name", title}).empty(); });
+    return waitUntil(20s, [&] { return xdotool({"search", "--onlyvisible", "--name", title}).empty(); });
 }
 
 int VirtualDisplay::windowHeight(const std::string& title) const {
     const std::string text =
-        ask({"search", "--onlyvisible", "--name", title, "getwindowgeometry", "--shell"});
+        xdotool({"search", "--onlyvisible", "--name", title, "getwindowgeometry", "--shell"});
     const std::size_t line = text.find("\nHEIGHT=");
     return line == std::string::npos ? 0 : std::stoi(text.substr(line + 8));
 }
 
 void VirtualDisplay::type(const std::string& text) const {
-    static_cast<void>(ask({"type", text}));
+    xdotool({"type", text});
 }
 
 void VirtualDisplay::press(const std::string& keys) const {
-    static_cast<void>(ask({"key", keys}));
+    xdotool({"key", keys});
 }
 
 void VirtualDisplay::click(double x, double y) const {
-    static_cast<void>(ask(
-        {"mousemove", "--sync", std::to_string(static_cast<int>(x)), std::to_string(static_cast<int>(y))}));
-    static_cast<void>(ask({"click", "1"}));
+    xdotool({"mousemove", std::to_string(static_cast<int>(x)), std::to_string(static_cast<int>(y)), "sleep",
+             "0.2", "mousedown", "1", "sleep", "0.15", "mouseup", "1", "sleep", "0.2"});
 }
 
 bool VirtualDisplay::writeScreenshot(const std::string& file) const {

@@ -28,19 +28,19 @@ class VirtualDisplay {
     [[nodiscard]] bool waitUntilGone(const std::string& title) const;
     /// Its height in pixels; 0 when there is none.
     [[nodiscard]] int windowHeight(const std::string& title) const;
+    /// Runs xdotool with these arguments: what it says; empty when it fails.
+    std::string xdotool(const std::vector<std::string>& arguments) const;
     void type(const std::string& text) const;
     /// Keys as xdotool names them: "Return", "Escape", "alt+q".
     void press(const std::string& keys) const;
-    /// Moves the mouse to a place counted from the upper left corner and clicks.
+    /// Moves the mouse to a place counted from the upper left corner and clicks, as slowly as a hand: a
+    /// button that goes up as it goes down is missed when the machine is busy.
     void click(double x, double y) const;
     /// Writes the windows, without menu bar and empty surroundings, as a PNG file. False when nothing was
     /// written.
     [[nodiscard]] bool writeScreenshot(const std::string& file) const;
 
   private:
-    /// What xdotool says; empty when it fails.
-    [[nodiscard]] std::string ask(const std::vector<std::string>& words) const;
-
     pid_t server_ = -1;
     std::string name_;
     std::string authority_;

@@ -27,7 +27,8 @@ class AppKitFramework : public ApplicationFramework, private AlertFactory {
     std::unique_ptr<ParentalControlAuthorization> makeParentalControlAuthorization() override;
 
   private:
-    std::unique_ptr<Alert> alertWithButtonTitle(const std::string& buttonTitle, const std::string& messageText,
+    std::unique_ptr<Alert> alertWithButtonTitle(const std::string& buttonTitle,
+                                                const std::string& messageText,
                                                 const std::string& informativeText) override;
     void makeInterface(ApplicationProgram& program);
     [[nodiscard]] NSArray* frameworkFolders() const;

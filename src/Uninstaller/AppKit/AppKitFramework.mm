@@ -53,8 +53,8 @@ class MakerParentalControlAuthorization : public ParentalControlAuthorization {
     id authorization_;
 };
 
-/// The icon in the sizes that are there; nil when there is none. Not read by file name: what is no image would have
-/// GNUstep look for a service that makes one of it.
+/// The icon in the sizes that are there; nil when there is none. Not read by file name: what is no image
+/// would have GNUstep look for a service that makes one of it.
 NSImage* newIcon(const ApplicationProgram& program) {
     NSImage* icon = [[NSImage alloc] initWithSize:NSMakeSize(64, 64)];
     for (const char* name : {"AppIcon-64", "AppIcon-128", "AppIcon"}) {
@@ -71,7 +71,9 @@ NSImage* newIcon(const ApplicationProgram& program) {
     return icon;
 }
 
-NSString* text(const ApplicationProgram& program, const char* key) { return toNSString(program.interfaceText(key)); }
+NSString* text(const ApplicationProgram& program, const char* key) {
+    return toNSString(program.interfaceText(key));
+}
 
 }  // namespace
 
@@ -85,8 +87,8 @@ void AppKitFramework::applicationMain(int argc, char* argv[], ApplicationProgram
 void AppKitFramework::makeInterface(ApplicationProgram& program) {
     NSImage* icon = newIcon(program);
     SNTInterfaceDelegate* delegate = [[SNTInterfaceDelegate alloc] initWithProgram:&program
-                                                                             name:kApplicationName
-                                                                             icon:icon];
+                                                                              name:kApplicationName
+                                                                              icon:icon];
     [NSApp setDelegate:delegate];
     [NSApp setApplicationIconImage:icon];
     SNTApplicationMenu* menu = [[SNTApplicationMenu alloc] initWithName:kApplicationName
@@ -109,9 +111,13 @@ void AppKitFramework::makeInterface(ApplicationProgram& program) {
     [interface show];
 }
 
-Application* AppKitFramework::sharedApplication() { return NSApp == nil ? nullptr : &application_; }
+Application* AppKitFramework::sharedApplication() {
+    return NSApp == nil ? nullptr : &application_;
+}
 
-AlertFactory& AppKitFramework::alertFactory() { return *this; }
+AlertFactory& AppKitFramework::alertFactory() {
+    return *this;
+}
 
 std::unique_ptr<ParentalControlAuthorization> AppKitFramework::makeParentalControlAuthorization() {
     id authorization = nil;

@@ -1,6 +1,7 @@
 #import <AppKit/AppKit.h>
 
-/// The main menu: the application menu with About, Hide (Command-H) and Quit (Command-Q). The titles are complete.
+/// The main menu: the application menu with About, Hide (Command-H) and Quit (Command-Q). The titles are
+/// complete.
 ///
 /// Made once and kept for the life of the process. Main thread only.
 @interface SNTApplicationMenu : NSObject {

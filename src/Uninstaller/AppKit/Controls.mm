@@ -40,7 +40,8 @@ namespace {
 
 class TextFieldOutlet : public TextField {
   public:
-    TextFieldOutlet(NSTextField* field, SNTUninstallerInterface* interface) : field_(field), interface_(interface) {}
+    TextFieldOutlet(NSTextField* field, SNTUninstallerInterface* interface)
+        : field_(field), interface_(interface) {}
 
     std::string text() const override {
         std::string text;

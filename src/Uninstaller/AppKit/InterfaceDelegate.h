@@ -17,7 +17,9 @@ class ApplicationProgram;
 
 #ifdef __cplusplus
 /// `program` outlives the delegate; `name` is the application's, `icon` may be nil.
-- (id)initWithProgram:(Uninstall_Sentrel::ApplicationProgram*)program name:(NSString*)name icon:(NSImage*)icon;
+- (id)initWithProgram:(Uninstall_Sentrel::ApplicationProgram*)program
+                 name:(NSString*)name
+                 icon:(NSImage*)icon;
 #endif
 
 - (void)showAboutPanel:(id)sender;

@@ -15,8 +15,8 @@ id SNTCopyAlert(NSArray* folders, NSString* buttonTitle, NSString* messageText, 
 /// Shows an alert until it is answered.
 void SNTRunAlert(id alert);
 
-/// A QVSParentalControlAuthorization of NorvikGuiCommon.framework below one of `folders`; nil when there is no
-/// such framework. Its owner releases it.
+/// A QVSParentalControlAuthorization of NorvikGuiCommon.framework below one of `folders`; nil when there is
+/// no such framework. Its owner releases it.
 id SNTNewParentalControlAuthorization(NSArray* folders);
 
 /// Whether the product's parental-control lock lets the user go on; YES for nil.

@@ -40,7 +40,8 @@ id SNTCopyAlert(NSArray* folders, NSString* buttonTitle, NSString* messageText, 
     if (![factory respondsToSelector:@selector(alertWithButtonTitle:messageText:informativeText:)]) {
         return SNTNewAlert(buttonTitle, messageText, informativeText);
     }
-    return [[factory alertWithButtonTitle:buttonTitle messageText:messageText informativeText:informativeText] retain];
+    return [[factory alertWithButtonTitle:buttonTitle messageText:messageText
+                          informativeText:informativeText] retain];
 }
 
 void SNTRunAlert(id alert) {

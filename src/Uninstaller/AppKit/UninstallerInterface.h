@@ -1,8 +1,8 @@
 #import <AppKit/AppKit.h>
 
 /// The uninstaller's window, laid out in code: the icon, a headline, the label, the progress bar with the
-/// description under it, and the two buttons. Sizes follow the texts; the window grows with them and keeps its
-/// upper left corner, but never shrinks, so that nothing jumps when a text becomes shorter.
+/// description under it, and the two buttons. Sizes follow the texts; the window grows with them and keeps
+/// its upper left corner, but never shrinks, so that nothing jumps when a text becomes shorter.
 ///
 /// Made once and kept for the life of the process. Main thread only.
 @interface SNTUninstallerInterface : NSObject {

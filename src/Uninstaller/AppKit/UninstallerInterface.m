@@ -47,8 +47,9 @@ static NSButton* newButton(NSString* keyEquivalent) {
 static CGFloat heightOfText(NSTextField* field, CGFloat width) {
     // A text field keeps two points free on either side of its text.
     NSSize available = NSMakeSize(width - 4, kUnlimited);
-    NSRect bounds = [[field attributedStringValue] boundingRectWithSize:available
-                                                               options:NSStringDrawingUsesLineFragmentOrigin];
+    NSRect bounds =
+        [[field attributedStringValue] boundingRectWithSize:available
+                                                    options:NSStringDrawingUsesLineFragmentOrigin];
     return ceil(NSHeight(bounds));
 }
 
@@ -92,7 +93,7 @@ static CGFloat widthOfButton(NSButton* button) {
     cancelButton_ = newButton(@"\033");
     [window_ setDefaultButtonCell:[uninstallButton_ cell]];
 
-    NSView* views[] = {iconView_,           headline_,      label_, progressIndicator_, progressDescriptionLabel_,
+    NSView* views[] = {iconView_,     headline_,       label_, progressIndicator_, progressDescriptionLabel_,
                        cancelButton_, uninstallButton_};
     for (size_t index = 0; index < sizeof views / sizeof views[0]; ++index) {
         [[window_ contentView] addSubview:views[index]];
@@ -147,13 +148,15 @@ static CGFloat widthOfButton(NSButton* button) {
     CGFloat texts = heightOfText(headline_, column) + kHeadlineGap + heightOfText(label_, column);
     CGFloat progress = kProgressHeight + kDescriptionGap + heightOfLine(progressDescriptionLabel_);
     CGFloat buttonHeight = ceil(SNTVisibleSizeThatFits(uninstallButton_).height);
-    CGFloat height = kMargin + fmax(kIconSide, texts) + kProgressGap + progress + kButtonsGap + buttonHeight + kMargin;
+    CGFloat height =
+        kMargin + fmax(kIconSide, texts) + kProgressGap + progress + kButtonsGap + buttonHeight + kMargin;
     return NSMakeSize(width, height);
 }
 
 - (void)growWindow {
     NSSize needed = [self sizeThatFits];
-    NSSize size = NSMakeSize(fmax(contentSize_.width, needed.width), fmax(contentSize_.height, needed.height));
+    NSSize size =
+        NSMakeSize(fmax(contentSize_.width, needed.width), fmax(contentSize_.height, needed.height));
     if (NSEqualSizes(size, contentSize_)) {
         return;
     }

@@ -20,7 +20,8 @@
         return nil;
     }
     QVSAlertFactory* alert = [[[self alloc] init] autorelease];
-    alert->texts_ = [[NSString alloc] initWithFormat:@"%@, %@, %@", buttonTitle, messageText, informativeText];
+    alert->texts_ =
+        [[NSString alloc] initWithFormat:@"%@, %@, %@", buttonTitle, messageText, informativeText];
     return alert;
 }
 

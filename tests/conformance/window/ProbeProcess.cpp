@@ -41,25 +41,13 @@ std::vector<std::string> environmentFor(const std::string& display) {
     return result;
 }
 
-/// Starts a program with these descriptors (-1: closed) as its first ones and nothing else open.
-pid_t start(std::vector<std::string> command, const std::string& display, int input, int output,
-            int extra = -1) {
+/// Starts a program with these descriptors as its standard input and output.
+pid_t start(std::vector<std::string> command, const std::string& display, int input, int output) {
     std::vector<std::string> environment = environmentFor(display);
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
-    if (input >= 0) {
-        posix_spawn_file_actions_adddup2(&actions, input, 0);
-    } else {
-        posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
-    }
-    if (output >= 0) {
-        posix_spawn_file_actions_adddup2(&actions, output, 1);
-    } else {
-        posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
-    }
-    if (extra >= 0) {
-        posix_spawn_file_actions_adddup2(&actions, extra, 3);
-    }
+    posix_spawn_file_actions_adddup2(&actions, input, 0);
+    posix_spawn_file_actions_adddup2(&actions, output, 1);
     pid_t child = -1;
     if (posix_spawnp(&child, command.front().c_str(), &actions, nullptr, pointers(command).data(),
                      pointers(environment).data()) != 0) {
@@ -67,15 +55,6 @@ pid_t start(std::vector<std::string> command, const std::string& display, int in
     }
     posix_spawn_file_actions_destroy(&actions);
     return child;
-}
-
-std::string readAll(int descriptor) {
-    std::string text;
-    std::array<char, 512> buffer{};
-    for (ssize_t count = 0; (count = read(descriptor, buffer.data(), buffer.size())) > 0;) {
-        text.append(buffer.data(), static_cast<std::size_t>(count));
-    }
-    return text;
 }
 
 void endProcess(pid_t process, int signal) {
@@ -86,45 +65,6 @@ void endProcess(pid_t process, int signal) {
 }
 
 }  // namespace
-
-Display::Display() {
-    std::array<int, 2> number{};
-    if (pipe2(number.data(), O_CLOEXEC) != 0) {
-        return;
-    }
-    server_ = start({"Xvfb", "-displayfd", "3", "-screen", "0", "800x600x24", "-nolisten", "tcp"}, "", -1, -1,
-                    number[1]);
-    close(number[1]);
-    // Standard error is the test's: what the server has to say is part of the log.
-    std::string text;
-    char character = 0;
-    while (server_ > 0 && read(number[0], &character, 1) == 1 && character != '\n') {
-        text += character;
-    }
-    close(number[0]);
-    if (!text.empty()) {
-        name_ = ":" + text;
-    }
-}
-
-Display::~Display() {
-    endProcess(server_, SIGTERM);
-}
-
-std::string Display::xdotool(const std::vector<std::string>& arguments) const {
-    std::array<int, 2> output{};
-    if (pipe2(output.data(), O_CLOEXEC) != 0) {
-        return {};
-    }
-    std::vector<std::string> command{"timeout", "10", "xdotool"};
-    command.insert(command.end(), arguments.begin(), arguments.end());
-    const pid_t child = start(command, name_, -1, output[1]);
-    close(output[1]);
-    const std::string text = readAll(output[0]);
-    close(output[0]);
-    int status = -1;
-    return child > 0 && waitpid(child, &status, 0) == child && status == 0 ? text : std::string();
-}
 
 ProbeProcess::ProbeProcess(const std::string& display, const std::vector<std::string>& settings) {
     std::array<int, 2> input{};

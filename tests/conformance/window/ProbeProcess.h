@@ -7,24 +7,6 @@
 
 namespace WindowTests {
 
-/// An X server without a screen, on a display of its own, for the life of the object.
-class Display {
-  public:
-    Display();
-    Display(const Display&) = delete;
-    Display& operator=(const Display&) = delete;
-    ~Display();
-
-    /// For DISPLAY; empty when the server did not start.
-    [[nodiscard]] const std::string& name() const { return name_; }
-    /// Runs xdotool with these arguments; returns what it wrote, or "" when it failed.
-    std::string xdotool(const std::vector<std::string>& arguments) const;
-
-  private:
-    pid_t server_ = -1;
-    std::string name_{};
-};
-
 /// A WindowProbe on a display, ended with the object.
 class ProbeProcess {
   public:

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "ProbeProcess.h"
+#include "support/VirtualDisplay.h"
 
 namespace WindowTests {
 namespace {
@@ -40,8 +41,6 @@ std::vector<std::string> texts(const std::vector<std::string>& more = {}) {
 
 class Window : public testing::Test {
   protected:
-    void SetUp() override { ASSERT_NE(display_.name(), "") << "Xvfb does not start"; }
-
     /// The visible window of this name; a width of 0 when there is none.
     Frame frame(const std::string& title) {
         std::istringstream lines(display_.xdotool({"search", "--sync", "--onlyvisible", "--name",
@@ -62,11 +61,9 @@ class Window : public testing::Test {
         return result;
     }
 
-    void click(int x, int y) {
-        display_.xdotool({"mousemove", std::to_string(x), std::to_string(y), "sleep", "0.1", "click", "1"});
-    }
+    void click(int x, int y) { display_.click(x, y); }
 
-    void press(const std::string& key) { display_.xdotool({"key", key}); }
+    void press(const std::string& key) { display_.press(key); }
 
     /// Whether what was asked for before has been done by now and `line` was not said meanwhile.
     static bool staysSilentAbout(ProbeProcess& probe, const std::string& line) {
@@ -75,7 +72,7 @@ class Window : public testing::Test {
                std::find(probe.heard().begin(), probe.heard().end(), line) == probe.heard().end();
     }
 
-    Display display_{};
+    TestSupport::VirtualDisplay display_;
 };
 
 TEST_F(Window, AppearsWithItsTitleAndTellsTheProgram) {

@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 """Checks that every language has the same texts as English: check-tables.py LOCALIZATIONS
 
-Each string table has to be a property list of texts, with the keys of the English one, no text empty and each with as
-many %@ as the English text.
+Each string table has to be a property list of texts, with the keys of the English one, no text empty and each
+with as many %@ as the English text.
 """
 
 import pathlib

@@ -3,8 +3,8 @@
 
     screenshots.py PROBE LIBRARY RESOURCES OUTPUT [LANGUAGE ...]
 
-RESOURCES is the project's folder of that name. One PNG per language and state is written to the folder OUTPUT. Needs
-Xvfb and ImageMagick's import.
+RESOURCES is the project's folder of that name. One PNG per language and state is written to the folder OUTPUT.
+Needs Xvfb and ImageMagick's import.
 """
 
 import os

@@ -46,9 +46,9 @@ id SNTNewAlert(NSString* buttonTitle, NSString* messageText, NSString* informati
 }
 
 void SNTShowAboutPanel(NSString* applicationName, NSString* version, NSImage* icon) {
-    NSMutableDictionary* options = [NSMutableDictionary dictionaryWithObjectsAndKeys:applicationName, @"ApplicationName",
-                                                                                     version, @"ApplicationVersion",
-                                                                                     @"", @"Version", nil];
+    NSMutableDictionary* options =
+        [NSMutableDictionary dictionaryWithObjectsAndKeys:applicationName, @"ApplicationName", version,
+                                                          @"ApplicationVersion", @"", @"Version", nil];
     if (icon != nil) {
         [options setObject:icon forKey:@"ApplicationIcon"];
     }

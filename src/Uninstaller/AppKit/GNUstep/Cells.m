@@ -21,12 +21,13 @@ static NSString* const kEllipsis = @"\u2026";
 
 /// The text with `count` of its characters left, the ellipsis in place of the others.
 static NSAttributedString* shortened(NSAttributedString* text, NSLineBreakMode mode, NSUInteger count) {
-    NSUInteger head = mode == NSLineBreakByTruncatingTail ? count : mode == NSLineBreakByTruncatingHead ? 0
-                                                                                                        : (count + 1) / 2;
+    NSUInteger head = mode == NSLineBreakByTruncatingTail   ? count
+                      : mode == NSLineBreakByTruncatingHead ? 0
+                                                            : (count + 1) / 2;
     NSMutableAttributedString* result = [[text mutableCopy] autorelease];
     // Characters that belong together stay together.
-    NSRange cut = [[text string]
-        rangeOfComposedCharacterSequencesForRange:NSMakeRange(head, [text length] - count)];
+    NSRange cut =
+        [[text string] rangeOfComposedCharacterSequencesForRange:NSMakeRange(head, [text length] - count)];
     [result replaceCharactersInRange:cut withString:kEllipsis];
     return result;
 }

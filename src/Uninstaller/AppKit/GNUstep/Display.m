@@ -14,8 +14,8 @@ static int windowManagerRuns(Display* display) {
     unsigned long count = 0;
     unsigned long left = 0;
     unsigned char* value = NULL;
-    const int status = XGetWindowProperty(display, DefaultRootWindow(display), check, 0, 1, False, XA_WINDOW, &type,
-                                          &format, &count, &left, &value);
+    const int status = XGetWindowProperty(display, DefaultRootWindow(display), check, 0, 1, False, XA_WINDOW,
+                                          &type, &format, &count, &left, &value);
     if (value != NULL) {
         XFree(value);
     }

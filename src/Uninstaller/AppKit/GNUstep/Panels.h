@@ -1,7 +1,7 @@
 #import <AppKit/AppKit.h>
 
-/// A modal alert with one button, which Return and Escape press, for GNUstep, whose own alert looks foreign beside
-/// the window. The panel grows with its texts.
+/// A modal alert with one button, which Return and Escape press, for GNUstep, whose own alert looks foreign
+/// beside the window. The panel grows with its texts.
 @interface SNTAlertPanel : NSObject {
     NSPanel* panel_;
 }

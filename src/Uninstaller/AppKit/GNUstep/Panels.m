@@ -14,8 +14,9 @@ static NSTextField* addText(NSView* view, NSString* text, NSFont* font, CGFloat 
     [field setFont:font];
     [[field cell] setWraps:YES];
     [field setStringValue:text];
-    NSRect bounds = [[field attributedStringValue] boundingRectWithSize:NSMakeSize(width - 4, 10000)
-                                                               options:NSStringDrawingUsesLineFragmentOrigin];
+    NSRect bounds =
+        [[field attributedStringValue] boundingRectWithSize:NSMakeSize(width - 4, 10000)
+                                                    options:NSStringDrawingUsesLineFragmentOrigin];
     [field setFrame:NSMakeRect(0, 0, width, [text length] == 0 ? 0 : ceil(NSHeight(bounds)))];
     [view addSubview:field];
     return field;
@@ -93,7 +94,8 @@ static void addKey(NSView* view, NSString* key, id target, SEL action) {
     top -= fmax(0, floor((kIconSide - texts) / 2));
     [message setFrameOrigin:NSMakePoint(left, top - NSHeight([message frame]))];
     [informative setFrameOrigin:NSMakePoint(left, top - texts)];
-    [button setFrame:NSMakeRect(size.width - kMargin - buttonWidth, kMargin, buttonWidth, NSHeight([button frame]))];
+    [button setFrame:NSMakeRect(size.width - kMargin - buttonWidth, kMargin, buttonWidth,
+                                NSHeight([button frame]))];
     return self;
 }
 
@@ -132,7 +134,8 @@ static void addKey(NSView* view, NSString* key, id target, SEL action) {
     [versionField setAlignment:NSCenterTextAlignment];
     [versionField setTextColor:[NSColor secondaryLabelColor]];
 
-    CGFloat height = kMargin + NSHeight([versionField frame]) + 6 + NSHeight([nameField frame]) + 12 + kIconSide + 12;
+    CGFloat height =
+        kMargin + NSHeight([versionField frame]) + 6 + NSHeight([nameField frame]) + 12 + kIconSide + 12;
     [panel_ setContentSize:NSMakeSize(kAboutWidth, height)];
     [versionField setFrameOrigin:NSMakePoint(kMargin, kMargin)];
     CGFloat bottom = NSMaxY([versionField frame]) + 6;

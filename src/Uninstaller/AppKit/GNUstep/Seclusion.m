@@ -47,7 +47,8 @@ static NSNotificationCenter* localCenter(void) {
 static void replace(Class class, Class replacement, SEL selector) {
     Method replaced = class_getInstanceMethod(class, selector);
     if (replaced != NULL) {
-        method_setImplementation(replaced, method_getImplementation(class_getInstanceMethod(replacement, selector)));
+        method_setImplementation(replaced,
+                                 method_getImplementation(class_getInstanceMethod(replacement, selector)));
     }
 }
 
@@ -68,6 +69,7 @@ void SNTSecludeProcess(void) {
             @selector(defaultCenter));
     replace([NSWorkspace class], [SNTSecluded class], @selector(notificationCenter));
     replace([NSWorkspace class], [SNTSecluded class], @selector(findApplications));
-    replace(NSClassFromString(@"GSServicesManager"), [SNTSecluded class], @selector(registerAsServiceProvider));
+    replace(NSClassFromString(@"GSServicesManager"), [SNTSecluded class],
+            @selector(registerAsServiceProvider));
     [pool release];
 }

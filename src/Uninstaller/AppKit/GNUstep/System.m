@@ -31,18 +31,19 @@ static void chooseFonts(NSArray* installed) {
         NSString* regular = candidates[index][0];
         NSString* bold = candidates[index][1];
         if ([installed containsObject:regular] && [installed containsObject:bold]) {
-            NSDictionary* fonts = [NSDictionary dictionaryWithObjectsAndKeys:regular, @"NSFont", bold, @"NSBoldFont", nil];
+            NSDictionary* fonts =
+                [NSDictionary dictionaryWithObjectsAndKeys:regular, @"NSFont", bold, @"NSBoldFont", nil];
             [[NSUserDefaults standardUserDefaults] registerDefaults:fonts];
             return;
         }
     }
 }
 
-/// Names the fonts that stand in for characters that the chosen one lacks, those for Chinese and Japanese first.
-/// Left to itself GNUstep finds such a font by its family and then looks for a face of that name.
+/// Names the fonts that stand in for characters that the chosen one lacks, those for Chinese and Japanese
+/// first. Left to itself GNUstep finds such a font by its family and then looks for a face of that name.
 static void chooseSubstitutes(NSArray* installed) {
-    static NSString* const candidates[] = {@"NotoSansCJKjp-Regular", @"NotoSansCJK-Regular", @"DroidSansFallback",
-                                           @"WenQuanYiMicroHei", @"IPAGothic"};
+    static NSString* const candidates[] = {@"NotoSansCJKjp-Regular", @"NotoSansCJK-Regular",
+                                           @"DroidSansFallback", @"WenQuanYiMicroHei", @"IPAGothic"};
     NSMutableArray* names = [NSMutableArray array];
     for (size_t index = 0; index < sizeof candidates / sizeof candidates[0]; ++index) {
         if ([installed containsObject:candidates[index]]) {
@@ -55,19 +56,20 @@ static void chooseSubstitutes(NSArray* installed) {
 
 void SNTMakeApplication(void) {
     SNTSecludeProcess();
-    // Without a window manager nobody else draws title bars, and a hidden application could not be brought back.
+    // Without a window manager nobody else draws title bars, and a hidden application could not be brought
+    // back.
     NSNumber* managed = [NSNumber numberWithBool:hasWindowManager != 0];
     [[NSUserDefaults standardUserDefaults]
-        registerDefaults:[NSDictionary dictionaryWithObjectsAndKeys:managed, @"GSBackHandlesWindowDecorations",
-                                                                    @"NSMacintoshInterfaceStyle",
-                                                                    @"NSMenuInterfaceStyle",
-                                                                    [NSNumber numberWithBool:YES],
-                                                                    @"GSSuppressAppIcon",
-                                                                    // Natural distances between letters.
-                                                                    [NSNumber numberWithInt:0x11],
-                                                                    @"GSFontHinting", @"\u2318",
-                                                                    @"GSCommandKeyString", nil]];
-    // The X backend has these signals end the application from inside their handlers, where Xlib's locks may be held.
+        registerDefaults:[NSDictionary
+                             dictionaryWithObjectsAndKeys:managed, @"GSBackHandlesWindowDecorations",
+                                                          @"NSMacintoshInterfaceStyle",
+                                                          @"NSMenuInterfaceStyle",
+                                                          [NSNumber numberWithBool:YES], @"GSSuppressAppIcon",
+                                                          // Natural distances between letters.
+                                                          [NSNumber numberWithInt:0x11], @"GSFontHinting",
+                                                          @"\u2318", @"GSCommandKeyString", nil]];
+    // The X backend has these signals end the application from inside their handlers, where Xlib's locks may
+    // be held.
     struct sigaction terminated;
     struct sigaction interrupted;
     sigaction(SIGTERM, NULL, &terminated);
@@ -84,8 +86,8 @@ void SNTMakeApplication(void) {
 void SNTRunApplication(int argc, char* argv[]) {
     (void)argc;
     (void)argv;
-    // NSApplicationMain complains of a program that has no information property list with a principal class, and
-    // otherwise does no more than this.
+    // NSApplicationMain complains of a program that has no information property list with a principal class,
+    // and otherwise does no more than this.
     [NSApp run];
 }
 

@@ -33,7 +33,8 @@ static void fillRounded(NSRect frame, CGFloat radius, NSColor* fill, NSColor* st
 }
 
 static BOOL isDefaultButton(NSCell* cell) {
-    return [cell isKindOfClass:[NSButtonCell class]] && [[(NSButtonCell*)cell keyEquivalent] isEqualToString:@"\r"];
+    return [cell isKindOfClass:[NSButtonCell class]] &&
+           [[(NSButtonCell*)cell keyEquivalent] isEqualToString:@"\r"];
 }
 
 static BOOL isPressed(GSThemeControlState state) {
@@ -63,17 +64,28 @@ static BOOL isPressed(GSThemeControlState state) {
         const char* name;
         unsigned rgb;
     } colors[] = {
-        {"windowBackgroundColor", 0xF6F7F8},   {"controlBackgroundColor", 0xFFFFFF},
-        {"controlColor", 0xF6F7F8},            {"controlTextColor", 0x1F2328},
-        {"disabledControlTextColor", 0x9AA1AA}, {"textColor", 0x1F2328},
-        {"textBackgroundColor", 0xFFFFFF},     {"labelColor", 0x1F2328},
-        {"secondaryLabelColor", 0x667080},     {"controlShadowColor", 0xC9CDD3},
-        {"controlDarkShadowColor", 0xA9AFB8},  {"controlHighlightColor", 0xE7E9ED},
-        {"controlLightHighlightColor", 0xFFFFFF}, {"selectedControlColor", 0xDCE8FA},
-        {"selectedControlTextColor", 0x1F2328}, {"selectedTextBackgroundColor", 0xBBD6FB},
-        {"selectedTextColor", 0x1F2328},       {"selectedMenuItemColor", 0x1768D8},
-        {"selectedMenuItemTextColor", 0xFFFFFF}, {"windowFrameColor", 0xE9EBEE},
-        {"windowFrameTextColor", 0x3A414B},    {"keyboardFocusIndicatorColor", 0x1768D8},
+        {"windowBackgroundColor", 0xF6F7F8},
+        {"controlBackgroundColor", 0xFFFFFF},
+        {"controlColor", 0xF6F7F8},
+        {"controlTextColor", 0x1F2328},
+        {"disabledControlTextColor", 0x9AA1AA},
+        {"textColor", 0x1F2328},
+        {"textBackgroundColor", 0xFFFFFF},
+        {"labelColor", 0x1F2328},
+        {"secondaryLabelColor", 0x667080},
+        {"controlShadowColor", 0xC9CDD3},
+        {"controlDarkShadowColor", 0xA9AFB8},
+        {"controlHighlightColor", 0xE7E9ED},
+        {"controlLightHighlightColor", 0xFFFFFF},
+        {"selectedControlColor", 0xDCE8FA},
+        {"selectedControlTextColor", 0x1F2328},
+        {"selectedTextBackgroundColor", 0xBBD6FB},
+        {"selectedTextColor", 0x1F2328},
+        {"selectedMenuItemColor", 0x1768D8},
+        {"selectedMenuItemTextColor", 0xFFFFFF},
+        {"windowFrameColor", 0xE9EBEE},
+        {"windowFrameTextColor", 0x3A414B},
+        {"keyboardFocusIndicatorColor", 0x1768D8},
     };
     colors_ = [[NSColorList alloc] initWithName:@"System"];
     for (size_t index = 0; index < sizeof colors / sizeof colors[0]; ++index) {
@@ -168,7 +180,8 @@ static BOOL isPressed(GSThemeControlState state) {
 }
 
 static NSImage* closeImage(NSColor* stroke) {
-    NSImage* image = [[[NSImage alloc] initWithSize:NSMakeSize(kCloseButtonSide, kCloseButtonSide)] autorelease];
+    NSImage* image =
+        [[[NSImage alloc] initWithSize:NSMakeSize(kCloseButtonSide, kCloseButtonSide)] autorelease];
     NSRect cross = NSInsetRect(NSMakeRect(0, 0, kCloseButtonSide, kCloseButtonSide), 5, 5);
     [image lockFocus];
     NSBezierPath* path = [NSBezierPath bezierPath];
@@ -208,13 +221,15 @@ static NSImage* closeImage(NSColor* stroke) {
         NSRectFill(bar);
         [color(0xD3D7DC) set];
         NSRectFill(NSMakeRect(0, NSMinY(bar), NSWidth(bar), 1));
-        NSDictionary* attributes = [NSDictionary dictionaryWithObjectsAndKeys:
-            [NSFont titleBarFontOfSize:13], NSFontAttributeName,
-            active ? color(0x3A414B) : color(0x9AA1AA), NSForegroundColorAttributeName, nil];
+        NSDictionary* attributes =
+            [NSDictionary dictionaryWithObjectsAndKeys:[NSFont titleBarFontOfSize:13], NSFontAttributeName,
+                                                       active ? color(0x3A414B) : color(0x9AA1AA),
+                                                       NSForegroundColorAttributeName, nil];
         NSSize size = [title sizeWithAttributes:attributes];
         CGFloat widest = NSWidth(bar) - 2 * kTitleBarHeight;
-        NSRect drawn = NSMakeRect(floor(NSMidX(bar) - fmin(size.width, widest) / 2),
-                                  floor(NSMidY(bar) - size.height / 2), fmin(size.width + 2, widest), size.height);
+        NSRect drawn =
+            NSMakeRect(floor(NSMidX(bar) - fmin(size.width, widest) / 2),
+                       floor(NSMidY(bar) - size.height / 2), fmin(size.width + 2, widest), size.height);
         [title drawInRect:drawn withAttributes:attributes];
     }
     [color(0xAEB4BD) set];

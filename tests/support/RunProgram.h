@@ -1,0 +1,20 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace TestSupport {
+
+/// How a program ended and what it wrote.
+struct ProgramResult {
+    /// Exit status, or 128 and the number of the signal.
+    int status = -1;
+    std::string out;
+    std::string err;
+};
+
+/// Runs a program found in PATH, with empty standard input, to its end. One that takes longer than `seconds`
+/// is killed.
+[[nodiscard]] ProgramResult runProgram(const std::vector<std::string>& command, int seconds = 150);
+
+}  // namespace TestSupport
