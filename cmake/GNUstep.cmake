@@ -37,3 +37,24 @@ list(TRANSFORM GNUSTEP_FLAGS REPLACE "^-I" "-isystem")
 
 sentrel_gnustep_target(GNUstepBase --base-libs)
 sentrel_gnustep_target(GNUstepGui --gui-libs)
+
+# sentrel_gnustep_framework(TARGET FOLDER [CLASS]): makes the module TARGET a framework in FOLDER, in the layout that GNUstep
+# loads from: a library of the framework's own name, which its property list names, in versions of which one is current.
+function(sentrel_gnustep_framework target folder)
+    get_target_property(name ${target} OUTPUT_NAME)
+    if(NOT name)
+        set(name ${target})
+    endif()
+    set(framework "${folder}/${name}.framework")
+    set_target_properties(${target} PROPERTIES PREFIX "" SUFFIX "" LIBRARY_OUTPUT_DIRECTORY "${framework}/Versions/A")
+    set(main_class "")
+    if(ARGC GREATER 2)
+        set(main_class " NSPrincipalClass = \"${ARGV2}\";")
+    endif()
+    file(CONFIGURE OUTPUT "${framework}/Versions/A/Resources/Info-gnustep.plist"
+         CONTENT "{ NSExecutable = \"${name}\";${main_class} }\n")
+    file(CREATE_LINK A "${framework}/Versions/Current" SYMBOLIC)
+    foreach(item IN ITEMS ${name} Resources)
+        file(CREATE_LINK Versions/Current/${item} "${framework}/${item}" SYMBOLIC)
+    endforeach()
+endfunction()

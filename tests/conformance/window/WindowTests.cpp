@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -266,13 +267,17 @@ TEST_F(Window, WithoutFrameworksNoLockIsAsked) {
 }
 
 TEST_F(Window, UsesTheMakersFrameworksAndPassesOverABrokenOne) {
-    const std::filesystem::path broken = std::filesystem::path(testing::TempDir()) / "broken-frameworks";
+    const std::filesystem::path broken =
+        std::filesystem::path(testing::TempDir()) / ("broken-frameworks-" + std::to_string(getpid()));
     for (const std::string name : {"NorvikCustomUI", "NorvikGuiCommon"}) {
-        const std::filesystem::path current = broken / (name + ".framework") / "Versions" / "Current";
+        const std::filesystem::path framework = broken / (name + ".framework");
+        const std::filesystem::path current = framework / "Versions" / "Current";
         std::filesystem::create_directories(current / "Resources");
         std::ofstream(current / name) << "no code";
         std::ofstream(current / "Resources" / "Info-gnustep.plist")
             << "{ NSExecutable = \"" << name << "\"; }";
+        std::filesystem::create_symlink(current / name, framework / name);
+        std::filesystem::create_symlink(current / "Resources", framework / "Resources");
     }
     ProbeProcess probe(display_.name(), texts({"frameworks=" + broken.string(),
                                                std::string("frameworks=") + MAKER_FRAMEWORKS}));

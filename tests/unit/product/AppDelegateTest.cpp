@@ -39,6 +39,14 @@ class WindowFlow : public testing::Test {
         mac_.calls.clear();
     }
 
+    ~WindowFlow() override {
+        // The client's block holds the delegate, and the delegate the client: on a Mac until the process
+        // ends.
+        if (delegate_ != nullptr) {
+            delegate_->installationClient().setProgressNotificationBlock({});
+        }
+    }
+
     void removeProduct() {
         mac_.files.nodes.clear();
         mac_.bundles.infoByPath.clear();
