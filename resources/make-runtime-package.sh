@@ -1,5 +1,5 @@
 #!/bin/sh
-# Makes the runtime support package: a flat package (xar with PackageInfo and a gzip cpio Payload), with the system's own tool
+# Makes a runtime support package whose libraries are stand-ins of some text: a flat package (xar with PackageInfo and a gzip cpio Payload), with the system's own tool
 # where there is one. Runs on macOS and on Linux: nothing that only one of them knows.
 # Usage: make-runtime-package.sh OUTPUT
 set -eu

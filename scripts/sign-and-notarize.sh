@@ -99,14 +99,24 @@ check_team() {
     done
 }
 
+# has_certificate POLICY NAME. Not by "grep -q": it may stop reading before "security" has ended, which would count as a failure.
+has_certificate() {
+    local certificates
+    certificates=$(security find-identity -v -p "$1") || return 1
+    case $certificates in
+        *"\"$2\""*) ;;
+        *) return 1 ;;
+    esac
+}
+
 check_tools() {
     local tool
     for tool in codesign productsign security ditto xcrun spctl; do
         command -v "$tool" >/dev/null || fail "$tool is missing; this needs a Mac with Apple's command line tools (xcode-select --install)"
     done
-    security find-identity -v -p codesigning | grep -qF "\"$identity\"" ||
+    has_certificate codesigning "$identity" ||
         fail "this Mac has no valid certificate \"$identity\" with its key"
-    [ -z "$installer_identity" ] || security find-identity -v -p basic | grep -qF "\"$installer_identity\"" ||
+    [ -z "$installer_identity" ] || has_certificate basic "$installer_identity" ||
         fail "this Mac has no valid certificate \"$installer_identity\" with its key"
 }
 

@@ -92,7 +92,7 @@ std::string VirtualDisplay::xdotool(const std::vector<std::string>& arguments) c
     }
     command.emplace_back("xdotool");
     command.insert(command.end(), arguments.begin(), arguments.end());
-    const ProgramResult result = runProgram(command, 20);
+    const ProgramResult result = runProgram(command, 60);
     return result.status == 0 ? result.out : "";
 }
 
@@ -101,7 +101,7 @@ bool VirtualDisplay::waitForWindow(const std::string& title, std::chrono::second
 }
 
 bool VirtualDisplay::waitUntilGone(const std::string& title) const {
-    return waitUntil(20s, [&] { return xdotool({"search", "--onlyvisible", "--name", title}).empty(); });
+    return waitUntil(60s, [&] { return xdotool({"search", "--onlyvisible", "--name", title}).empty(); });
 }
 
 int VirtualDisplay::windowHeight(const std::string& title) const {
@@ -126,10 +126,10 @@ void VirtualDisplay::click(double x, double y) const {
 
 bool VirtualDisplay::writeScreenshot(const std::string& file) const {
     // The strip at the top is the menu bar.
-    return runProgram({"import", "-display", name_, "-window", "root", file}, 30).status == 0 &&
+    return runProgram({"import", "-display", name_, "-window", "root", file}, 60).status == 0 &&
            runProgram({"mogrify", "-gravity", "north", "-chop", "0x26", "-bordercolor", "black", "-trim",
                        "+repage", "-bordercolor", "#8a93a3", "-border", "24", file},
-                      30)
+                      60)
                    .status == 0;
 }
 

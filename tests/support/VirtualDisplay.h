@@ -23,7 +23,7 @@ class VirtualDisplay {
 
     /// Waits until the window of that title has the keyboard.
     [[nodiscard]] bool waitForWindow(const std::string& title,
-                                     std::chrono::seconds limit = std::chrono::seconds(20)) const;
+                                     std::chrono::seconds limit = std::chrono::seconds(60)) const;
     /// Waits until no window of that title is on the screen.
     [[nodiscard]] bool waitUntilGone(const std::string& title) const;
     /// Its height in pixels; 0 when there is none.

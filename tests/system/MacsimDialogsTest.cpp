@@ -35,7 +35,7 @@ class MacsimDialogs : public ::testing::Test {
         Words words{SimulatedMac::macsim(), "run", mac_.path(), "--as", user, "--display",
                     display_.name(),        "--"};
         words.insert(words.end(), command.begin(), command.end());
-        return std::async(std::launch::async, [words] { return runProgram(words, 40); });
+        return std::async(std::launch::async, [words] { return runProgram(words, 120); });
     }
     void answer(const std::string& password) {
         display_.type(password);

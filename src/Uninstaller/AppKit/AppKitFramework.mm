@@ -35,7 +35,8 @@ class MakerAlert : public Alert {
 
 class MakerParentalControlAuthorization : public ParentalControlAuthorization {
   public:
-    explicit MakerParentalControlAuthorization(id authorization) : authorization_(authorization) {}
+    MakerParentalControlAuthorization(bool hasLock, id authorization)
+        : hasLock_(hasLock), authorization_(authorization) {}
     MakerParentalControlAuthorization(const MakerParentalControlAuthorization&) = delete;
     MakerParentalControlAuthorization& operator=(const MakerParentalControlAuthorization&) = delete;
     ~MakerParentalControlAuthorization() override {
@@ -43,13 +44,14 @@ class MakerParentalControlAuthorization : public ParentalControlAuthorization {
     }
 
     bool parentalControlAuthorized() override {
-        // A lock that fails while it is asked stays locked.
+        // A lock that cannot be made, or fails while it is asked, stays locked.
         BOOL authorized = NO;
         guarded([&] { authorized = SNTParentalControlAuthorized(authorization_); });
-        return authorized;
+        return !hasLock_ || authorized;
     }
 
   private:
+    bool hasLock_;
     id authorization_;
 };
 
@@ -120,9 +122,10 @@ AlertFactory& AppKitFramework::alertFactory() {
 }
 
 std::unique_ptr<ParentalControlAuthorization> AppKitFramework::makeParentalControlAuthorization() {
+    BOOL hasLock = YES;
     id authorization = nil;
-    guarded([&] { authorization = SNTNewParentalControlAuthorization(frameworkFolders()); });
-    return std::make_unique<MakerParentalControlAuthorization>(authorization);
+    guarded([&] { hasLock = SNTMakeParentalControlAuthorization(frameworkFolders(), &authorization); });
+    return std::make_unique<MakerParentalControlAuthorization>(hasLock, authorization);
 }
 
 std::unique_ptr<Alert> AppKitFramework::alertWithButtonTitle(const std::string& buttonTitle,

@@ -38,6 +38,11 @@ namespace Uninstall_Sentrel {
 
 namespace {
 
+/// What follows on this thread may wait for the user elsewhere: the window shows by then what was changed.
+void showNow(NSView* view) {
+    [[view window] displayIfNeeded];
+}
+
 class TextFieldOutlet : public TextField {
   public:
     TextFieldOutlet(NSTextField* field, SNTUninstallerInterface* interface)
@@ -57,7 +62,10 @@ class TextFieldOutlet : public TextField {
     }
 
     void setHidden(bool hidden) override {
-        guarded([&] { [field_ setHidden:hidden ? YES : NO]; });
+        guarded([&] {
+            [field_ setHidden:hidden ? YES : NO];
+            showNow(field_);
+        });
     }
 
   private:
@@ -85,7 +93,10 @@ class ButtonOutlet : public Button {
     }
 
     void setEnabled(bool enabled) override {
-        guarded([&] { [button_ setEnabled:enabled ? YES : NO]; });
+        guarded([&] {
+            [button_ setEnabled:enabled ? YES : NO];
+            showNow(button_);
+        });
     }
 
     void setHidden(bool hidden) override {
@@ -93,6 +104,7 @@ class ButtonOutlet : public Button {
             [button_ setHidden:hidden ? YES : NO];
             // GNUstep lets a key press a button that is not to be seen.
             [button_ setKeyEquivalent:hidden ? @"" : keyEquivalent_];
+            showNow(button_);
         });
     }
 
@@ -116,7 +128,10 @@ class ProgressIndicatorOutlet : public ProgressIndicator {
     }
 
     void setHidden(bool hidden) override {
-        guarded([&] { [indicator_ setHidden:hidden ? YES : NO]; });
+        guarded([&] {
+            [indicator_ setHidden:hidden ? YES : NO];
+            showNow(indicator_);
+        });
     }
 
   private:

@@ -15,11 +15,12 @@ id SNTCopyAlert(NSArray* folders, NSString* buttonTitle, NSString* messageText, 
 /// Shows an alert until it is answered.
 void SNTRunAlert(id alert);
 
-/// A QVSParentalControlAuthorization of NorvikGuiCommon.framework below one of `folders`; nil when there is
-/// no such framework. Its owner releases it.
-id SNTNewParentalControlAuthorization(NSArray* folders);
+/// Makes a QVSParentalControlAuthorization of NorvikGuiCommon.framework below one of `folders`, which the
+/// caller releases. NO when there is no such framework and so no lock; YES with `authorization` nil when the
+/// class makes no object.
+BOOL SNTMakeParentalControlAuthorization(NSArray* folders, id* authorization);
 
-/// Whether the product's parental-control lock lets the user go on; YES for nil.
+/// Whether the product's parental-control lock lets the user go on; NO for nil.
 BOOL SNTParentalControlAuthorized(id authorization);
 
 #ifdef __cplusplus

@@ -48,14 +48,16 @@ void SNTRunAlert(id alert) {
     [alert runModal];
 }
 
-id SNTNewParentalControlAuthorization(NSArray* folders) {
-    Class authorization = makerClass(@"QVSParentalControlAuthorization", @"NorvikGuiCommon", folders);
-    if (![authorization instancesRespondToSelector:@selector(parentalControlAuthorized)]) {
-        return nil;
+BOOL SNTMakeParentalControlAuthorization(NSArray* folders, id* authorization) {
+    Class lock = makerClass(@"QVSParentalControlAuthorization", @"NorvikGuiCommon", folders);
+    *authorization = nil;
+    if (![lock instancesRespondToSelector:@selector(parentalControlAuthorized)]) {
+        return NO;
     }
-    return [[authorization alloc] init];
+    *authorization = [[lock alloc] init];
+    return YES;
 }
 
 BOOL SNTParentalControlAuthorized(id authorization) {
-    return authorization == nil || [authorization parentalControlAuthorized];
+    return [authorization parentalControlAuthorized];
 }

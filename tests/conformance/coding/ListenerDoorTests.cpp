@@ -22,6 +22,23 @@ TEST(ListenerDoor, IsShutUntilSomebodyServes) {
     EXPECT_FALSE(door.knock(&connection));
 }
 
+TEST(ListenerDoor, KeepsWhoComesBetweenOpeningAndServing) {
+    ListenerDoor door;
+    door.open();
+    int connection = 0;
+    std::thread visitor([&] { EXPECT_TRUE(door.knock(&connection)); });
+    std::this_thread::sleep_for(kIdle);
+    void* served = nullptr;
+    door.serve(
+        [&](void* each) {
+            served = each;
+            return true;
+        },
+        kIdle);
+    visitor.join();
+    EXPECT_EQ(served, &connection);
+}
+
 TEST(ListenerDoor, StopsServingWhenNobodyHasComeForTheIdleTime) {
     ListenerDoor door;
     const auto start = std::chrono::steady_clock::now();

@@ -38,12 +38,16 @@ for program in "$contents/MacOS/Uninstall Sentrel" "$contents/Frameworks/Uninsta
     fi
     minimum=$(minimum_system "$program")
     [ "$minimum" = 10.13 ] || fault "$program is made for macOS ${minimum:-(none)}, not 10.13"
+    needs_system=false
     while read -r library; do
         case "$library" in
+            /usr/lib/libSystem.B.dylib) needs_system=true ;;
             /usr/lib/* | /System/Library/*) ;;
             *) fault "$program needs $library, which a Mac does not have" ;;
         esac
     done < <("$llvm/llvm-objdump" --macho --dylibs-used "$program" | sed -n 's/^\t\([^ ]*\) .*/\1/p')
+    # Every program of a Mac does: without it, the list was not read.
+    $needs_system || fault "$program does not need the system's library"
 done
 for helper in "${helpers[@]}"; do
     for section in __info_plist __launchd_plist; do

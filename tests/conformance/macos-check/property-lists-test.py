@@ -36,8 +36,9 @@ for label in LABELS:
     equal(f"{label}: version", info["CFBundleVersion"], app["CFBundleVersion"])
     equal(f"{label}: clients", info["SMAuthorizedClients"],
           [requirement(app["CFBundleIdentifier"]), requirement("com.NORVIK.Install-Sentrel")])
-    # Nothing else: launchd itself adds where it has put the program.
-    equal(f"{label}: job", job, {"Label": label, "MachServices": {label: True}})
+    # Nothing about the program: launchd itself adds where it has put it. The transactions let a helper at work end its list
+    # when the Mac is shut down.
+    equal(f"{label}: job", job, {"EnableTransactions": True, "Label": label, "MachServices": {label: True}})
     with open(os.path.join(APP, "Contents", "Library", "LaunchServices", label), "rb") as file:
         program = file.read()
     for kind in ("Info", "Launchd"):

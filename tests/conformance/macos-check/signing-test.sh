@@ -91,7 +91,11 @@ for tool in codesign productsign ditto xcrun spctl mv rm; do
 done
 printf '#!/usr/bin/env bash\ncat "%s/certificates"\n' "$scratch" >"$scratch/tools/security"
 chmod +x "$scratch/tools/security"
-printf '  1) 0123 "%s"\n  2) 4567 "%s"\n' "$identity" "$installer" >"$scratch/certificates"
+# More of them than a pipe holds: whoever stops reading at the first that fits breaks it.
+{
+    printf '  1) 0123 "%s"\n  2) 4567 "%s"\n' "$identity" "$installer"
+    seq -f '  %g) 89AB "Apple Development: Somebody (OTHER00000)"' 3 3000
+} >"$scratch/certificates"
 real_run() {
     : >"$scratch/actual"
     PATH="$scratch/tools:$PATH" "$script" --app "$app" "$@" >"$scratch/printed" 2>"$scratch/errors"

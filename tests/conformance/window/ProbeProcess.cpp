@@ -16,7 +16,7 @@ namespace WindowTests {
 
 namespace {
 
-constexpr int kPatience = 15000;
+constexpr int kPatience = 60000;
 
 std::vector<char*> pointers(std::vector<std::string>& words) {
     std::vector<char*> result;

@@ -133,6 +133,7 @@ class Probe : public ApplicationProgram, private WindowController {
             {"progress", &Probe::setProgress},
             {"rename", &Probe::setButtonTitle},
             {"run", &Probe::run},
+            {"run-for-ever", &Probe::runForEver},
             {"terminate", &Probe::terminate},
             {"title", &Probe::setTitle},
         };
@@ -168,6 +169,14 @@ class Probe : public ApplicationProgram, private WindowController {
         outlets_.uninstallButton->setEnabled(false);
         showProgress(true);
         say("running");
+    }
+
+    /// Never goes back to the event loop.
+    void runForEver(const std::string& operand) {
+        run(operand);
+        for (;;) {
+            pause();
+        }
     }
 
     void finish(const std::string& title) {

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -12,6 +13,7 @@
 #include <vector>
 
 #include "ProbeProcess.h"
+#include "support/RunProgram.h"
 #include "support/VirtualDisplay.h"
 
 namespace WindowTests {
@@ -24,9 +26,13 @@ struct Frame {
     int height = 0;
 };
 
+/// Of the window; menu bar and alerts have the program's name.
+constexpr const char* kTitle = "Remove Sentrel";
+constexpr const char* kProgram = "Uninstall Sentrel";
+
 std::vector<std::string> texts(const std::vector<std::string>& more = {}) {
     std::vector<std::string> settings{
-        "title=Uninstall Sentrel",
+        std::string("title=") + kTitle,
         "headline=Sentrel Uninstaller",
         "label=Sentrel and everything that belongs to it will be removed from this Mac.",
         "uninstall=Uninstall",
@@ -64,7 +70,54 @@ class Window : public testing::Test {
 
     void click(int x, int y) { display_.click(x, y); }
 
-    void press(const std::string& key) { display_.press(key); }
+    /// Presses a key once the program has the keyboard. Without a window manager the menu bar gets it for the
+    /// window.
+    void press(const std::string& key) {
+        EXPECT_TRUE(display_.waitForWindow(kProgram));
+        display_.press(key);
+    }
+
+    /// Waits until another window than `window` has the keyboard.
+    bool losesKeyboard(const std::string& window) {
+        for (int attempt = 0; attempt < 300; ++attempt) {
+            const std::string focused = display_.xdotool({"getwindowfocus"});
+            if (!focused.empty() && focused != window) {
+                return true;
+            }
+            display_.xdotool({"sleep", "0.1"});
+        }
+        return false;
+    }
+
+    /// Waits until the window's frame is such that `condition` holds; the last frame seen.
+    template <typename Condition>
+    Frame frameWhen(const Condition& condition) {
+        Frame seen = frame(kTitle);
+        for (int attempt = 0; attempt < 100 && !condition(seen); ++attempt) {
+            display_.xdotool({"sleep", "0.1"});
+            seen = frame(kTitle);
+        }
+        return seen;
+    }
+
+    /// Waits until the color at a place of the screen is such that `condition` holds; the last one seen, as
+    /// ImageMagick writes it.
+    template <typename Condition>
+    std::string colorWhen(int x, int y, const Condition& condition) {
+        const std::string place = "1x1+" + std::to_string(x) + "+" + std::to_string(y);
+        std::string seen;
+        for (int attempt = 0; attempt < 100; ++attempt) {
+            seen = TestSupport::runProgram({"import", "-display", display_.name(), "-window", "root", "-crop",
+                                            place, "-depth", "8", "txt:-"},
+                                           60)
+                       .out;
+            if (condition(seen)) {
+                break;
+            }
+            display_.xdotool({"sleep", "0.1"});
+        }
+        return seen;
+    }
 
     /// Whether what was asked for before has been done by now and `line` was not said meanwhile.
     static bool staysSilentAbout(ProbeProcess& probe, const std::string& line) {
@@ -80,7 +133,7 @@ TEST_F(Window, AppearsWithItsTitleAndTellsTheProgram) {
     ProbeProcess probe(display_.name(), texts());
     ASSERT_TRUE(probe.hears("launched"));
     EXPECT_EQ(probe.heard(), (std::vector<std::string>{"loaded", "launched"}));
-    EXPECT_GE(frame("Uninstall Sentrel").width, 480);
+    EXPECT_GE(frame(kTitle).width, 480);
 }
 
 TEST_F(Window, TakesAnotherTitle) {
@@ -93,7 +146,7 @@ TEST_F(Window, TakesAnotherTitle) {
 TEST_F(Window, ReturnPressesUninstall) {
     ProbeProcess probe(display_.name(), texts());
     ASSERT_TRUE(probe.hears("launched"));
-    ASSERT_GT(frame("Uninstall Sentrel").width, 0);
+    ASSERT_GT(frame(kTitle).width, 0);
     press("Return");
     EXPECT_TRUE(probe.hears("uninstall"));
 }
@@ -101,7 +154,7 @@ TEST_F(Window, ReturnPressesUninstall) {
 TEST_F(Window, EscapePressesCancel) {
     ProbeProcess probe(display_.name(), texts());
     ASSERT_TRUE(probe.hears("launched"));
-    ASSERT_GT(frame("Uninstall Sentrel").width, 0);
+    ASSERT_GT(frame(kTitle).width, 0);
     press("Escape");
     EXPECT_TRUE(probe.hears("cancel"));
 }
@@ -109,7 +162,7 @@ TEST_F(Window, EscapePressesCancel) {
 TEST_F(Window, ButtonsStandAtTheBottomRight) {
     ProbeProcess probe(display_.name(), texts());
     ASSERT_TRUE(probe.hears("launched"));
-    const Frame window = frame("Uninstall Sentrel");
+    const Frame window = frame(kTitle);
     click(window.x + window.width - 40, window.y + window.height - 34);
     EXPECT_TRUE(probe.hears("uninstall"));
     click(window.x + window.width - 150, window.y + window.height - 34);
@@ -119,7 +172,7 @@ TEST_F(Window, ButtonsStandAtTheBottomRight) {
 TEST_F(Window, NeitherKeyPressesAHiddenOrDisabledButton) {
     ProbeProcess probe(display_.name(), texts());
     ASSERT_TRUE(probe.hears("launched"));
-    ASSERT_GT(frame("Uninstall Sentrel").width, 0);
+    ASSERT_GT(frame(kTitle).width, 0);
     probe.tell("run");
     ASSERT_TRUE(probe.hears("running"));
     press("Escape");
@@ -129,10 +182,24 @@ TEST_F(Window, NeitherKeyPressesAHiddenOrDisabledButton) {
     EXPECT_TRUE(staysSilentAbout(probe, "uninstall"));
 }
 
+TEST_F(Window, ShowsTheRunningStateWhileTheProgramWaitsForSomethingElse) {
+    ProbeProcess probe(display_.name(), texts());
+    ASSERT_TRUE(probe.hears("launched"));
+    const Frame window = frame(kTitle);
+    // In the Uninstall button, beside its title.
+    const int x = window.x + window.width - 26;
+    const int y = window.y + window.height - 34;
+    const std::string before =
+        colorWhen(x, y, [](const std::string& now) { return now.find("1768D8") != now.npos; });
+    probe.tell("run-for-ever");
+    ASSERT_TRUE(probe.hears("running"));
+    EXPECT_NE(colorWhen(x, y, [&](const std::string& now) { return now != before; }), before);
+}
+
 TEST_F(Window, ReturnPressesTheButtonWithItsLaterAction) {
     ProbeProcess probe(display_.name(), texts());
     ASSERT_TRUE(probe.hears("launched"));
-    ASSERT_GT(frame("Uninstall Sentrel").width, 0);
+    ASSERT_GT(frame(kTitle).width, 0);
     probe.tell("run");
     probe.tell("finish Done");
     ASSERT_TRUE(probe.hears("finished"));
@@ -145,23 +212,23 @@ TEST_F(Window, CloseBoxAsksAndStaysWhenRefused) {
     ProbeProcess probe(display_.name(), texts());
     ASSERT_TRUE(probe.hears("launched"));
     probe.tell("may-close no");
-    const Frame window = frame("Uninstall Sentrel");
+    const Frame window = frame(kTitle);
     click(window.x + window.width - 16, window.y + 16);
     EXPECT_TRUE(probe.hears("should-close"));
     EXPECT_TRUE(staysSilentAbout(probe, "should-terminate"));
-    EXPECT_EQ(frame("Uninstall Sentrel").width, window.width);
+    EXPECT_EQ(frame(kTitle).width, window.width);
 }
 
 TEST_F(Window, QuitKeyAsksAndStaysWhenRefused) {
     ProbeProcess probe(display_.name(), texts());
     ASSERT_TRUE(probe.hears("launched"));
-    const Frame window = frame("Uninstall Sentrel");
+    const Frame window = frame(kTitle);
     ASSERT_GT(window.width, 0);
     probe.tell("may-terminate no");
     ASSERT_TRUE(staysSilentAbout(probe, "should-terminate"));
     press("alt+q");
     EXPECT_TRUE(probe.hears("should-terminate"));
-    EXPECT_EQ(frame("Uninstall Sentrel").width, window.width);
+    EXPECT_EQ(frame(kTitle).width, window.width);
     probe.tell("may-terminate yes");
     ASSERT_TRUE(staysSilentAbout(probe, "came back"));
     press("alt+q");
@@ -171,10 +238,12 @@ TEST_F(Window, QuitKeyAsksAndStaysWhenRefused) {
 TEST_F(Window, QuitOfTheMenuEndsWithStatusZero) {
     ProbeProcess probe(display_.name(), texts());
     ASSERT_TRUE(probe.hears("launched"));
-    ASSERT_GT(frame("Uninstall Sentrel").width, 0);
+    ASSERT_GT(frame(kTitle).width, 0);
     click(60, 14);
-    display_.xdotool({"sleep", "0.5"});
-    click(60, 108);
+    // What GNUstep calls the window of a menu. Quit is the last item.
+    const Frame menu = frame("Window");
+    ASSERT_GT(menu.width, 0);
+    click(menu.x + menu.width / 2, menu.y + menu.height - 13);
     EXPECT_TRUE(probe.hears("should-terminate"));
     EXPECT_EQ(probe.status(), 0);
 }
@@ -206,10 +275,12 @@ TEST_F(Window, BlocksOfAnotherThreadRunInOrder) {
 TEST_F(Window, BlocksRunWhileAnAlertIsOpenAndReturnAnswersIt) {
     ProbeProcess probe(display_.name(), texts());
     ASSERT_TRUE(probe.hears("launched"));
+    ASSERT_TRUE(display_.waitForWindow(kProgram));
+    const std::string menuBar = display_.xdotool({"getwindowfocus"});
     probe.tell("alert OK|Sentrel is not installed.|");
     ASSERT_TRUE(probe.hears("alert"));
     EXPECT_TRUE(staysSilentAbout(probe, "answered"));
-    display_.xdotool({"sleep", "0.5"});
+    ASSERT_TRUE(losesKeyboard(menuBar));
     press("Return");
     EXPECT_TRUE(probe.hears("answered"));
     EXPECT_TRUE(staysSilentAbout(probe, "uninstall"));
@@ -218,32 +289,33 @@ TEST_F(Window, BlocksRunWhileAnAlertIsOpenAndReturnAnswersIt) {
 TEST_F(Window, GrowsWithItsTextsAndNeverShrinks) {
     ProbeProcess probe(display_.name(), texts());
     ASSERT_TRUE(probe.hears("launched"));
-    const Frame before = frame("Uninstall Sentrel");
+    const Frame before = frame(kTitle);
     std::string text = "Sentrel";
     for (int count = 0; count < 60; ++count) {
         text += " and more";
     }
     probe.tell("label " + text);
     ASSERT_TRUE(probe.hears("label " + text));
-    const Frame taller = frame("Uninstall Sentrel");
+    // The program speaks before the screen has seen to it.
+    const Frame taller = frameWhen([&](const Frame& now) { return now.height > before.height; });
     EXPECT_GT(taller.height, before.height);
     EXPECT_EQ(taller.y, before.y);
     probe.tell(
         "rename A title of a button that is a whole sentence long, which no language has, and a bit more");
     ASSERT_TRUE(staysSilentAbout(probe, "came back"));
-    const Frame wider = frame("Uninstall Sentrel");
+    const Frame wider = frameWhen([&](const Frame& now) { return now.width > before.width; });
     EXPECT_GT(wider.width, before.width);
     probe.tell("label Sentrel");
     probe.tell("rename OK");
     ASSERT_TRUE(probe.hears("label Sentrel"));
-    EXPECT_EQ(frame("Uninstall Sentrel").height, wider.height);
-    EXPECT_EQ(frame("Uninstall Sentrel").width, wider.width);
+    EXPECT_EQ(frame(kTitle).height, wider.height);
+    EXPECT_EQ(frame(kTitle).width, wider.width);
 }
 
 TEST_F(Window, StartsNoProcesses) {
     ProbeProcess probe(display_.name(), texts());
     ASSERT_TRUE(probe.hears("launched"));
-    ASSERT_GT(frame("Uninstall Sentrel").width, 0);
+    ASSERT_GT(frame(kTitle).width, 0);
     const std::string pid = std::to_string(probe.pid());
     std::ifstream file("/proc/" + pid + "/task/" + pid + "/children");
     ASSERT_TRUE(file.is_open());
@@ -290,6 +362,18 @@ TEST_F(Window, UsesTheMakersFrameworksAndPassesOverABrokenOne) {
     probe.tell("alert none|Message|Informative");
     EXPECT_TRUE(probe.hears("no alert"));
     std::filesystem::remove_all(broken);
+}
+
+TEST_F(Window, ALockThatCannotBeMadeStaysLocked) {
+    for (const char* fault : {"absent", "raises"}) {
+        ASSERT_EQ(setenv("MAKER_LOCK", fault, 1), 0);
+        ProbeProcess probe(display_.name(), texts({std::string("frameworks=") + MAKER_FRAMEWORKS}));
+        unsetenv("MAKER_LOCK");
+        ASSERT_TRUE(probe.hears("launched"));
+        probe.tell("authorize");
+        const bool isLocked = probe.hears("not authorized");
+        EXPECT_TRUE(isLocked) << fault << ": " << (isLocked ? 0 : probe.status());
+    }
 }
 
 TEST(WindowWithoutDisplay, SaysSoWhenNoneIsNamed) {

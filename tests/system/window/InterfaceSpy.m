@@ -1,6 +1,6 @@
 // Loaded into the uninstaller by a test: writes, ten times a second, what the interface shows to the file that
-// INTERFACE_SPY names. What cannot be seen from outside - which button is enabled, where it is - is read from the
-// controls themselves; the program knows nothing of it.
+// INTERFACE_SPY names. What cannot be seen from outside - which button is enabled, where it is - is read from
+// the controls themselves; the program knows nothing of it.
 
 #import <AppKit/AppKit.h>
 

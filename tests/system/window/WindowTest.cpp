@@ -22,7 +22,7 @@ bool isFinished(const Interface& shown) {
     return shown.isFinished();
 }
 
-TEST(Window, RemovesTheProductFromReadyThroughRunningToFinished) {
+TEST(WindowedUninstallation, RemovesTheProductFromReadyThroughRunningToFinished) {
     WindowedMac mac({"--installed", "all", "--running", "Sentrel,View Logs,NORVIK Antivirus"});
     mac.start();
     const auto ready = mac.waitFor(isReady);
@@ -36,18 +36,18 @@ TEST(Window, RemovesTheProductFromReadyThroughRunningToFinished) {
     const auto running = mac.waitFor(isRunning);
     ASSERT_TRUE(running) << mac.terminal();
     EXPECT_EQ(running->main()->button("Cancel"), nullptr);
-    const auto finished = mac.waitFor(isFinished, 90);
+    const auto finished = mac.waitFor(isFinished, 150);
     ASSERT_TRUE(finished) << mac.terminal();
     EXPECT_TRUE(mac.writeScreenshot("finished-en"));
     EXPECT_EQ(finished->main()->progress()->value, 100);
     ASSERT_NE(finished->main()->button("Done"), nullptr);
     EXPECT_NE(finished->main()->text("Sentrel has been uninstalled from this Mac."), nullptr);
     mac.click(*finished->main()->button("Done"));
-    EXPECT_EQ(mac.exitStatus(30), 0) << mac.terminal();
+    EXPECT_EQ(mac.exitStatus(60), 0) << mac.terminal();
     mac.mac().expectClean();
 }
 
-TEST(Window, SpeaksTheLanguageOfTheUser) {
+TEST(WindowedUninstallation, SpeaksTheLanguageOfTheUser) {
     WindowedMac mac({"--installed", "current"}, {}, "de");
     mac.start();
     const auto ready = mac.waitFor(isReady);
@@ -56,15 +56,19 @@ TEST(Window, SpeaksTheLanguageOfTheUser) {
     EXPECT_TRUE(mac.writeScreenshot("ready-de"));
     ASSERT_TRUE(mac.pressUninstall());
     ASSERT_TRUE(mac.giveAdministratorPassword("alice", "authorization-de")) << mac.terminal();
-    const auto finished = mac.waitFor(isFinished, 90);
+    const auto finished = mac.waitFor(isFinished, 150);
     ASSERT_TRUE(finished) << mac.terminal();
     EXPECT_TRUE(mac.writeScreenshot("finished-de"));
-    mac.click(*finished->main()->buttons().front());
-    EXPECT_EQ(mac.exitStatus(30), 0) << mac.terminal();
+    EXPECT_EQ(finished->main()->buttons().front()->text, "Fertig");
+    // Without a window manager nobody gives the keyboard back after the administrator dialog; a click does.
+    mac.click(*finished->main()->progress());
+    ASSERT_TRUE(mac.display().waitForWindow("Sentrel deinstallieren"));
+    mac.display().press("Return");
+    EXPECT_EQ(mac.exitStatus(60), 0) << mac.terminal();
     mac.mac().expectClean();
 }
 
-TEST(Window, WhileRunningTheCloseBoxAndQuitAreRefused) {
+TEST(WindowedUninstallation, WhileRunningTheCloseBoxAndQuitAreRefused) {
     WindowedMac mac({"--installed", "current"}, {"helper-mute"});
     mac.start();
     ASSERT_TRUE(mac.pressUninstall()) << mac.terminal();
@@ -80,7 +84,7 @@ TEST(Window, WhileRunningTheCloseBoxAndQuitAreRefused) {
     EXPECT_TRUE(mac.now().isRunning());
 }
 
-TEST(Window, WhileReadyTheCloseBoxQuits) {
+TEST(WindowedUninstallation, WhileReadyTheCloseBoxQuits) {
     WindowedMac mac({"--installed", "current"});
     mac.start();
     const auto ready = mac.waitFor(isReady);
@@ -88,7 +92,7 @@ TEST(Window, WhileReadyTheCloseBoxQuits) {
     const auto closeBox = ready->main()->closeBox;
     ASSERT_TRUE(closeBox);
     mac.display().click(closeBox->first, closeBox->second);
-    EXPECT_EQ(mac.exitStatus(20), 0) << mac.terminal();
+    EXPECT_EQ(mac.exitStatus(60), 0) << mac.terminal();
     mac.mac().expectInstalled();
 }
 
@@ -105,17 +109,18 @@ TEST_P(EndsTheReadyWindow, AndChangesNothing) {
         EXPECT_TRUE(mac.display().waitForWindow(kTitle));
         mac.display().press(GetParam());
     }
-    EXPECT_EQ(mac.exitStatus(20), 0) << mac.terminal();
+    EXPECT_EQ(mac.exitStatus(60), 0) << mac.terminal();
     mac.mac().expectInstalled();
     EXPECT_EQ(mac.mac().uninstallerLog(), Lines());
 }
 
-INSTANTIATE_TEST_SUITE_P(Window, EndsTheReadyWindow, testing::Values("Cancel", "Escape", "alt+q"),
+INSTANTIATE_TEST_SUITE_P(WindowedUninstallation, EndsTheReadyWindow,
+                         testing::Values("Cancel", "Escape", "alt+q"),
                          [](const testing::TestParamInfo<const char*>& info) {
                              return std::string(info.param) == "alt+q" ? "CommandQ" : info.param;
                          });
 
-TEST(Window, ReturnPressesUninstall) {
+TEST(WindowedUninstallation, ReturnPressesUninstall) {
     WindowedMac mac({"--installed", "current"});
     mac.start();
     ASSERT_TRUE(mac.waitFor(isReady)) << mac.terminal();
@@ -124,20 +129,20 @@ TEST(Window, ReturnPressesUninstall) {
     EXPECT_TRUE(mac.cancelAdministratorDialog());
 }
 
-TEST(Window, AProductThatIsNotInstalledIsSaidInAnAlertAndTheProgramEnds) {
+TEST(WindowedUninstallation, AProductThatIsNotInstalledIsSaidInAnAlertAndTheProgramEnds) {
     WindowedMac mac({"--empty"});
     mac.start();
     ASSERT_TRUE(mac.pressUninstall()) << mac.terminal();
     EXPECT_TRUE(mac.answerAlert("Sentrel is not installed.", "not-installed-en"));
-    EXPECT_EQ(mac.exitStatus(20), 0) << mac.terminal();
+    EXPECT_EQ(mac.exitStatus(60), 0) << mac.terminal();
 }
 
-TEST(Window, AProductThatIsNotInstalledIsSaidInTheLanguageOfTheUser) {
+TEST(WindowedUninstallation, AProductThatIsNotInstalledIsSaidInTheLanguageOfTheUser) {
     WindowedMac mac({"--empty"}, {}, "de");
     mac.start();
     ASSERT_TRUE(mac.pressUninstall()) << mac.terminal();
     EXPECT_TRUE(mac.answerAlert("Sentrel ist nicht installiert.", "not-installed-de"));
-    EXPECT_EQ(mac.exitStatus(20), 0) << mac.terminal();
+    EXPECT_EQ(mac.exitStatus(60), 0) << mac.terminal();
 }
 
 class NewerProduct : public testing::TestWithParam<const char*> {};
@@ -148,11 +153,11 @@ TEST_P(NewerProduct, IsSaidInFixedEnglishInEveryLanguageAndTheProgramEnds) {
     mac.start();
     ASSERT_TRUE(mac.pressUninstall()) << mac.terminal();
     EXPECT_TRUE(mac.answerAlert(kNewerVersion, "newer-version-" + language));
-    EXPECT_EQ(mac.exitStatus(20), 0) << mac.terminal();
+    EXPECT_EQ(mac.exitStatus(60), 0) << mac.terminal();
     mac.mac().expectInstalled();
 }
 
-INSTANTIATE_TEST_SUITE_P(Window, NewerProduct, testing::Values("en", "de"));
+INSTANTIATE_TEST_SUITE_P(WindowedUninstallation, NewerProduct, testing::Values("en", "de"));
 
 class CancelledAuthorization : public testing::TestWithParam<const char*> {};
 
@@ -163,11 +168,11 @@ TEST_P(CancelledAuthorization, IsSaidAndTheProgramEnds) {
     ASSERT_TRUE(mac.pressUninstall()) << mac.terminal();
     ASSERT_TRUE(mac.cancelAdministratorDialog());
     EXPECT_TRUE(mac.answerAlert(kNotAuthorized, "not-authorized-" + language));
-    EXPECT_EQ(mac.exitStatus(20), 0) << mac.terminal();
+    EXPECT_EQ(mac.exitStatus(60), 0) << mac.terminal();
     mac.mac().expectInstalled();
 }
 
-INSTANTIATE_TEST_SUITE_P(Window, CancelledAuthorization, testing::Values("en", "de"));
+INSTANTIATE_TEST_SUITE_P(WindowedUninstallation, CancelledAuthorization, testing::Values("en", "de"));
 
 class FailedSetUp : public testing::TestWithParam<const char*> {};
 
@@ -176,19 +181,20 @@ TEST_P(FailedSetUp, IsSaidAsNotAuthorizedAndTheProgramEnds) {
     mac.start();
     ASSERT_TRUE(mac.pressUninstall()) << mac.terminal();
     ASSERT_TRUE(mac.giveAdministratorPassword("alice"));
-    EXPECT_TRUE(mac.answerAlert(kNotAuthorized, std::string("not-authorized-") + GetParam()));
-    EXPECT_EQ(mac.exitStatus(20), 0) << mac.terminal();
+    EXPECT_TRUE(mac.answerAlert(kNotAuthorized));
+    EXPECT_EQ(mac.exitStatus(60), 0) << mac.terminal();
     mac.mac().expectInstalled();
 }
 
-INSTANTIATE_TEST_SUITE_P(Window, FailedSetUp, testing::Values("bless-installer", "bless-support", "package"),
+INSTANTIATE_TEST_SUITE_P(WindowedUninstallation, FailedSetUp,
+                         testing::Values("bless-installer", "bless-support", "package"),
                          [](const testing::TestParamInfo<const char*>& info) {
                              std::string name = info.param;
                              std::erase(name, '-');
                              return name;
                          });
 
-TEST(Window, ParentalControlThatRefusesLeavesTheWindowReady) {
+TEST(WindowedUninstallation, ParentalControlThatRefusesLeavesTheWindowReady) {
     WindowedMac mac({"--installed", "current", "--parental-control", "refused"});
     mac.start();
     ASSERT_TRUE(mac.pressUninstall()) << mac.terminal();
@@ -198,7 +204,7 @@ TEST(Window, ParentalControlThatRefusesLeavesTheWindowReady) {
     EXPECT_EQ(mac.exitStatus(1), -1);
 }
 
-TEST(Window, ParentalControlThatIsNotUnlockedLeavesTheWindowReady) {
+TEST(WindowedUninstallation, ParentalControlThatIsNotUnlockedLeavesTheWindowReady) {
     WindowedMac mac({"--installed", "current", "--parental-control", "on"});
     mac.start();
     ASSERT_TRUE(mac.pressUninstall()) << mac.terminal();
@@ -206,14 +212,14 @@ TEST(Window, ParentalControlThatIsNotUnlockedLeavesTheWindowReady) {
     EXPECT_TRUE(mac.writeScreenshot("parental-control"));
     mac.display().press("Escape");
     ASSERT_TRUE(mac.display().waitUntilGone("Parental control"));
-    EXPECT_TRUE(mac.waitFor(isReady, 5));
+    EXPECT_TRUE(mac.waitFor(isReady));
     ASSERT_TRUE(mac.display().waitForWindow(kTitle));
     mac.display().press("alt+q");
-    EXPECT_EQ(mac.exitStatus(20), 0) << mac.terminal();
+    EXPECT_EQ(mac.exitStatus(60), 0) << mac.terminal();
     mac.mac().expectInstalled();
 }
 
-TEST(Window, ParentalControlThatIsUnlockedLetsTheRunBegin) {
+TEST(WindowedUninstallation, ParentalControlThatIsUnlockedLetsTheRunBegin) {
     WindowedMac mac({"--installed", "current", "--parental-control", "on"});
     mac.start();
     ASSERT_TRUE(mac.pressUninstall()) << mac.terminal();
@@ -223,8 +229,9 @@ TEST(Window, ParentalControlThatIsUnlockedLetsTheRunBegin) {
     EXPECT_TRUE(mac.cancelAdministratorDialog());
 }
 
-TEST(Window, WithoutTheDaemonParentalControlIsNotAsked) {
-    WindowedMac mac({"--installed", "snt-folder", "--parental-control", "refused"});
+TEST(WindowedUninstallation, WithoutTheDaemonParentalControlIsNotAsked) {
+    WindowedMac mac({"--installed", "current", "--parental-control", "refused"});
+    ASSERT_EQ(mac.mac().shell("rm /Library/LaunchDaemons/com.norvik.fileaccessd.plist").status, 0);
     mac.start();
     ASSERT_TRUE(mac.pressUninstall()) << mac.terminal();
     EXPECT_TRUE(mac.cancelAdministratorDialog());
@@ -247,9 +254,9 @@ TEST_P(HelperThatDies, LeavesTheWindowRunningAtItsLastReport) {
     EXPECT_TRUE(mac.now().isRunning());
 }
 
-INSTANTIATE_TEST_SUITE_P(Window, HelperThatDies, testing::Values("en", "de"));
+INSTANTIATE_TEST_SUITE_P(WindowedUninstallation, HelperThatDies, testing::Values("en", "de"));
 
-TEST(Window, AHelperThatCannotBeReachedLeavesTheWindowRunning) {
+TEST(WindowedUninstallation, AHelperThatCannotBeReachedLeavesTheWindowRunning) {
     WindowedMac mac({"--installed", "current"}, {"no-installer-service"});
     mac.start();
     ASSERT_TRUE(mac.pressUninstall()) << mac.terminal();

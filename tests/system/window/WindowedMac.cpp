@@ -209,7 +209,7 @@ bool WindowedMac::cancelAdministratorDialog() const {
 bool WindowedMac::answerAlert(const std::string& message, const std::string& screenshot) const {
     const std::optional<Interface> shown =
         waitFor([&message](const Interface& now) { return now.windowWithText(message) != nullptr; });
-    if (!shown || !writeScreenshot(screenshot)) {
+    if (!shown || (!screenshot.empty() && !writeScreenshot(screenshot))) {
         return false;
     }
     const std::vector<const Interface::Control*> buttons = shown->windowWithText(message)->buttons();

@@ -66,7 +66,7 @@ class WindowedMac {
     void start();
     /// Waits until the interface is such that `condition` holds, at most so long. The last interface seen.
     [[nodiscard]] std::optional<Interface> waitFor(const std::function<bool(const Interface&)>& condition,
-                                                   int seconds = 40) const;
+                                                   int seconds = 90) const;
     /// What is shown now.
     [[nodiscard]] Interface now() const;
     void click(const Interface::Control& control) const { display_.click(control.x, control.y); }
@@ -77,9 +77,9 @@ class WindowedMac {
     [[nodiscard]] bool giveAdministratorPassword(const std::string& password,
                                                  const std::string& screenshot = "") const;
     [[nodiscard]] bool cancelAdministratorDialog() const;
-    /// Waits for an alert with this message, writes a screenshot and presses its one button. False when there
-    /// is no such alert or it has not one button.
-    [[nodiscard]] bool answerAlert(const std::string& message, const std::string& screenshot) const;
+    /// Waits for an alert with this message, writes a screenshot when it has a name for it, and presses its
+    /// one button. False when there is no such alert or it has not one button.
+    [[nodiscard]] bool answerAlert(const std::string& message, const std::string& screenshot = "") const;
     /// The uninstaller's exit status, waited for; -1 when it still runs.
     int exitStatus(int seconds) { return program_ ? program_->wait(seconds) : -1; }
 

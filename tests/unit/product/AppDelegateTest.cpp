@@ -1,5 +1,7 @@
 #include "Uninstaller/AppDelegate.h"
 
+#include <algorithm>
+
 #include <gtest/gtest.h>
 
 #include "support/FakeApplication.h"
@@ -113,7 +115,7 @@ TEST_F(WindowFlow, HelperThatStopsReportingLeavesTheWindowRunning) {
     EXPECT_EQ(mac_.callsOf("wait until"), CallList());
 }
 
-TEST_F(WindowFlow, ATotalWeightOf0NeverProducesAReportAndNeverFinishes) {
+TEST_F(WindowFlow, NoReportAtAllAsFromATotalWeightOf0NeverFinishes) {
     helper_.reportsAtMost = 0;
     controller_.uninstallAction();
     framework_.drainMainQueue();
@@ -134,11 +136,20 @@ TEST_F(WindowFlow, HelperUnreachableAfterASuccessfulSetUpStaysRunningWithQuittin
 
 TEST_F(WindowFlow, ProductNotInstalledTheAlertAppearsAndTheApplicationQuits) {
     removeProduct();
-    // Quitting ends the process on a Mac; what follows here is a request that returned.
+    // Quitting ends the process on a Mac, with this answer; what follows here is a request that returned.
+    std::vector<CallList> callsBefore;
+    framework_.shouldTerminate = [&] {
+        callsBefore.push_back(mac_.calls);
+        return delegate_->applicationShouldTerminate();
+    };
     controller_.uninstallAction();
-    ASSERT_GE(mac_.calls.size(), 2U);
-    EXPECT_EQ(alerts().at(0), kNotInstalled);
-    EXPECT_GE(framework_.terminations, 1);
+    ASSERT_FALSE(callsBefore.empty());
+    const CallList& calls = callsBefore.front();
+    ASSERT_GE(calls.size(), 2U);
+    EXPECT_EQ(calls.at(calls.size() - 2), kNotInstalled);
+    EXPECT_EQ(calls.back(), "terminate");
+    EXPECT_EQ(std::count(calls.begin(), calls.end(), "authorize system.privilege.admin 3"), 0);
+    EXPECT_EQ(framework_.terminations, static_cast<int>(callsBefore.size()));
     EXPECT_TRUE(controller_.terminateEnabled());
 }
 

@@ -58,6 +58,7 @@ void DarwinXPCListener::run(const Accept& accept, const Refused& refused, std::u
         return admit(static_cast<NSXPCConnection*>(connection), accept, refused);
     };
     do {
+        door_->open();
         [listener_ resume];
         door_->serve(admitOne, std::chrono::seconds(idleSeconds));
         [listener_ suspend];

@@ -16,7 +16,6 @@ bool ListenerDoor::knock(void* connection) {
 
 ListenerDoor::Visitor* ListenerDoor::next(std::chrono::milliseconds idleTime) {
     std::unique_lock lock(mutex_);
-    isOpen_ = true;
     while (visitors_.empty()) {
         if (underWay_ > 0) {
             changed_.wait(lock);
@@ -30,7 +29,13 @@ ListenerDoor::Visitor* ListenerDoor::next(std::chrono::milliseconds idleTime) {
     return visitor;
 }
 
+void ListenerDoor::open() {
+    const std::lock_guard lock(mutex_);
+    isOpen_ = true;
+}
+
 void ListenerDoor::serve(const Admit& admit, std::chrono::milliseconds idleTime) {
+    open();
     while (Visitor* const visitor = next(idleTime)) {
         // Without the lock: it takes its time, and calls `begin` for a connection that it admits.
         const bool isAdmitted = admit(visitor->connection);

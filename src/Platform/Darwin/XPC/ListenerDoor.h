@@ -20,6 +20,10 @@ class ListenerDoor {
     /// once when the door is shut.
     [[nodiscard]] bool knock(void* connection);
 
+    /// From now on who knocks waits to be served. To be called before the listener is resumed: the connection
+    /// for which the process was started comes at once, perhaps before `serve`.
+    void open();
+
     /// Opens the door and has `admit` decide on every connection, one at a time, on this thread. Returns,
     /// with the door still open, when for `idleTime` none has come and nothing has been under way.
     void serve(const Admit& admit, std::chrono::milliseconds idleTime);

@@ -34,11 +34,16 @@ CFStringRef stringRef(NSString* string) {
     return reinterpret_cast<CFStringRef>(string);
 }
 
+/// Foundation's view of the same object, borrowed.
+id foundationView(CFTypeRef object) {
+    return static_cast<id>(const_cast<void*>(object));
+}
+
 /// The running code that `token` names; null when there is none any more.
 OwnedCode codeOf(const audit_token_t& token) {
     NSData* const bytes = [NSData dataWithBytes:&token length:sizeof token];
     NSDictionary* const attributes =
-        [NSDictionary dictionaryWithObject:bytes forKey:reinterpret_cast<NSString*>(kSecGuestAttributeAudit)];
+        [NSDictionary dictionaryWithObject:bytes forKey:foundationView(kSecGuestAttributeAudit)];
     SecCodeRef code = nullptr;
     const OSStatus status = SecCodeCopyGuestWithAttributes(
         nullptr, reinterpret_cast<CFDictionaryRef>(attributes), kSecCSDefaultFlags, &code);
@@ -64,8 +69,8 @@ bool hasHardenedRuntime(SecCodeRef code) {
     if (status != errSecSuccess || information == nullptr) {
         return false;
     }
-    NSNumber* const flags = [reinterpret_cast<NSDictionary*>(information)
-        objectForKey:reinterpret_cast<NSString*>(kSecCodeInfoFlags)];
+    NSDictionary* const facts = foundationView(information);
+    NSNumber* const flags = [facts objectForKey:foundationView(kSecCodeInfoFlags)];
     return ([flags unsignedIntValue] & kHardenedRuntime) != 0;
 }
 
