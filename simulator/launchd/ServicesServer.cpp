@@ -137,10 +137,7 @@ bool ServicesServer::handle(ConnectionId id, const Caller& caller, const Fields&
         return true;
     }
     if (verb == "identify" && request.size() == 2) {
-        pid_t pid = 0;
-        static_cast<void>(std::from_chars(request[1].data(), request[1].data() + request[1].size(), pid));
-        const auto identifier = codeIdentifier(pid);
-        reply(id, {identifier ? "0" : "1", identifier.value_or("")});
+        identify(id, request[1]);
         return true;
     }
     if (verb == "lookup" && request.size() == 2) {
@@ -177,6 +174,13 @@ bool ServicesServer::authorize(ConnectionId id, const Caller& caller, const Fiel
                                            reply(id, {std::to_string(status), token});
                                        });
     return true;
+}
+
+void ServicesServer::identify(ConnectionId id, const std::string& process) {
+    pid_t pid = 0;
+    static_cast<void>(std::from_chars(process.data(), process.data() + process.size(), pid));
+    const auto identifier = codeIdentifier(pid);
+    reply(id, {identifier ? "0" : "1", identifier.value_or("")});
 }
 
 void ServicesServer::lookUp(ConnectionId id, const std::string& name) {

@@ -42,6 +42,7 @@ class ServicesServer {
     /// Whether the request was one; its reply may come later.
     [[nodiscard]] bool handle(ConnectionId id, const Caller& caller, const Fields& request);
     [[nodiscard]] bool authorize(ConnectionId id, const Caller& caller, const Fields& request);
+    void identify(ConnectionId id, const std::string& process);
     void lookUp(ConnectionId id, const std::string& name);
     void reply(ConnectionId id, const Fields& fields);
 

@@ -105,8 +105,12 @@ bool VirtualDisplay::waitUntilGone(const std::string& title) const {
 }
 
 int VirtualDisplay::windowHeight(const std::string& title) const {
-    const std::string text =
-        xdotool({"search", "--onlyvisible", "--name", title, "getwindowgeometry", "--shell"});
+    std::string text;
+    // A search fails too when any window goes meanwhile.
+    static_cast<void>(waitUntil(5s, [&] {
+        text = xdotool({"search", "--onlyvisible", "--name", title, "getwindowgeometry", "--shell"});
+        return !text.empty();
+    }));
     const std::size_t line = text.find("\nHEIGHT=");
     return line == std::string::npos ? 0 : std::stoi(text.substr(line + 8));
 }

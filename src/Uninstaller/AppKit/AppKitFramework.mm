@@ -111,6 +111,8 @@ void AppKitFramework::makeInterface(ApplicationProgram& program) {
     controls_->setWindowController(program.interfaceDidLoad(controls_->outlets()));
     SNTShowMainMenu([menu mainMenu]);
     [interface show];
+    // A class gets its method table at its first use: those that other threads use have it from here on.
+    application_.performOnMainQueue([] {});
 }
 
 Application* AppKitFramework::sharedApplication() {

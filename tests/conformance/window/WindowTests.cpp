@@ -48,10 +48,16 @@ std::vector<std::string> texts(const std::vector<std::string>& more = {}) {
 
 class Window : public testing::Test {
   protected:
-    /// The visible window of this name; a width of 0 when there is none.
+    /// The visible window of this name, waited for; a width of 0 when it does not come.
     Frame frame(const std::string& title) {
-        std::istringstream lines(display_.xdotool({"search", "--sync", "--onlyvisible", "--name",
-                                                   "^" + title + "$", "getwindowgeometry", "--shell"}));
+        std::string geometry;
+        // A search fails when any window goes meanwhile.
+        for (int attempt = 0; attempt < 300 && geometry.empty(); ++attempt) {
+            geometry = display_.xdotool(
+                {"search", "--onlyvisible", "--name", "^" + title + "$", "getwindowgeometry", "--shell"});
+            display_.xdotool({"sleep", geometry.empty() ? "0.1" : "0"});
+        }
+        std::istringstream lines(geometry);
         Frame result;
         for (std::string line; std::getline(lines, line);) {
             const std::size_t equals = line.find('=');

@@ -5,11 +5,11 @@
 #import <AppKit/AppKit.h>
 
 @interface InterfaceSpy : NSObject
-+ (void)watch:(NSNotification *)notification;
-+ (void)write:(NSTimer *)timer;
++ (void)watch:(NSNotification*)notification;
++ (void)write:(NSTimer*)timer;
 @end
 
-static NSArray *rectangle(NSRect frame) {
+static NSArray* rectangle(NSRect frame) {
     // From the upper left corner of the screen, as a mouse counts.
     CGFloat height = [[NSScreen mainScreen] frame].size.height;
     return [NSArray arrayWithObjects:[NSNumber numberWithDouble:frame.origin.x],
@@ -18,8 +18,8 @@ static NSArray *rectangle(NSRect frame) {
                                      [NSNumber numberWithDouble:frame.size.height], nil];
 }
 
-static NSMutableDictionary *describe(NSView *view, NSString *kind) {
-    NSMutableDictionary *facts = [NSMutableDictionary dictionary];
+static NSMutableDictionary* describe(NSView* view, NSString* kind) {
+    NSMutableDictionary* facts = [NSMutableDictionary dictionary];
     NSRect inWindow = [view convertRect:[view bounds] toView:nil];
     inWindow.origin = [[view window] convertBaseToScreen:inWindow.origin];
     [facts setObject:kind forKey:@"kind"];
@@ -31,76 +31,77 @@ static NSMutableDictionary *describe(NSView *view, NSString *kind) {
     return facts;
 }
 
-static void collect(NSView *view, NSMutableArray *controls) {
-    NSMutableDictionary *facts = nil;
-    NSUInteger i;
+static void collect(NSView* view, NSMutableArray* controls) {
+    NSMutableDictionary* facts = nil;
     // The system's alert shows its icon as a button without words.
-    if ([view isKindOfClass:[NSButton class]] && [[(NSButton *)view title] length] > 0) {
+    if ([view isKindOfClass:[NSButton class]] && [[(NSButton*)view title] length] > 0) {
         facts = describe(view, @"button");
-        [facts setObject:[(NSButton *)view title] forKey:@"text"];
-        [facts setObject:[NSNumber numberWithBool:[(NSButton *)view isEnabled]] forKey:@"enabled"];
-        [facts setObject:[(NSButton *)view keyEquivalent] forKey:@"key"];
+        [facts setObject:[(NSButton*)view title] forKey:@"text"];
+        [facts setObject:[NSNumber numberWithBool:[(NSButton*)view isEnabled]] forKey:@"enabled"];
+        [facts setObject:[(NSButton*)view keyEquivalent] forKey:@"key"];
     } else if ([view isKindOfClass:[NSTextField class]]) {
         facts = describe(view, @"text");
-        [facts setObject:[(NSTextField *)view stringValue] forKey:@"text"];
+        [facts setObject:[(NSTextField*)view stringValue] forKey:@"text"];
     } else if ([view isKindOfClass:[NSProgressIndicator class]]) {
         facts = describe(view, @"progress");
-        [facts setObject:[NSNumber numberWithDouble:[(NSProgressIndicator *)view doubleValue]]
+        [facts setObject:[NSNumber numberWithDouble:[(NSProgressIndicator*)view doubleValue]]
                   forKey:@"value"];
     }
     if (facts != nil) {
         [controls addObject:facts];
     }
-    for (i = 0; i < [[view subviews] count]; i++) {
-        collect([[view subviews] objectAtIndex:i], controls);
+    for (NSUInteger index = 0; index < [[view subviews] count]; ++index) {
+        collect([[view subviews] objectAtIndex:index], controls);
     }
 }
 
 @implementation InterfaceSpy
 
 + (void)load {
-    NSAutoreleasePool *pool = [NSAutoreleasePool new];
+    NSAutoreleasePool* pool = [[NSAutoreleasePool alloc] init];
     [[NSNotificationCenter defaultCenter] addObserver:self
                                              selector:@selector(watch:)
                                                  name:NSApplicationDidFinishLaunchingNotification
                                                object:nil];
-    [pool drain];
+    [pool release];
 }
 
-+ (void)watch:(NSNotification *)notification {
-    NSTimer *timer = [NSTimer timerWithTimeInterval:0.1
++ (void)watch:(NSNotification*)notification {
+    (void)notification;
+    NSTimer* timer = [NSTimer timerWithTimeInterval:0.1
                                              target:self
                                            selector:@selector(write:)
                                            userInfo:nil
                                             repeats:YES];
-    NSRunLoop *loop = [NSRunLoop currentRunLoop];
+    NSRunLoop* loop = [NSRunLoop currentRunLoop];
     [loop addTimer:timer forMode:NSDefaultRunLoopMode];
     [loop addTimer:timer forMode:NSModalPanelRunLoopMode];
     [loop addTimer:timer forMode:NSEventTrackingRunLoopMode];
 }
 
-+ (void)write:(NSTimer *)timer {
-    NSString *file = [[[NSProcessInfo processInfo] environment] objectForKey:@"INTERFACE_SPY"];
-    NSMutableArray *windows = [NSMutableArray array];
-    NSEnumerator *each = [[NSApp windows] objectEnumerator];
-    NSWindow *window;
++ (void)write:(NSTimer*)timer {
+    (void)timer;
+    NSString* file = [[[NSProcessInfo processInfo] environment] objectForKey:@"INTERFACE_SPY"];
+    NSMutableArray* windows = [NSMutableArray array];
+    NSEnumerator* each = [[NSApp windows] objectEnumerator];
+    NSWindow* window;
     while ((window = [each nextObject]) != nil) {
-        NSMutableArray *controls = [NSMutableArray array];
+        NSMutableArray* controls = [NSMutableArray array];
         if (![window isVisible] || [window contentView] == nil || [window level] == NSMainMenuWindowLevel) {
             continue;
         }
         collect([window contentView], controls);
-        NSMutableDictionary *facts =
+        NSMutableDictionary* facts =
             [NSMutableDictionary dictionaryWithObjectsAndKeys:[window title], @"title",
                                                               rectangle([window frame]), @"frame",
                                                               controls, @"controls", nil];
-        NSButton *closeBox = [window standardWindowButton:NSWindowCloseButton];
+        NSButton* closeBox = [window standardWindowButton:NSWindowCloseButton];
         if (closeBox != nil) {
             [facts setObject:[describe(closeBox, @"closeBox") objectForKey:@"frame"] forKey:@"closeBox"];
         }
         [windows addObject:facts];
     }
-    NSData *json = [NSJSONSerialization dataWithJSONObject:[NSDictionary dictionaryWithObject:windows
+    NSData* json = [NSJSONSerialization dataWithJSONObject:[NSDictionary dictionaryWithObject:windows
                                                                                        forKey:@"windows"]
                                                    options:0
                                                      error:NULL];
