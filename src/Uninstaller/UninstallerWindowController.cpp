@@ -97,7 +97,7 @@ void UninstallerWindowController::terminate() {
     }
 }
 
-void UninstallerWindowController::setProgressHidden(bool hidden) {
+void UninstallerWindowController::setProgressHidden(bool hidden) const {
     if (ProgressIndicator* indicator = progressIndicator(); indicator != nullptr) {
         indicator->setHidden(hidden);
     }

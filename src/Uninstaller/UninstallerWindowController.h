@@ -54,7 +54,7 @@ class UninstallerWindowController final : public WindowController {
 
   private:
     void terminate();
-    void setProgressHidden(bool hidden);
+    void setProgressHidden(bool hidden) const;
 
     ApplicationFramework& framework_;
     Outlets outlets_;

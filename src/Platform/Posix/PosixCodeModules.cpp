@@ -16,7 +16,7 @@ Error loaderError(const std::string& module) {
 std::optional<Error> PosixCodeModules::load(const Base::URL& module, const std::string& symbol,
                                             void*& address) {
     // Without a slash the loader would look for a library of that name in the system's folders.
-    const std::string path = module.path();
+    const std::string& path = module.path();
     if (!path.starts_with('/')) {
         return Error{path + " is no absolute path", 0};
     }
