@@ -14,7 +14,7 @@ packages=(
     # tests, conformance against other keyed archivers, benchmarks
     libgtest-dev libgmock-dev libbenchmark-dev python3 libplist-utils procps xvfb xdotool imagemagick
     # the check of the macOS side
-    libblocksruntime-dev libc++-14-dev lld-14 llvm-14 libblocksruntime-dev
+    libblocksruntime-dev libc++-14-dev lld-14 llvm-14
 )
 
 missing=()

@@ -39,7 +39,7 @@ class Bundles {
     /// A folder without an information dictionary is a bundle all the same.
     [[nodiscard]] virtual std::unique_ptr<Bundle> open(const Base::URL& location) = 0;
 
-    /// The running program's own bundle; for a program outside any bundle, the folder that it lies in.
+    /// The running program's own bundle, never null; outside any bundle, the folder that the program lies in.
     [[nodiscard]] virtual std::unique_ptr<Bundle> mainBundle() = 0;
 };
 

@@ -8,9 +8,6 @@ namespace Uninstall_Sentrel {
 
 std::string localizedText(const std::string& key, const std::string& table, std::string_view defaultValue) {
     const std::unique_ptr<Platform::Bundle> bundle = Platform::SystemPorts::current().bundles.mainBundle();
-    if (bundle == nullptr) {
-        return std::string(defaultValue);
-    }
     return bundle->localizedString(key, table).value_or(std::string(defaultValue));
 }
 

@@ -41,13 +41,8 @@ void sayNoWindow(const std::string& why) {
 }
 
 ApplicationFramework* loadFramework(std::string& error) {
-    const std::unique_ptr<Platform::Bundle> bundle = mainBundle();
-    if (bundle == nullptr) {
-        error = "the program does not lie in its application bundle.";
-        return nullptr;
-    }
     void* address = nullptr;
-    const Base::URL library = frameworksOf(bundle->url()).appendingPathComponent(kWindowLibrary);
+    const Base::URL library = frameworksOf(mainBundle()->url()).appendingPathComponent(kWindowLibrary);
     if (const std::optional<Platform::Error> failure = Platform::SystemPorts::current().codeModules.load(
             library, kApplicationFrameworkSymbol, address)) {
         error = failure->description;
@@ -74,26 +69,17 @@ std::string WindowProgram::interfaceText(const std::string& key) const {
 }
 
 std::string WindowProgram::resourcePath(const std::string& name, const std::string& type) const {
-    const std::unique_ptr<Platform::Bundle> bundle = mainBundle();
-    const std::optional<Base::URL> resource = bundle == nullptr ? std::nullopt : bundle->resource(name, type);
+    const std::optional<Base::URL> resource = mainBundle()->resource(name, type);
     return resource ? resource->path() : std::string();
 }
 
 std::vector<std::string> WindowProgram::frameworkFolders() const {
-    std::vector<std::string> folders;
-    if (const std::unique_ptr<Platform::Bundle> bundle = mainBundle()) {
-        folders.push_back(frameworksOf(bundle->url()).path());
-    }
     const NorvikCommon::ApplicationInfo product = NorvikCommon::ComponentPathProvider::managementConsole();
-    folders.push_back(frameworksOf(*product.bundle->location).path());
-    return folders;
+    return {frameworksOf(mainBundle()->url()).path(), frameworksOf(*product.bundle->location).path()};
 }
 
 std::string WindowProgram::version() const {
     const std::unique_ptr<Platform::Bundle> bundle = mainBundle();
-    if (bundle == nullptr) {
-        return {};
-    }
     const std::string shortVersion = bundle->infoString("CFBundleShortVersionString").value_or("");
     const std::string build = bundle->infoString("CFBundleVersion").value_or("");
     return build.empty() || build == shortVersion ? shortVersion : shortVersion + " (" + build + ")";

@@ -9,6 +9,7 @@
 #include "Platform/Darwin/FoundationError.h"
 #include "Platform/Posix/FileError.h"
 #include "Platform/Posix/FolderChain.h"
+#include "Platform/Posix/LocalDomain.h"
 #include "Platform/Posix/NativeFiles.h"
 
 /// Stops a copy at its first failure and keeps it: only here does Foundation say which entry it was.
@@ -117,19 +118,6 @@ NSSearchPathDirectory foundationDirectory(SearchPathDirectory directory) {
     return NSApplicationDirectory;
 }
 
-/// Where every Mac has them.
-const char* usualPath(SearchPathDirectory directory) {
-    switch (directory) {
-        case SearchPathDirectory::applications:
-            return "/Applications";
-        case SearchPathDirectory::applicationSupport:
-            return "/Library/Application Support";
-        case SearchPathDirectory::users:
-            return "/Users";
-    }
-    return "/Applications";
-}
-
 }  // namespace
 
 std::optional<Error> DarwinFileManager::copyItem(const Base::URL& source, const Base::URL& destination) {
@@ -165,7 +153,7 @@ Base::URL DarwinFileManager::localDirectory(SearchPathDirectory directory) {
                                                      appropriateForURL:nil
                                                                 create:YES
                                                                  error:nullptr];
-    return fileURL(url).value_or(Base::URL::fileURL(usualPath(directory)));
+    return fileURL(url).value_or(Base::URL::fileURL(Posix::localDomainPath(directory)));
 }
 
 }  // namespace Platform::Darwin

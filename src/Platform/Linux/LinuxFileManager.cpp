@@ -2,24 +2,9 @@
 
 #include "Platform/Linux/TreeCopy.h"
 #include "Platform/Posix/FileError.h"
+#include "Platform/Posix/LocalDomain.h"
 
 namespace Platform::Linux {
-
-namespace {
-
-std::string_view pathBelowDomain(SearchPathDirectory directory) {
-    switch (directory) {
-        case SearchPathDirectory::applications:
-            return "/Applications";
-        case SearchPathDirectory::applicationSupport:
-            return "/Library/Application Support";
-        case SearchPathDirectory::users:
-            return "/Users";
-    }
-    return "/";
-}
-
-}  // namespace
 
 std::optional<Error> LinuxFileManager::copyItem(const Base::URL& source, const Base::URL& destination) {
     Posix::OpenedParent from;
@@ -36,7 +21,7 @@ std::optional<Error> LinuxFileManager::copyItem(const Base::URL& source, const B
 }
 
 Base::URL LinuxFileManager::localDirectory(SearchPathDirectory directory) {
-    Base::URL url = Base::URL::fileURL(localDomain_ + std::string(pathBelowDomain(directory)));
+    Base::URL url = Base::URL::fileURL(localDomain_ + std::string(Posix::localDomainPath(directory)));
     if (!itemExists(url)) {
         // The folder's URL is the answer in any case.
         (void)createDirectory(url, true);
