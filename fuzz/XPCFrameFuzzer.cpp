@@ -1,4 +1,5 @@
-// What a peer of a helper may send: frames in any pieces, and the arguments of the one message that it understands.
+// What a peer of a helper may send: frames in any pieces, and the arguments of the one message that it
+// understands.
 
 #include <algorithm>
 #include <cstddef>

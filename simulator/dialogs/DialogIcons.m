@@ -19,13 +19,13 @@ static void curve(NSBezierPath* path, NSPoint end, NSPoint first, NSPoint second
     [path curveToPoint:end controlPoint1:first controlPoint2:second];
 }
 
-@interface DIALOG_CLASS(IconView) : NSView {
+@interface DIALOG_CLASS (IconView) : NSView {
     DialogIcon icon_;
 }
 - (void)setIcon:(DialogIcon)icon;
 @end
 
-@implementation DIALOG_CLASS(IconView)
+@implementation DIALOG_CLASS (IconView)
 
 - (void)setIcon:(DialogIcon)icon {
     icon_ = icon;

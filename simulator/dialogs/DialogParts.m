@@ -13,10 +13,10 @@ static NSColor* color(CGFloat red, CGFloat green, CGFloat blue) {
     return [NSColor colorWithCalibratedRed:red green:green blue:blue alpha:1];
 }
 
-@interface DIALOG_CLASS(Panel) : NSPanel
+@interface DIALOG_CLASS (Panel) : NSPanel
 @end
 
-@implementation DIALOG_CLASS(Panel)
+@implementation DIALOG_CLASS (Panel)
 
 /// Panels without a title bar would not get the keys.
 - (BOOL)canBecomeKeyWindow {
@@ -29,10 +29,10 @@ static NSColor* color(CGFloat red, CGFloat green, CGFloat blue) {
 
 @end
 
-@interface DIALOG_CLASS(Face) : NSView
+@interface DIALOG_CLASS (Face) : NSView
 @end
 
-@implementation DIALOG_CLASS(Face)
+@implementation DIALOG_CLASS (Face)
 
 - (BOOL)isFlipped {
     return YES;
@@ -48,10 +48,10 @@ static NSColor* color(CGFloat red, CGFloat green, CGFloat blue) {
 
 @end
 
-@interface DIALOG_CLASS(FieldFrame) : NSView
+@interface DIALOG_CLASS (FieldFrame) : NSView
 @end
 
-@implementation DIALOG_CLASS(FieldFrame)
+@implementation DIALOG_CLASS (FieldFrame)
 
 - (void)drawRect:(NSRect)dirty {
     (void)dirty;
@@ -63,10 +63,10 @@ static NSColor* color(CGFloat red, CGFloat green, CGFloat blue) {
 
 @end
 
-@interface DIALOG_CLASS(ButtonCell) : NSButtonCell
+@interface DIALOG_CLASS (ButtonCell) : NSButtonCell
 @end
 
-@implementation DIALOG_CLASS(ButtonCell)
+@implementation DIALOG_CLASS (ButtonCell)
 
 - (NSGradient*)filling:(BOOL)isDefault {
     if (isDefault) {

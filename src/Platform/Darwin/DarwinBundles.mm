@@ -22,11 +22,11 @@ Retained<NSDictionary*> readInfo(const Base::URL& bundle) {
     Retained<NSDictionary*> info;
     // A parser that meets nonsense may raise.
     const bool parsed = runGuarded([&] {
-        id plist = [NSPropertyListSerialization
-            propertyListWithData:[NSData dataWithBytes:bytes->data() length:bytes->size()]
-                         options:NSPropertyListImmutable
-                          format:nullptr
-                           error:nullptr];
+        id plist = [NSPropertyListSerialization propertyListWithData:[NSData dataWithBytes:bytes->data()
+                                                                                    length:bytes->size()]
+                                                             options:NSPropertyListImmutable
+                                                              format:nullptr
+                                                               error:nullptr];
         if ([plist isKindOfClass:[NSDictionary class]]) {
             info = Retained<NSDictionary*>::of(plist);
         }
@@ -55,8 +55,7 @@ class FoundationBundle final : public Bundle {
 
     std::optional<Base::URL> resource(const std::string& name, const std::string& type) const override {
         const Pool pool;
-        return fileURL([bundle() URLForResource:foundationString(name)
-                                  withExtension:foundationString(type)]);
+        return fileURL([bundle() URLForResource:foundationString(name) withExtension:foundationString(type)]);
     }
 
     std::optional<std::string> localizedString(const std::string& key,
@@ -65,8 +64,8 @@ class FoundationBundle final : public Bundle {
         // What comes back instead of a text that is not there; an empty one would bring the key.
         NSString* const none = @"\x01no text";
         NSString* const found = [bundle() localizedStringForKey:foundationString(key)
-                                                         value:none
-                                                         table:foundationString(table)];
+                                                          value:none
+                                                          table:foundationString(table)];
         return found != nil && ![found isEqualToString:none] ? std::optional(text(found)) : std::nullopt;
     }
 

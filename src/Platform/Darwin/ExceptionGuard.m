@@ -13,7 +13,8 @@ int PlatformDarwinRunGuarded(void (*work)(void* context), void* context) {
         (void)exception;
     }
     // What the pool lets go of may raise as well.
-    @try {
+    @
+    try {
         [pool release];
     } @catch (id exception) {
         (void)exception;

@@ -1,8 +1,8 @@
 #import "Uninstaller/AppKit/InterfaceDelegate.h"
 
+#import "Uninstaller/AppKit/System.h"
 #include "Uninstaller/AppKit/Texts.h"
 #include "Uninstaller/ApplicationFramework.h"
-#import "Uninstaller/AppKit/System.h"
 
 using Uninstall_Sentrel::ApplicationProgram;
 

@@ -3,7 +3,8 @@
 //   gnustep-archive dump FILE                the objects as JSON
 //   gnustep-archive rewrite IN OUT           read, then archived anew
 //   gnustep-archive rewrite-mutable IN OUT   the same with mutable strings and arrays
-//   gnustep-archive bench FILE COUNT         nanoseconds of processor time per decoding and per encoding, the best of COUNT runs
+//   gnustep-archive bench FILE COUNT         nanoseconds of processor time per decoding and per encoding, the
+//   best of COUNT runs
 //
 // The product's classes are made from one table: their names, superclasses and coded keys.
 
@@ -18,10 +19,10 @@ enum { kMaxKeys = 4, kMaxClasses = 32 };
 typedef enum { kEnd, kString, kURL, kObject, kURLs, kBooleans, kInlineBoolean } ValueType;
 
 typedef struct {
-    const char *name;
-    const char *superclass;  // NULL: Coded, which stands for NSObject
+    const char* name;
+    const char* superclass;  // NULL: Coded, which stands for NSObject
     struct {
-        const char *name;
+        const char* name;
         ValueType type;
     } keys[kMaxKeys];  // in the order in which they are written
 } ClassForm;
@@ -39,7 +40,9 @@ static const ClassForm kForms[] = {
     {"BundleDaemonInfo", NULL, {{"launchd", kObject}, {"app", kObject}}},
     {"KextInfo", NULL, {{"bundle", kObject}, {"ioClassName", kString}}},
     {COMMAND, NULL, {{"commandDescription", kString}}},
-    {JOB_COMMAND, COMMAND, {{"agent", kObject}, {"isDaemon", kInlineBoolean}, {"commandDescription", kString}}},
+    {JOB_COMMAND,
+     COMMAND,
+     {{"agent", kObject}, {"isDaemon", kInlineBoolean}, {"commandDescription", kString}}},
     {INSTALL_COMMON(13, RemoveCommand),
      COMMAND,
      {{"source", kURLs}, {"destination", kBooleans}, {"commandDescription", kString}}},
@@ -59,10 +62,10 @@ static const ClassForm kForms[] = {
 static const unsigned kFormCount = sizeof kForms / sizeof kForms[0];
 
 static Class classes[kMaxClasses];
-static NSString *keyNames[kMaxClasses][kMaxKeys];
+static NSString* keyNames[kMaxClasses][kMaxKeys];
 static BOOL writesMutableForms = NO;
 
-static void fail(NSString *text) {
+static void fail(NSString* text) {
     fprintf(stderr, "gnustep-archive: %s\n", [text UTF8String]);
     exit(1);
 }
@@ -71,7 +74,7 @@ static BOOL isListOf(id value, Class element) {
     if (![value isKindOfClass:[NSArray class]]) {
         return NO;
     }
-    NSEnumerator *each = [value objectEnumerator];
+    NSEnumerator* each = [value objectEnumerator];
     id item;
     while ((item = [each nextObject]) != nil) {
         if (![item isKindOfClass:element]) {
@@ -102,12 +105,18 @@ static unsigned formIndexOf(id object) {
 
 static BOOL isOfType(id value, ValueType type) {
     switch (type) {
-        case kString: return [value isKindOfClass:[NSString class]];
-        case kURL: return [value isKindOfClass:[NSURL class]];
-        case kObject: return [value isKindOfClass:[Coded class]];
-        case kURLs: return isListOf(value, [NSURL class]);
-        case kBooleans: return isListOf(value, [NSNumber class]);
-        default: return NO;
+        case kString:
+            return [value isKindOfClass:[NSString class]];
+        case kURL:
+            return [value isKindOfClass:[NSURL class]];
+        case kObject:
+            return [value isKindOfClass:[Coded class]];
+        case kURLs:
+            return isListOf(value, [NSURL class]);
+        case kBooleans:
+            return isListOf(value, [NSNumber class]);
+        default:
+            return NO;
     }
 }
 
@@ -122,8 +131,8 @@ static id jsonValue(id value) {
         return [NSNumber numberWithBool:[value boolValue]];
     }
     if ([value isKindOfClass:[NSArray class]]) {
-        NSMutableArray *list = [NSMutableArray array];
-        NSEnumerator *each = [value objectEnumerator];
+        NSMutableArray* list = [NSMutableArray array];
+        NSEnumerator* each = [value objectEnumerator];
         id item;
         while ((item = [each nextObject]) != nil) {
             [list addObject:jsonValue(item)];
@@ -135,24 +144,25 @@ static id jsonValue(id value) {
 
 @implementation Coded
 
-- (id)initWithCoder:(NSCoder *)coder {
+- (id)initWithCoder:(NSCoder*)coder {
     const unsigned form = formIndexOf(self);
     for (unsigned i = 0; i < kMaxKeys && kForms[form].keys[i].type != kEnd; ++i) {
         const ValueType type = kForms[form].keys[i].type;
-        NSString *key = keyNames[form][i];
+        NSString* key = keyNames[form][i];
         if (type == kInlineBoolean) {
             flags_[i] = [coder decodeBoolForKey:key];
             continue;
         }
         values_[i] = [[coder decodeObjectForKey:key] retain];
         if (values_[i] != nil && !isOfType(values_[i], type)) {
-            fail([NSString stringWithFormat:@"key %@ of %s holds %@", key, kForms[form].name, [values_[i] class]]);
+            fail([NSString
+                stringWithFormat:@"key %@ of %s holds %@", key, kForms[form].name, [values_[i] class]]);
         }
     }
     return self;
 }
 
-- (void)encodeWithCoder:(NSCoder *)coder {
+- (void)encodeWithCoder:(NSCoder*)coder {
     const unsigned form = formIndexOf(self);
     for (unsigned i = 0; i < kMaxKeys && kForms[form].keys[i].type != kEnd; ++i) {
         if (kForms[form].keys[i].type == kInlineBoolean) {
@@ -174,7 +184,7 @@ static id jsonValue(id value) {
 
 - (id)jsonForm {
     const unsigned form = formIndexOf(self);
-    NSMutableDictionary *json = [NSMutableDictionary dictionary];
+    NSMutableDictionary* json = [NSMutableDictionary dictionary];
     [json setObject:[NSString stringWithUTF8String:kForms[form].name] forKey:@"class"];
     for (unsigned i = 0; i < kMaxKeys && kForms[form].keys[i].type != kEnd; ++i) {
         const BOOL isInline = kForms[form].keys[i].type == kInlineBoolean;
@@ -188,7 +198,7 @@ static id jsonValue(id value) {
 
 static void makeClasses(void) {
     for (unsigned i = 0; i < kFormCount; ++i) {
-        const char *superclass = kForms[i].superclass;
+        const char* superclass = kForms[i].superclass;
         Class base = superclass == NULL ? [Coded class] : objc_getClass(superclass);
         classes[i] = objc_allocateClassPair(base, kForms[i].name, 0);
         objc_registerClassPair(classes[i]);
@@ -198,7 +208,7 @@ static void makeClasses(void) {
     }
 }
 
-static NSArray *decoded(NSData *archive) {
+static NSArray* decoded(NSData* archive) {
     id list = [NSKeyedUnarchiver unarchiveObjectWithData:archive];
     if (!isListOf(list, [Coded class])) {
         fail(@"the archive does not hold a list of the product's objects");
@@ -206,16 +216,18 @@ static NSArray *decoded(NSData *archive) {
     return list;
 }
 
-static NSData *contentsOf(const char *file) {
-    NSData *data = [NSData dataWithContentsOfFile:[NSString stringWithUTF8String:file]];
+static NSData* contentsOf(const char* file) {
+    NSData* data = [NSData dataWithContentsOfFile:[NSString stringWithUTF8String:file]];
     if (data == nil) {
         fail([NSString stringWithFormat:@"cannot read %s", file]);
     }
     return data;
 }
 
-static void dump(const char *file) {
-    NSData *json = [NSJSONSerialization dataWithJSONObject:jsonValue(decoded(contentsOf(file))) options:0 error:NULL];
+static void dump(const char* file) {
+    NSData* json = [NSJSONSerialization dataWithJSONObject:jsonValue(decoded(contentsOf(file)))
+                                                   options:0
+                                                     error:NULL];
     if (json == nil) {
         fail(@"the objects have no JSON form");
     }
@@ -223,8 +235,8 @@ static void dump(const char *file) {
     fputc('\n', stdout);
 }
 
-static void rewrite(const char *from, const char *to) {
-    NSData *archive = [NSKeyedArchiver archivedDataWithRootObject:decoded(contentsOf(from))];
+static void rewrite(const char* from, const char* to) {
+    NSData* archive = [NSKeyedArchiver archivedDataWithRootObject:decoded(contentsOf(from))];
     if (![archive writeToFile:[NSString stringWithUTF8String:to] atomically:NO]) {
         fail([NSString stringWithFormat:@"cannot write %s", to]);
     }
@@ -237,13 +249,13 @@ static double nanosecondsNow(void) {
     return (double)now.tv_sec * 1e9 + (double)now.tv_nsec;
 }
 
-static void bench(const char *file, int count) {
-    NSData *archive = contentsOf(file);
-    NSArray *objects = [decoded(archive) retain];
+static void bench(const char* file, int count) {
+    NSData* archive = contentsOf(file);
+    NSArray* objects = [decoded(archive) retain];
     double decoding = 1e18;
     double encoding = 1e18;
     for (int i = 0; i < count; ++i) {
-        NSAutoreleasePool *pool = [NSAutoreleasePool new];
+        NSAutoreleasePool* pool = [NSAutoreleasePool new];
         const double begin = nanosecondsNow();
         decoded(archive);
         const double middle = nanosecondsNow();
@@ -257,7 +269,7 @@ static void bench(const char *file, int count) {
     [objects release];
 }
 
-static int run(int argc, char **argv) {
+static int run(int argc, char** argv) {
     makeClasses();
     if (argc == 3 && strcmp(argv[1], "dump") == 0) {
         dump(argv[2]);
@@ -267,18 +279,19 @@ static int run(int argc, char **argv) {
     } else if (argc == 4 && strcmp(argv[1], "bench") == 0 && atoi(argv[3]) > 0) {
         bench(argv[2], atoi(argv[3]));
     } else {
-        fprintf(stderr, "usage: gnustep-archive dump FILE | rewrite IN OUT | rewrite-mutable IN OUT | bench FILE COUNT\n");
+        fprintf(stderr, "usage: gnustep-archive dump FILE | rewrite IN OUT | rewrite-mutable IN OUT | bench "
+                        "FILE COUNT\n");
         return 2;
     }
     return 0;
 }
 
-int main(int argc, char **argv) {
-    NSAutoreleasePool *pool = [NSAutoreleasePool new];
+int main(int argc, char** argv) {
+    NSAutoreleasePool* pool = [NSAutoreleasePool new];
     int status = 1;
     @try {
         status = run(argc, argv);
-    } @catch (NSException *exception) {
+    } @catch (NSException* exception) {
         fprintf(stderr, "gnustep-archive: %s\n", [[exception description] UTF8String]);
     }
     [pool release];

@@ -22,8 +22,8 @@ class Witness {
 
 TEST(FoundationString, HoldsAnyTextThereAndBack) {
     const Pool pool;
-    for (const std::string& each :
-         {std::string(), std::string("text"), std::string("a\0b", 3), std::string("\xc3\xa9\xf0\x9f\x98\x80\n")}) {
+    for (const std::string& each : {std::string(), std::string("text"), std::string("a\0b", 3),
+                                    std::string("\xc3\xa9\xf0\x9f\x98\x80\n")}) {
         EXPECT_EQ(text(foundationString(each)), each);
     }
     EXPECT_EQ([foundationString("\xf0\x9f\x98\x80") length], 2U);
@@ -33,15 +33,20 @@ TEST(FoundationString, HoldsAnyTextThereAndBack) {
 
 TEST(FoundationString, ReplacesWhatIsNotValidUTF8) {
     const Pool pool;
-    EXPECT_EQ(text(foundationString("a\xff" "b\xc3")), "a\xef\xbf\xbd" "b\xef\xbf\xbd");
+    EXPECT_EQ(text(foundationString("a\xff"
+                                    "b\xc3")),
+              "a\xef\xbf\xbd"
+              "b\xef\xbf\xbd");
 }
 
 TEST(FoundationString, GivesTextForNilAndForHalvesOfSurrogatePairs) {
     const Pool pool;
     EXPECT_EQ(text(nil), "");
-    NSString* const face = foundationString("a\xf0\x9f\x98\x80" "b");
+    NSString* const face = foundationString("a\xf0\x9f\x98\x80"
+                                            "b");
     EXPECT_EQ(text([face substringToIndex:2]), "a\xef\xbf\xbd");
-    EXPECT_EQ(text([face substringFromIndex:2]), "\xef\xbf\xbd" "b");
+    EXPECT_EQ(text([face substringFromIndex:2]), "\xef\xbf\xbd"
+                                                 "b");
 }
 
 TEST(FoundationPath, IsNilForWhatNoFileOfAMacIsCalled) {
@@ -89,7 +94,8 @@ TEST(ErrnoOf, IsTheErrorsOwnOrThatOfTheOneUnderneath) {
     NSError* const own = errorOf(NSPOSIXErrorDomain, EACCES, nil);
     EXPECT_EQ(errnoOf(own), EACCES);
     EXPECT_EQ(errnoOf(errorOf(NSCocoaErrorDomain, NSFileWriteUnknownError, own)), EACCES);
-    EXPECT_EQ(errnoOf(errorOf(NSCocoaErrorDomain, NSFileWriteFileExistsError, errorOf(@"Other", 5, own))), EACCES);
+    EXPECT_EQ(errnoOf(errorOf(NSCocoaErrorDomain, NSFileWriteFileExistsError, errorOf(@"Other", 5, own))),
+              EACCES);
 }
 
 TEST(ErrnoOf, FollowsFromTheCocoaCode) {

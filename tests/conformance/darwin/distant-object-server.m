@@ -1,5 +1,5 @@
-// Registers an object under the name that is its argument, says so with a line on standard output, and serves until
-// it is ended or its standard input closes.
+// Registers an object under the name that is its argument, says so with a line on standard output, and serves
+// until it is ended or its standard input closes.
 #import <Foundation/Foundation.h>
 
 @interface InputWatcher : NSObject

@@ -1,6 +1,6 @@
-// Loaded into the uninstaller by a test: writes, ten times a second, what the interface shows to the file that
-// INTERFACE_SPY names. What cannot be seen from outside - which button is enabled, where it is - is read from
-// the controls themselves; the program knows nothing of it.
+// Loaded into the uninstaller by a test: writes, ten times a second, what the interface shows to the file
+// that INTERFACE_SPY names. What cannot be seen from outside - which button is enabled, where it is - is read
+// from the controls themselves; the program knows nothing of it.
 
 #import <AppKit/AppKit.h>
 
@@ -91,10 +91,9 @@ static void collect(NSView* view, NSMutableArray* controls) {
             continue;
         }
         collect([window contentView], controls);
-        NSMutableDictionary* facts =
-            [NSMutableDictionary dictionaryWithObjectsAndKeys:[window title], @"title",
-                                                              rectangle([window frame]), @"frame",
-                                                              controls, @"controls", nil];
+        NSMutableDictionary* facts = [NSMutableDictionary
+            dictionaryWithObjectsAndKeys:[window title], @"title", rectangle([window frame]), @"frame",
+                                         controls, @"controls", nil];
         NSButton* closeBox = [window standardWindowButton:NSWindowCloseButton];
         if (closeBox != nil) {
             [facts setObject:[describe(closeBox, @"closeBox") objectForKey:@"frame"] forKey:@"closeBox"];
