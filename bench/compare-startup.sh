@@ -11,6 +11,7 @@ mac="$(mktemp -d "${TMPDIR:-/tmp}/sentrel-startup.XXXXXX")/Mac"
 trap '"$bin/macsim" delete "$mac" >/dev/null 2>&1 || true; rmdir "$(dirname "$mac")" 2>/dev/null || true' EXIT
 "$bin/macsim" create "$mac" --installed current
 
+# shellcheck disable=SC2016 # what the shell inside expands
 "$bin/macsim" run "$mac" --fault authorization -- /bin/bash -c '
     app="/Applications/Sentrel.app/Contents/Applications/Uninstall Sentrel.app/Contents"
     # LD_PRELOAD takes a space for the end of a path.

@@ -13,6 +13,20 @@ if(SENTREL_SANITIZE)
     target_link_options(sentrel_options INTERFACE "-fsanitize=${SENTREL_SANITIZE}")
 endif()
 
+# Compiling again what was compiled before costs next to nothing with ccache. A launcher that the caller names stays.
+option(SENTREL_CCACHE "Compile through ccache where it is installed" ON)
+find_program(SENTREL_CCACHE_PROGRAM ccache)
+if(SENTREL_CCACHE AND SENTREL_CCACHE_PROGRAM)
+    foreach(language IN ITEMS CXX OBJC OBJCXX)
+        if(NOT CMAKE_${language}_COMPILER_LAUNCHER)
+            set(CMAKE_${language}_COMPILER_LAUNCHER "${SENTREL_CCACHE_PROGRAM}")
+        endif()
+    endforeach()
+endif()
+
+# What has to be made before a source can be read: the headers that the build writes, not the configuration.
+add_custom_target(generated_headers)
+
 # sentrel_room(NAME SOURCES a.cpp ... DEPENDS lib ...): a static library for one room.
 function(sentrel_room name)
     cmake_parse_arguments(ROOM "" "" "SOURCES;DEPENDS" ${ARGN})

@@ -9,6 +9,7 @@ failures=0
 forbid() {
     local where=$1 pattern=$2 why=$3 found
     shift 3
+    # shellcheck disable=SC2086 # several places, some as patterns
     if found=$(grep -rnE --include='*.cpp' --include='*.h' --include='*.mm' --include='*.m' --include='*.in' "$@" \
         "$pattern" $where); then
         report "$why" "$found"

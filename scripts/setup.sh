@@ -4,7 +4,7 @@ set -euo pipefail
 
 packages=(
     # building
-    g++ clang clang-format clang-tidy cmake ninja-build pkg-config libclang-rt-14-dev
+    g++ clang clang-format clang-tidy shellcheck ccache cmake ninja-build pkg-config libclang-rt-14-dev
     libplist-dev libcli11-dev nlohmann-json3-dev
     # the simulated Mac
     bubblewrap uidmap libarchive-tools
@@ -12,7 +12,7 @@ packages=(
     gobjc gobjc++ make gnustep-make libgnustep-base-dev libgnustep-gui-dev gnustep-back0.29-cairo
     libx11-dev fontconfig fonts-dejavu-core fonts-inter fonts-droid-fallback
     # tests, conformance against other keyed archivers, benchmarks
-    libgtest-dev libgmock-dev libbenchmark-dev python3 libplist-utils procps xvfb xdotool imagemagick
+    libgtest-dev libgmock-dev librapidcheck-dev libbenchmark-dev python3 libplist-utils procps xvfb xdotool imagemagick
     # the check of the macOS side
     libblocksruntime-dev libc++-14-dev lld-14 llvm-14
 )

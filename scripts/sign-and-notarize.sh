@@ -32,7 +32,7 @@ while [ $# -gt 0 ]; do
     case "$1" in
         --dry-run) dry_run=true ;;
         --identity | --installer-identity | --keychain-profile | --app | --output)
-            [ $# -gt 1 ] && [ -n "$2" ] || fail "$1 needs a value"
+            if [ $# -lt 2 ] || [ -z "$2" ]; then fail "$1 needs a value"; fi
             case "$1" in
                 --identity) identity=$2 ;;
                 --installer-identity) installer_identity=$2 ;;
