@@ -1,0 +1,107 @@
+"""What counts as a mutation, and what is left alone."""
+
+import unittest
+
+import equivalents
+import mutations
+
+
+def changes(text):
+    """(kind, changed lines) of all mutations."""
+    return [(mutation.kind, mutation.after) for mutation in mutations.mutations_of("File.cpp", text)]
+
+
+def inside(statement):
+    """What becomes of a statement in a function, without the rest of the function."""
+    return [(kind, after) for kind, after in changes(f"void f() {{\n{statement}\n}}\n")]
+
+
+class Mutations(unittest.TestCase):
+    def test_comments_and_preprocessor_lines_are_left_alone(self):
+        self.assertEqual(changes('#include "a.h"\n#define X (1 + \\\n    2)\n// a == 1\n/* b && c\n 3 */\n'), [])
+
+    def test_operators_become_their_neighbours(self):
+        self.assertEqual(inside("call(a < b);"),
+                         [("statement", ";"), ("operator", "call(a <= b);"), ("operator", "call(a > b);")])
+        self.assertEqual(inside("call(a && !b);"),
+                         [("statement", ";"), ("operator", "call(a || !b);"), ("operator", "call(a && b);")])
+
+    def test_template_brackets_references_and_pointers_are_no_operators(self):
+        self.assertEqual(inside("std::vector<int>& list = *all;\nuse(list);"), [("statement", ";")])
+
+    def test_a_flag_is_left_out(self):
+        self.assertIn(("operator", "open(path, O_RDONLY);"), inside("open(path, O_RDONLY | O_CLOEXEC);"))
+
+    def test_numbers_change_by_one_in_their_own_notation(self):
+        self.assertEqual(changes("constexpr int kA = 1;"),
+                         [("constant", "constexpr int kA = 0;"), ("constant", "constexpr int kA = 2;")])
+        self.assertEqual(changes("constexpr int kA = 0700;")[1], ("constant", "constexpr int kA = 0701;"))
+        self.assertEqual(changes("constexpr int kA = 0xffU;")[0], ("constant", "constexpr int kA = 0x100U;"))
+        self.assertEqual(changes("constexpr int kA = 1'000;")[1], ("constant", "constexpr int kA = 999;"))
+
+    def test_texts_grow_by_a_character(self):
+        self.assertEqual(changes('constexpr auto kA = "a; == 1";'), [("text", 'constexpr auto kA = "a; == 1~";')])
+        self.assertEqual(changes('constexpr auto kA = R"x(1")x";'), [("text", 'constexpr auto kA = R"x(1"~)x";')])
+
+    def test_conditions_become_constants(self):
+        def conditions(statement):
+            return [after for kind, after in inside(statement) if kind == "condition"]
+
+        self.assertEqual(conditions("if (ready()) {\n}"), ["if (false) {", "if (true) {"])
+        self.assertEqual(conditions("while (ready()) {\n}"), ["while (false) {"])
+        self.assertEqual(conditions("if (int n = count(); ready(n)) {\n}"),
+                         ["if (int n = count(); false) {", "if (int n = count(); true) {"])
+
+    def test_a_condition_that_declares_is_left_alone(self):
+        self.assertEqual([kind for kind, _ in inside("if (auto found = find()) {\n}")], [])
+
+    def test_statements_go_also_in_lambdas_and_behind_labels(self):
+        self.assertIn(("statement", "run([&] { ; });"), inside("run([&] { note(); });"))
+        self.assertIn(("statement", "case 1: ;"), inside("switch (n) {\ncase 1: note();\n}"))
+
+    def test_a_returned_value_becomes_the_default(self):
+        self.assertEqual(inside("return value;"), [("statement", "return {};")])
+
+    def test_declarations_outside_of_functions_stay(self):
+        self.assertEqual(changes("namespace N {\nclass C {\n  int member_;\n  void call();\n};\n}\n"), [])
+
+    def test_a_declaration_whose_name_is_used_stays(self):
+        self.assertEqual(inside("const Guard guard(lock);\nuse(guard);"), [("statement", ";")])
+        self.assertIn(("statement", ";"), inside("const Guard guard(lock);\nuse();"))
+
+    def test_a_mutated_text_differs_in_one_place(self):
+        text = "int f() {\n    return a + 1;\n}\n"
+        found = next(mutation for mutation in mutations.mutations_of("F.cpp", text) if mutation.kind == "operator")
+        self.assertEqual(found.mutated, "int f() {\n    return a - 1;\n}\n")
+        self.assertEqual(found.line, 2)
+
+    def test_a_key_survives_a_move_and_tells_equal_lines_apart(self):
+        line = "f(1);\n"
+        keys = [mutation.key for mutation in mutations.mutations_of("F.cpp", f"void g() {{\n{line}{line}}}\n")]
+        moved = [mutation.key for mutation in mutations.mutations_of("F.cpp", f"\n\nvoid g() {{\n{line}{line}}}\n")]
+        self.assertEqual(keys, moved)
+        self.assertEqual(len(set(keys)), len(keys))
+
+
+class Equivalents(unittest.TestCase):
+    TEXT = "# Why\n# it is so.\nF.cpp\n- f(1);\n+ f(0);\n"
+
+    def mutants(self, path):
+        return {mutation.after: mutation for mutation in mutations.mutations_of(path, "void g() {\n    f(1);\n}\n")}
+
+    def test_a_mutant_is_known_by_its_file_and_lines(self):
+        named = equivalents.Equivalents(self.TEXT)
+        self.assertEqual(named.reason(self.mutants("F.cpp")["f(0);"]), "Why it is so.")
+        self.assertIsNone(named.reason(self.mutants("F.cpp")["f(2);"]))
+        self.assertIsNone(named.reason(self.mutants("G.cpp")["f(0);"]))
+
+    def test_a_mutant_without_a_reason_is_refused(self):
+        with self.assertRaises(ValueError):
+            equivalents.Equivalents("F.cpp\n- f(1);\n+ f(0);\n")
+
+    def test_the_list_can_be_read(self):
+        equivalents.Equivalents()
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,46 @@
+"""Which sources belong to which room, and which tests answer for it."""
+
+import dataclasses
+import fnmatch
+
+
+@dataclasses.dataclass(frozen=True)
+class Program:
+    """A test program, the tests of it that count, and the program that they start; if none, they call the room's code."""
+    target: str
+    tests: str = "*"
+    under_test: str = None
+
+
+@dataclasses.dataclass(frozen=True)
+class Room:
+    name: str
+    sources: tuple
+    programs: tuple
+    without: tuple = ()
+
+    def has(self, path):
+        inside = any(fnmatch.fnmatch(path, pattern) for pattern in self.sources)
+        return inside and not any(fnmatch.fnmatch(path, pattern) for pattern in self.without)
+
+
+PRODUCT = Program("ProductTests")
+
+# The programs of a room run in this order until one notices the mutant.
+ROOMS = (
+    Room("Base", ("src/Base/*.cpp",), (Program("BaseTests"), PRODUCT)),
+    Room("NorvikCommon", ("src/NorvikCommon/*.cpp",), (PRODUCT,)),
+    Room("SwiftUtils", ("src/SwiftUtils/*.cpp",), (PRODUCT,)),
+    Room("InstallCommon", ("src/InstallCommon/*.cpp",), (PRODUCT,)),
+    Room("Uninstaller", ("src/Uninstaller/*.cpp",), (PRODUCT,), without=("src/Uninstaller/main.cpp",)),
+    Room("Helpers", ("src/Helpers/*.cpp",), (Program("HelperTests"),), without=("src/Helpers/*Main.cpp",)),
+    Room("Platform/Posix", ("src/Platform/Posix/*.cpp", "src/Platform/*.cpp"),
+         (Program("PlatformTests"), Program("PlatformReaddirTests"), Program("XPCTests"), PRODUCT),
+         without=("src/Platform/Linux/*", "src/Platform/Darwin/*")),
+    Room("Platform/Linux", ("src/Platform/Linux/*.cpp",), (Program("PlatformTests"), Program("XPCTests"))),
+    Room("tools", ("tools/*.cpp",), (Program("InspectTests", under_test="sentrel-inspect"),)),
+)
+
+
+def room_of(path):
+    return next((room for room in ROOMS if room.has(path)), None)

@@ -1,0 +1,253 @@
+"""A copy of the sources with a build folder of its own, in which mutants are built and their tests run."""
+
+import hashlib
+import json
+import os
+import pathlib
+import resource
+import shlex
+import shutil
+import signal
+import subprocess
+import time
+
+COPIED = ("CMakeLists.txt", "CMakePresets.json", "cmake", "resources", "src", "simulator", "tests", "tools")
+# Built like this preset, so that the compiler cache knows nearly all of it. Mutants are compiled for speed of compiling.
+PRESET = "release"
+QUICK = ("-O0", "-g0", "-w")
+# The compiler understands more of what a source means when it optimises.
+OPTIMISED = ("-O2", "-g0", "-w")
+# Heavy and in nearly every file; precompiled, they halve the time of compiling.
+PRECOMPILED = """algorithm array atomic charconv chrono condition_variable functional map memory mutex optional set span string
+string_view thread variant vector"""
+MEMORY = 8 << 30
+FILE_SIZE = 1 << 30
+
+
+class Refusal(Exception):
+    """Why there can be no measurement, in words."""
+
+
+def run_quietly(command, folder=None):
+    return subprocess.run([str(part) for part in command], cwd=folder, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+                          stderr=subprocess.STDOUT, text=True, check=False)
+
+
+def must(command, folder=None):
+    done = run_quietly(command, folder)
+    if done.returncode != 0:
+        raise Refusal(f"{shlex.join(map(str, command))}\n{done.stdout[-4000:]}")
+    return done.stdout
+
+
+class Workshop:
+    def __init__(self, checkout, folder):
+        self.checkout = pathlib.Path(checkout)
+        self.source = pathlib.Path(folder)
+        self.build = self.source / "build" / PRESET
+        self.own = self.source / "mutants"  # the mutants' objects and programs
+        self.scratch = self.source / "tmp"
+        self.log = self.source / "log"
+        self.commands = {}  # how each file is compiled
+        self.links = {}  # how each program is linked
+        self.unmutated = {}  # digests of objects
+        self.limits = {}  # seconds of wall clock and of processor time, by test program
+
+    def prepare(self):
+        """Brings the copy up to date. Raises Refusal."""
+        for name in COPIED:
+            where = self.checkout / name
+            (synchronise if where.is_dir() else copy_if_changed)(where, self.source / name)
+        if not (self.build / "build.ninja").exists():
+            must(["cmake", "--preset", PRESET, "-DSENTREL_BENCHMARKS=OFF"], self.source)
+        must(["ninja", "-C", self.build, "build.ninja"])
+        self.own.mkdir(exist_ok=True)
+        for entry in json.loads((self.build / "compile_commands.json").read_text()):
+            self.commands.setdefault(os.path.relpath(entry["file"], self.source), entry)
+        self.precompile()
+
+    def precompile(self):
+        header = self.own / "headers.h"
+        header.write_text("".join(f"#include <{name}>\n" for name in PRECOMPILED.split()))
+        (self.own / "headers.h.gch").mkdir(exist_ok=True)
+        for kind in ("PIC", "PIE"):
+            output = self.own / "headers.h.gch" / kind
+            if not output.exists():
+                must([os.environ.get("CXX", "c++"), "-std=c++20", "-DNDEBUG", f"-f{kind}", *QUICK, "-x", "c++-header", header,
+                      "-o", output])
+
+    def build_programs(self, programs):
+        """Builds unmutated what a room needs, and measures how long its tests take."""
+        must(["ninja", "-C", self.build, "-j", os.environ.get("MUTATE_BUILD_JOBS", "1"),
+              *(program.target for program in programs)])
+        for program in programs:
+            if program.target in self.limits:
+                continue
+            outcome, test, (wall, processor) = self.run(self.build / "bin" / program.target, program.tests, (1800, 1800))
+            if outcome != "passed":
+                raise Refusal(f"{program.target} {outcome} unmutated ({test}); see {self.log}")
+            self.limits[program.target] = (20 + 10 * wall, 10 + 5 * processor)
+
+    # Compiling and linking
+
+    def compiled(self, path, text, options, output):
+        """Compiles a text in the place of a file; the digest of the object, or nothing if it does not compile."""
+        entry = self.commands[path]
+        arguments = [part for part in shlex.split(entry["command"]) if not part.endswith("ccache")]
+        arguments[arguments.index("-o") + 1] = str(output)
+        if options == QUICK:
+            arguments += ["-include", str(self.own / "headers.h")]
+        place = self.source / path
+        original, times = place.read_text(), place.stat()
+        place.write_text(text)
+        try:
+            done = run_quietly([*arguments, *options], entry["directory"])
+        finally:
+            place.write_text(original)
+            # The build's own objects are still newer.
+            os.utime(place, ns=(times.st_atime_ns, times.st_mtime_ns))
+        return hashlib.sha256(output.read_bytes()).hexdigest() if done.returncode == 0 else None
+
+    def compile(self, mutant):
+        """Compiles a mutant: "invalid", "identical" or "different"."""
+        made = self.compiled(mutant.path, mutant.mutated, QUICK, self.own / "mutant.o")
+        if made is None:
+            return "invalid"
+        return "identical" if made == self.digest(mutant, QUICK) else "different"
+
+    def makes_no_difference(self, mutant):
+        """Whether the optimising compiler makes the same of the mutant as of the original."""
+        made = self.compiled(mutant.path, mutant.mutated, OPTIMISED, self.own / "optimised.o")
+        return made == self.digest(mutant, OPTIMISED)
+
+    def digest(self, mutant, options):
+        if (mutant.path, options) not in self.unmutated:
+            output = self.own / "unmutated.o"
+            self.unmutated[mutant.path, options] = self.compiled(mutant.path, mutant.text, options, output)
+        return self.unmutated[mutant.path, options]
+
+    def link_command(self, target):
+        if target not in self.links:
+            steps = must(["ninja", "-C", self.build, "-t", "commands", "-s", f"bin/{target}"]).splitlines()[-1].split(" && ")
+            self.links[target] = shlex.split(next(step for step in steps if f" -o bin/{target} " in step))
+        return self.links[target]
+
+    def link(self, target, path, output):
+        """Links a program with the mutant's object, which comes before the library that has the original's."""
+        command = list(self.link_command(target))
+        place = command.index("-o")
+        command[place + 1] = str(output)
+        original = self.commands[path]["output"] if "output" in self.commands[path] else None
+        if original in command:
+            command[command.index(original)] = str(self.own / "mutant.o")
+        else:
+            command.insert(place, str(self.own / "mutant.o"))
+        linker = next((name for name in ("mold", "lld") if shutil.which(f"ld.{name}")), None)
+        options = ["-Wl,--strip-debug", *([f"-fuse-ld={linker}"] if linker else [])]
+        return run_quietly([*command, *options], self.build).returncode == 0
+
+    # Tests
+
+    def test(self, program, path, tests):
+        """Runs tests of a program against the mutant that was compiled last: "passed", "failed", "timeout" or "invalid", and
+        the test that noticed it."""
+        executable = self.build / "bin" / program.target
+        kept = None
+        try:
+            if program.under_test is None:
+                executable = self.own / program.target
+                linked = self.link(program.target, path, executable)
+            else:
+                place = self.build / "bin" / program.under_test
+                kept = place.with_name(place.name + ".unmutated")
+                place.rename(kept)
+                linked = self.link(program.under_test, path, place)
+            if not linked:
+                return "invalid", ""
+            outcome, test, _ = self.run(executable, tests, self.limits[program.target], "--gtest_fail_fast",
+                                        "--gtest_catch_exceptions=0")
+            return outcome, test
+        finally:
+            if kept is not None:
+                kept.replace(place)
+
+    def sandboxed(self, command):
+        """The command where it can neither change this machine nor see its processes: mutants remove trees and kill."""
+        shutil.rmtree(self.scratch, ignore_errors=True)
+        self.scratch.mkdir(parents=True)
+        self.scratch.chmod(0o1777)
+        capabilities = ["--cap-add", "ALL"] if os.geteuid() == 0 else []
+        return ["bwrap", "--ro-bind", "/", "/", "--bind", self.scratch, "/tmp", "--dev", "/dev", "--proc", "/proc",
+                "--unshare-pid", "--unshare-ipc", "--die-with-parent", "--new-session", *capabilities,
+                "--setenv", "TMPDIR", "/tmp", "--chdir", "/tmp", "--", *command]
+
+    def run(self, executable, tests, limits, *more):
+        """Runs a test program: what became of it, the test that failed or ran last, and the seconds that it took."""
+        wall, processor = limits
+
+        def bounds():
+            resource.setrlimit(resource.RLIMIT_CPU, (int(processor), int(processor) + 1))
+            resource.setrlimit(resource.RLIMIT_AS, (MEMORY, MEMORY))
+            resource.setrlimit(resource.RLIMIT_FSIZE, (FILE_SIZE, FILE_SIZE))
+            resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
+
+        command = [str(part) for part in self.sandboxed([executable, f"--gtest_filter={tests}", *more])]
+        start, before = time.monotonic(), resource.getrusage(resource.RUSAGE_CHILDREN)
+        with open(self.log, "w", encoding="utf-8") as log:
+            child = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=log, stderr=log, start_new_session=True,
+                                     preexec_fn=bounds)
+            try:
+                status = child.wait(timeout=wall)
+            except subprocess.TimeoutExpired:
+                os.killpg(child.pid, signal.SIGKILL)
+                child.wait()
+                status = None
+        after = resource.getrusage(resource.RUSAGE_CHILDREN)
+        times = (time.monotonic() - start, after.ru_utime + after.ru_stime - before.ru_utime - before.ru_stime)
+        if status == 0:
+            return "passed", "", times
+        if status is None or status in (128 + signal.SIGXCPU, 128 + signal.SIGKILL):
+            return "timeout", noticing_test(self.log), times
+        return "failed", noticing_test(self.log) or f"status {status}", times
+
+
+def noticing_test(log):
+    """The first failed test that the log names, else the one that was running."""
+    running = ""
+    for line in log.read_text(encoding="utf-8", errors="replace").splitlines():
+        if line.startswith("[  FAILED  ] "):
+            return line[13:].split(",")[0].split(" (")[0]
+        if line.startswith("[ RUN      ] "):
+            running = line[13:]
+    return running
+
+
+def copy_if_changed(source, target):
+    content = source.read_bytes()
+    if not target.exists() or target.read_bytes() != content:
+        target.parent.mkdir(parents=True, exist_ok=True)
+        target.write_bytes(content)
+        shutil.copymode(source, target)
+
+
+def synchronise(source, target):
+    """Makes a folder equal to another one; files that are equal keep their times."""
+    wanted = set()
+    for path in sorted(source.rglob("*")):
+        name = path.relative_to(source)
+        wanted.add(name)
+        (target / name).parent.mkdir(parents=True, exist_ok=True)
+        if path.is_symlink():
+            if not (target / name).is_symlink():
+                (target / name).symlink_to(os.readlink(path))
+        elif path.is_dir():
+            (target / name).mkdir(exist_ok=True)
+        else:
+            copy_if_changed(path, target / name)
+    for path in sorted(target.rglob("*"), reverse=True):
+        if path.relative_to(target) in wanted:
+            continue
+        if path.is_dir() and not path.is_symlink():
+            path.rmdir()
+        else:
+            path.unlink()
