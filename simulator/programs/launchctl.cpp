@@ -10,7 +10,7 @@
 int main(int argc, char** argv) {
     std::vector<std::string> request{"launchctl"};
     request.insert(request.end(), argv + (argc > 0 ? 1 : 0), argv + argc);
-    const auto reply = Platform::Linux::requestMacService(request);
+    const auto reply = Platform::Linux::MacServices().request(request);
     int status = 0;
     if (!reply || reply->size() != 3 ||
         std::from_chars((*reply)[0].data(), (*reply)[0].data() + (*reply)[0].size(), status).ec !=

@@ -3,8 +3,6 @@
 #include <memory>
 #include <optional>
 
-#include "Platform/Linux/MacServices.h"
-
 namespace Platform::Linux {
 
 namespace {
@@ -27,14 +25,14 @@ std::vector<std::string> requestFor(const std::vector<AuthorizationItem>& rights
 
 class LinuxSFAuthorization final : public SFAuthorization {
   public:
-    LinuxSFAuthorization() = default;
+    explicit LinuxSFAuthorization(MacServices services) : services_(std::move(services)) {}
     LinuxSFAuthorization(const LinuxSFAuthorization&) = delete;
     LinuxSFAuthorization& operator=(const LinuxSFAuthorization&) = delete;
     ~LinuxSFAuthorization() override { release(); }
 
     bool obtainWithRights(const std::vector<AuthorizationItem>& rights, std::uint32_t flags,
                           const std::vector<AuthorizationItem>& environment) override {
-        const auto reply = requestMacService(requestFor(rights, flags, environment));
+        const auto reply = services_.request(requestFor(rights, flags, environment));
         if (!reply || reply->size() != 2 || reply->front() != "0") {
             return false;
         }
@@ -50,18 +48,19 @@ class LinuxSFAuthorization final : public SFAuthorization {
   private:
     void release() {
         if (reference_) {
-            static_cast<void>(requestMacService({"release", reference_->token()}));
+            static_cast<void>(services_.request({"release", reference_->token()}));
             reference_.reset();
         }
     }
 
+    MacServices services_;
     std::optional<LinuxAuthorizationReference> reference_;
 };
 
 }  // namespace
 
 std::unique_ptr<SFAuthorization> LinuxAuthorization::create() {
-    return std::make_unique<LinuxSFAuthorization>();
+    return std::make_unique<LinuxSFAuthorization>(services_);
 }
 
 }  // namespace Platform::Linux

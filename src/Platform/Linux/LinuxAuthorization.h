@@ -1,8 +1,10 @@
 #pragma once
 
 #include <string>
+#include <utility>
 
 #include "Platform/Authorization.h"
+#include "Platform/Linux/MacServices.h"
 
 namespace Platform::Linux {
 
@@ -22,7 +24,12 @@ class LinuxAuthorizationReference final : public AuthorizationReference {
 /// grant on.
 class LinuxAuthorization final : public Authorization {
   public:
+    explicit LinuxAuthorization(MacServices services = MacServices()) : services_(std::move(services)) {}
+
     [[nodiscard]] std::unique_ptr<SFAuthorization> create() override;
+
+  private:
+    MacServices services_;
 };
 
 }  // namespace Platform::Linux

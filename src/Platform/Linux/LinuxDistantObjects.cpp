@@ -4,8 +4,6 @@
 #include <utility>
 #include <vector>
 
-#include "Platform/Linux/MacServices.h"
-
 namespace Platform::Linux {
 
 namespace {
@@ -13,14 +11,15 @@ namespace {
 using Fields = std::vector<std::string>;
 
 /// Who has the name: process id and start, as process 1 writes them.
-std::optional<Fields> lookUp(const std::string& name) {
-    auto reply = requestMacService({"lookup", name});
+std::optional<Fields> lookUp(const MacServices& services, const std::string& name) {
+    auto reply = services.request({"lookup", name});
     return reply && reply->size() == 3 && reply->front() == "0" ? std::move(reply) : std::nullopt;
 }
 
 class RegisteredObject final : public DistantObject {
   public:
-    RegisteredObject(std::string name, Fields owner) : name_(std::move(name)), owner_(std::move(owner)) {}
+    RegisteredObject(MacServices services, std::string name, Fields owner)
+        : services_(std::move(services)), name_(std::move(name)), owner_(std::move(owner)) {}
 
     bool isConnectionValid() const override { return isThere(); }
     bool isSendPortValid() const override { return isThere(); }
@@ -28,8 +27,9 @@ class RegisteredObject final : public DistantObject {
     void addCommonRequestModes() override {}
 
   private:
-    [[nodiscard]] bool isThere() const { return lookUp(name_) == owner_; }
+    [[nodiscard]] bool isThere() const { return lookUp(services_, name_) == owner_; }
 
+    const MacServices services_;
     const std::string name_;
     const Fields owner_;
 };
@@ -37,8 +37,8 @@ class RegisteredObject final : public DistantObject {
 }  // namespace
 
 std::shared_ptr<DistantObject> LinuxDistantObjects::rootProxy(const std::string& name) {
-    auto owner = lookUp(name);
-    return owner ? std::make_shared<RegisteredObject>(name, std::move(*owner)) : nullptr;
+    auto owner = lookUp(services_, name);
+    return owner ? std::make_shared<RegisteredObject>(services_, name, std::move(*owner)) : nullptr;
 }
 
 }  // namespace Platform::Linux

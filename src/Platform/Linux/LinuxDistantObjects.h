@@ -1,6 +1,9 @@
 #pragma once
 
+#include <utility>
+
 #include "Platform/DistantObjects.h"
+#include "Platform/Linux/MacServices.h"
 
 namespace Platform::Linux {
 
@@ -10,7 +13,12 @@ namespace Platform::Linux {
 /// so that it has no request modes to add.
 class LinuxDistantObjects final : public DistantObjects {
   public:
+    explicit LinuxDistantObjects(MacServices services = MacServices()) : services_(std::move(services)) {}
+
     [[nodiscard]] std::shared_ptr<DistantObject> rootProxy(const std::string& name) override;
+
+  private:
+    MacServices services_;
 };
 
 }  // namespace Platform::Linux

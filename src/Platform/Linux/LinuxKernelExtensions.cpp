@@ -2,8 +2,6 @@
 
 #include <charconv>
 
-#include "Platform/Linux/MacServices.h"
-
 namespace Platform::Linux {
 
 namespace {
@@ -14,7 +12,7 @@ constexpr std::int32_t kInternalError = static_cast<std::int32_t>(0xdc008001);
 }  // namespace
 
 std::int32_t LinuxKernelExtensions::unload(const std::string& bundleIdentifier) {
-    const auto reply = requestMacService({"unload-kext", bundleIdentifier});
+    const auto reply = services_.request({"unload-kext", bundleIdentifier});
     if (!reply || reply->size() != 1) {
         return kInternalError;
     }

@@ -3,14 +3,13 @@
 #include <charconv>
 
 #include "Platform/Linux/LinuxAuthorization.h"
-#include "Platform/Linux/MacServices.h"
 
 namespace Platform::Linux {
 
 std::optional<Error> LinuxServiceManagement::blessJob(LaunchdDomain /*domain*/, const std::string& label,
                                                       const AuthorizationReference& authorization) {
     const auto& reference = static_cast<const LinuxAuthorizationReference&>(authorization);
-    const auto reply = requestMacService({"bless", reference.token(), label});
+    const auto reply = services_.request({"bless", reference.token(), label});
     if (!reply || reply->size() != 2) {
         return Error{"launchd does not answer (blessing " + label + ").", 0};
     }

@@ -9,7 +9,6 @@
 
 #include "Platform/Linux/LinuxXPCConnection.h"
 #include "Platform/Linux/LinuxXPCListener.h"
-#include "Platform/Linux/MacServices.h"
 
 namespace Platform::Linux {
 
@@ -33,8 +32,8 @@ Posix::Descriptor descriptorOfService(std::string_view service) {
     return {};
 }
 
-std::optional<std::string> identityOfProcess(std::int32_t pid) {
-    const auto answer = requestMacService({"identify", std::to_string(pid)});
+std::optional<std::string> identityOfProcess(const MacServices& services, std::int32_t pid) {
+    const auto answer = services.request({"identify", std::to_string(pid)});
     if (!answer || answer->size() != 2 || answer->front() != "0") {
         return std::nullopt;
     }
@@ -46,8 +45,7 @@ std::optional<std::string> identityOfProcess(std::int32_t pid) {
 std::shared_ptr<XPCConnection> LinuxXPC::makeConnection(const std::string& machServiceName,
                                                         std::uint32_t /*options*/) {
     // All services of this Mac live in one domain, so the privileged option makes no difference here.
-    return std::make_shared<LinuxXPCConnection>(machServiceName,
-                                                std::string(kMachServicesFolder) + "/" + machServiceName);
+    return std::make_shared<LinuxXPCConnection>(machServiceName, servicesFolder_ + "/" + machServiceName);
 }
 
 std::unique_ptr<XPCListener> LinuxXPC::makeListener(const std::string& machServiceName,
@@ -56,7 +54,9 @@ std::unique_ptr<XPCListener> LinuxXPC::makeListener(const std::string& machServi
     if (!socket) {
         return nullptr;
     }
-    return std::make_unique<LinuxXPCListener>(std::move(socket), clientRequirements, identityOfProcess);
+    return std::make_unique<LinuxXPCListener>(
+        std::move(socket), clientRequirements,
+        [services = services_](std::int32_t pid) { return identityOfProcess(services, pid); });
 }
 
 }  // namespace Platform::Linux

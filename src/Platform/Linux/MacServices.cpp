@@ -11,15 +11,18 @@ namespace Platform::Linux {
 
 namespace {
 
-/// A connection to process 1; -1 when there is nobody.
-int connectToServices() {
+/// A connection to the server; -1 if there is nobody.
+int connectTo(const std::string& path) {
+    sockaddr_un address{};
+    if (path.size() >= sizeof address.sun_path) {
+        return -1;
+    }
     const int fd = ::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
     if (fd < 0) {
         return -1;
     }
-    sockaddr_un address{};
     address.sun_family = AF_UNIX;
-    std::memcpy(address.sun_path, kServicesSocket.data(), kServicesSocket.size());
+    std::memcpy(address.sun_path, path.data(), path.size());
     if (::connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
         ::close(fd);
         return -1;
@@ -72,7 +75,7 @@ std::optional<std::string> exchange(int fd, const std::string& packet) {
 
 }  // namespace
 
-std::optional<std::vector<std::string>> requestMacService(const std::vector<std::string>& fields) {
+std::optional<std::vector<std::string>> MacServices::request(const std::vector<std::string>& fields) const {
     for (const std::string& field : fields) {
         if (field.find('\0') != std::string::npos) {
             return std::nullopt;
@@ -82,7 +85,7 @@ std::optional<std::vector<std::string>> requestMacService(const std::vector<std:
     if (packet.empty() || packet.size() > kMaximumPacket) {
         return std::nullopt;
     }
-    const int fd = connectToServices();
+    const int fd = connectTo(socket_);
     if (fd < 0) {
         return std::nullopt;
     }

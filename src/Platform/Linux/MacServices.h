@@ -37,8 +37,19 @@ inline constexpr std::string_view kMachServicesFolder = "/var/run/mach";
 inline constexpr std::string_view kServiceNamesVariable = "MACH_SERVICE_NAMES";
 inline constexpr int kFirstServiceDescriptor = 3;
 
-/// Sends one request and waits for its reply's fields. Nothing when there is no server or it went away.
-[[nodiscard]] std::optional<std::vector<std::string>> requestMacService(
-    const std::vector<std::string>& fields);
+/// The way to process 1. Cheap to copy; opens a connection for each request. Usable on any thread.
+class MacServices {
+  public:
+    /// `socket` is the path of the server's socket.
+    explicit MacServices(std::string socket = std::string(kServicesSocket)) : socket_(std::move(socket)) {}
+
+    /// Sends one request and waits for its reply's fields. Nothing if there is no server, it went away, or
+    /// the request does not fit into a packet or has a NUL byte in a field.
+    [[nodiscard]] std::optional<std::vector<std::string>> request(
+        const std::vector<std::string>& fields) const;
+
+  private:
+    std::string socket_;
+};
 
 }  // namespace Platform::Linux

@@ -1,0 +1,143 @@
+// The one packet that goes to process 1, and the one that comes back.
+
+#include <gtest/gtest.h>
+#include <pthread.h>
+#include <signal.h>
+#include <sys/syscall.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <fstream>
+
+#include "FakeProcessOne.h"
+
+namespace {
+
+using namespace XPCTests;
+using Fields = FakeProcessOne::Fields;
+using Platform::Linux::kMaximumPacket;
+using Platform::Linux::MacServices;
+
+TEST(MacServices, SendsItsFieldsInOnePacketJoinedByNulBytes) {
+    const FakeProcessOne one(Fields{"0"});
+    ASSERT_TRUE(one.services().request({"bless", "", "com.norvik.Helper"}));
+    EXPECT_EQ(one.packets(), std::vector<std::string>{std::string("bless\0\0com.norvik.Helper", 24)});
+}
+
+TEST(MacServices, GivesTheFieldsOfTheReplyEmptyOnesToo) {
+    const FakeProcessOne one(Fields{"", "0", "", "two words", ""});
+    EXPECT_EQ(one.services().request({"lookup"}), (Fields{"", "0", "", "two words", ""}));
+}
+
+TEST(MacServices, AReplyOfOneFieldIsOneField) {
+    const FakeProcessOne one(Fields{"12"});
+    EXPECT_EQ(one.services().request({"unload-kext", "x"}), Fields{"12"});
+}
+
+TEST(MacServices, EveryRequestIsAConnectionOfItsOwn) {
+    const FakeProcessOne one(Fields{"0"});
+    EXPECT_TRUE(one.services().request({"a"}));
+    EXPECT_TRUE(one.services().request({"b"}));
+    EXPECT_EQ(one.requests(), (std::vector<Fields>{{"a"}, {"b"}}));
+}
+
+TEST(MacServices, NothingWhenNobodyListens) {
+    const ScratchFolder folder;
+    EXPECT_EQ(MacServices(folder.path() + "/nobody").request({"lookup", "x"}), std::nullopt);
+}
+
+TEST(MacServices, NothingWhenTheServerClosesWithoutAnAnswer) {
+    const FakeProcessOne one([](const std::string&) { return std::nullopt; });
+    EXPECT_EQ(one.services().request({"lookup", "x"}), std::nullopt);
+    EXPECT_EQ(one.requests().size(), 1U);
+}
+
+TEST(MacServices, SendsNoFieldThatHasANulByte) {
+    const FakeProcessOne one(Fields{"0"});
+    EXPECT_EQ(one.services().request({"release", std::string("a\0b", 3)}), std::nullopt);
+    EXPECT_EQ(one.packets(), std::vector<std::string>());
+}
+
+TEST(MacServices, SendsNoEmptyRequest) {
+    const FakeProcessOne one(Fields{"0"});
+    EXPECT_EQ(one.services().request({}), std::nullopt);
+    EXPECT_EQ(one.services().request({""}), std::nullopt);
+    EXPECT_EQ(one.packets(), std::vector<std::string>());
+}
+
+TEST(MacServices, APacketMayHaveTheGreatestSizeAndNoByteMore) {
+    const FakeProcessOne one(Fields{"0"});
+    const std::string greatest(kMaximumPacket, 'x');
+    EXPECT_EQ(one.services().request({greatest}), Fields{"0"});
+    EXPECT_EQ(one.services().request({greatest + "x"}), std::nullopt);
+    EXPECT_EQ(one.packets(), std::vector<std::string>{greatest});
+}
+
+TEST(MacServices, AReplyOfTheGreatestSizeArrivesWhole) {
+    const std::string greatest(kMaximumPacket, 'x');
+    const FakeProcessOne one(Fields{greatest});
+    EXPECT_EQ(one.services().request({"launchctl"}), Fields{greatest});
+}
+
+TEST(MacServices, ThePathMayFillTheAddressAndNoMore) {
+    constexpr std::size_t kLongest = sizeof(sockaddr_un::sun_path) - 1;
+    const ScratchFolder measure;
+    const FakeProcessOne one([](const std::string&) { return "0"; },
+                             std::string(kLongest - measure.path().size() - 1, 'n'));
+    ASSERT_EQ(one.socketPath().size(), kLongest);
+    EXPECT_EQ(one.services().request({"lookup"}), Fields{"0"});
+    EXPECT_EQ(MacServices(one.socketPath() + "n").request({"lookup"}), std::nullopt);
+}
+
+/// The number that the next descriptor gets.
+int nextDescriptor() {
+    const int number = ::dup(STDOUT_FILENO);
+    ::close(number);
+    return number;
+}
+
+TEST(MacServices, EveryConnectionIsClosed) {
+    const int before = nextDescriptor();
+    {
+        const FakeProcessOne one(Fields{"0"});
+        EXPECT_TRUE(one.services().request({"lookup"}));
+        EXPECT_FALSE(MacServices(one.socketPath() + "-nobody").request({"lookup"}));
+        EXPECT_TRUE(one.services().request({"lookup"}));
+    }
+    EXPECT_EQ(nextDescriptor(), before);
+}
+
+std::atomic<int> signalsHandled;
+
+/// Whether a thread of this process waits in recvfrom(2).
+bool waitsForAPacket(pid_t thread) {
+    std::ifstream file("/proc/self/task/" + std::to_string(thread) + "/syscall");
+    long number = -1;
+    return file >> number && number == SYS_recvfrom;
+}
+
+TEST(MacServices, ASignalDoesNotEndTheWaitForTheReply) {
+    struct sigaction action {};
+    struct sigaction former {};
+    action.sa_handler = [](int) { ++signalsHandled; };
+    ASSERT_EQ(::sigaction(SIGUSR1, &action, &former), 0);
+    signalsHandled = 0;
+    const pthread_t caller = ::pthread_self();
+    const pid_t thread = ::gettid();
+    const FakeProcessOne one([&](const std::string&) {
+        while (!waitsForAPacket(thread)) {
+            std::this_thread::yield();
+        }
+        ::pthread_kill(caller, SIGUSR1);
+        while (signalsHandled == 0) {
+            std::this_thread::yield();
+        }
+        return std::optional<std::string>("0");
+    });
+    EXPECT_EQ(one.services().request({"authorize"}), Fields{"0"});
+    EXPECT_EQ(signalsHandled, 1);
+    ::sigaction(SIGUSR1, &former, nullptr);
+}
+
+}  // namespace
