@@ -3,15 +3,14 @@
 # that the application and its helpers state about each other, has Apple notarize it, staples the ticket and makes the archive to
 # publish. Runs on a Mac; with --dry-run it prints the commands in order, on any system.
 #
-#   sign-and-notarize.sh --identity NAME [--installer-identity NAME] [--keychain-profile NAME]
-#                        [--app PATH] [--output ZIP] [--dry-run]
+#   sign-and-notarize.sh --identity NAME [--keychain-profile NAME] [--app PATH] [--output ZIP] [--dry-run]
 #
 #   --identity             certificate for applications, by its name: "Developer ID Application: NORVIK (TEAM)"
-#   --installer-identity   certificate for packages, "Developer ID Installer: NORVIK (TEAM)"; without it the runtime package
-#                          stays as it is
 #   --keychain-profile     what "xcrun notarytool store-credentials" was given; without it nothing is sent to Apple
 #   --app                  default: build/macos/bin/Uninstall Sentrel.app
 #   --output               default: beside the application, "Uninstall Sentrel.zip"
+#
+# The runtime package is signed before the build, which gives its SHA-256 to the support helper; see docs/macos.md.
 set -euo pipefail
 # The shell of a fresh Mac is bash 3.2.
 project=$(cd "$(dirname "$0")/.." && pwd)
@@ -23,7 +22,6 @@ fail() {
 }
 
 identity=""
-installer_identity=""
 profile=""
 app="$project/build/macos/bin/Uninstall Sentrel.app"
 output=""
@@ -31,11 +29,10 @@ dry_run=false
 while [ $# -gt 0 ]; do
     case "$1" in
         --dry-run) dry_run=true ;;
-        --identity | --installer-identity | --keychain-profile | --app | --output)
+        --identity | --keychain-profile | --app | --output)
             if [ $# -lt 2 ] || [ -z "$2" ]; then fail "$1 needs a value"; fi
             case "$1" in
                 --identity) identity=$2 ;;
-                --installer-identity) installer_identity=$2 ;;
                 --keychain-profile) profile=$2 ;;
                 --app) app=${2%/} ;;
                 --output) output=$2 ;;
@@ -49,6 +46,11 @@ done
 output=${output:-"${app%.app}.zip"}
 contents="$app/Contents"
 package="$contents/Resources/SwiftRuntimeForCommandLineTools.pkg"
+
+# sha256 FILE
+sha256() {
+    if command -v shasum >/dev/null; then shasum -a 256 "$1"; else sha256sum "$1"; fi | cut -d ' ' -f 1
+}
 
 # run COMMAND ARGUMENT...: runs it, or prints it as the shell would read it.
 run() {
@@ -81,6 +83,8 @@ check_arguments() {
     for helper in $helpers; do
         [ -f "$contents/Library/LaunchServices/$helper" ] || fail "the application is not whole: the helper $helper is missing"
     done
+    LC_ALL=C grep -aqF "$(sha256 "$package")" "$contents/Library/LaunchServices/com.norvik.SupportPrivilegedHelper" ||
+        fail "$package is not the package that the support helper was built for, which would refuse it; build again with the signed package"
 }
 
 # What was built names a team; another team's signature would satisfy nobody, and the first to notice would be the customer.
@@ -88,9 +92,6 @@ check_team() {
     local team built
     team=$(team_of "$identity")
     [ -n "$team" ] || fail "the identity \"$identity\" does not end with its team in brackets; give the certificate's full name"
-    if [ -n "$installer_identity" ] && [ "$(team_of "$installer_identity")" != "$team" ]; then
-        fail "the two identities are of different teams"
-    fi
     for file in "$contents/Info.plist" "$contents/Library/LaunchServices/"*; do
         built=$(LC_ALL=C sed -n 's/.*<string>.*subject\.OU\] = "\([^"]*\)".*/\1/p' "$file" | sort -u | tr '\n' ' ')
         [ -n "$built" ] || fail "$file states no requirement"
@@ -99,25 +100,23 @@ check_team() {
     done
 }
 
-# has_certificate POLICY NAME. Not by "grep -q": it may stop reading before "security" has ended, which would count as a failure.
+# has_certificate NAME. Not by "grep -q": it may stop reading before "security" has ended, which would count as a failure.
 has_certificate() {
     local certificates
-    certificates=$(security find-identity -v -p "$1") || return 1
+    certificates=$(security find-identity -v -p codesigning) || return 1
     case $certificates in
-        *"\"$2\""*) ;;
+        *"\"$1\""*) ;;
         *) return 1 ;;
     esac
 }
 
 check_tools() {
     local tool
-    for tool in codesign productsign security ditto xcrun spctl; do
+    for tool in codesign pkgutil security ditto xcrun spctl; do
         command -v "$tool" >/dev/null || fail "$tool is missing; this needs a Mac with Apple's command line tools (xcode-select --install)"
     done
-    has_certificate codesigning "$identity" ||
+    has_certificate "$identity" ||
         fail "this Mac has no valid certificate \"$identity\" with its key"
-    [ -z "$installer_identity" ] || has_certificate basic "$installer_identity" ||
-        fail "this Mac has no valid certificate \"$installer_identity\" with its key"
 }
 
 # sign IDENTIFIER PATH [OPTION...]
@@ -133,10 +132,6 @@ sign_everything() {
     for helper in $helpers; do
         sign "$helper" "$contents/Library/LaunchServices/$helper"
     done
-    if [ -n "$installer_identity" ]; then
-        run productsign --timestamp --sign "$installer_identity" "$package" "$package.signed"
-        run mv "$package.signed" "$package"
-    fi
     sign "$(string_after CFBundleIdentifier "$contents/Info.plist")" "$app" --entitlements "$project/resources/Uninstaller.entitlements"
 }
 
@@ -160,6 +155,8 @@ notarize() {
 check_arguments
 check_team
 $dry_run || check_tools
+# Apple notarizes no application with an unsigned package in it.
+[ -z "$profile" ] || run pkgutil --check-signature "$package"
 sign_everything
 verify_everything
 if [ -n "$profile" ]; then

@@ -125,6 +125,14 @@ class NoCodeModules final : public Platform::CodeModules {
     }
 };
 
+class NoPrivateCopies final : public Platform::PrivateCopies {
+    std::unique_ptr<Platform::PrivateCopy> copy(const URL& /*file*/, const URL& /*destination*/,
+                                                std::uint64_t /*atMost*/, Error& /*error*/) override {
+        refuse();
+    }
+    std::optional<Error> removeFolder(const URL& /*folder*/) override { refuse(); }
+};
+
 struct Owner {
     NoLog log;
     FolderNames files;
@@ -140,9 +148,10 @@ struct Owner {
     NoDispatch dispatch;
     NoDistantObjects distantObjects;
     NoCodeModules codeModules;
+    NoPrivateCopies privateCopies;
     Platform::SystemPorts ports{
         log, files,   tasks, processes, users,          kernelExtensions, authorization, serviceManagement,
-        xpc, bundles, clock, dispatch,  distantObjects, codeModules};
+        xpc, bundles, clock, dispatch,  distantObjects, codeModules,      privateCopies};
 };
 
 }  // namespace

@@ -12,20 +12,35 @@ namespace {
 
 constexpr const char* kInstallerTool = "/usr/sbin/installer";
 
+// Where the blessed tools lie: the folder is there whenever a helper runs, only root may write to it and to
+// those above it, and what is left in it is seen by whoever looks for the helper.
+constexpr const char* kFolder = "/Library/PrivilegedHelperTools/com.norvik.SupportPrivilegedHelper.package";
+constexpr const char* kCopy = "SwiftRuntimeForCommandLineTools.pkg";
+
 std::string withoutTrailingLineBreaks(std::string text) {
     text.erase(text.find_last_not_of("\r\n") + 1);
     return text;
 }
 
-}  // namespace
-
-std::optional<Platform::Error> installPackage(const Base::URL& package) {
-    const Platform::SystemPorts& ports = Platform::SystemPorts::current();
-    if (!ports.files.itemExists(package)) {
-        return Platform::Error{"The package \"" + package.path() + "\" does not exist.", 1};
+/// Why the copy is not the maker's package; empty when it is.
+std::string difference(const Platform::PrivateCopy& copy, const PackageFingerprint& maker) {
+    const std::string size = std::to_string(maker.size);
+    if (copy.size() > maker.size) {
+        return "it has more than " + size + " bytes";
     }
-    const std::unique_ptr<Platform::Task> task =
-        ports.tasks.launch(kInstallerTool, std::vector<std::string>{"-pkg", package.path(), "-target", "/"});
+    if (copy.size() < maker.size) {
+        return "it has " + std::to_string(copy.size()) + " bytes instead of " + size;
+    }
+    if (copy.sha256() != maker.sha256) {
+        return "its SHA-256 is " + copy.sha256() + " instead of " + std::string(maker.sha256);
+    }
+    return {};
+}
+
+/// Has the system's tool install `copy`; `package` is what it is called in errors.
+std::optional<Platform::Error> install(const Base::URL& copy, const Base::URL& package) {
+    const std::unique_ptr<Platform::Task> task = Platform::SystemPorts::current().tasks.launch(
+        kInstallerTool, std::vector<std::string>{"-pkg", copy.path(), "-target", "/"});
     if (task == nullptr) {
         return Platform::Error{
             std::string("The system's installer tool ") + kInstallerTool + " cannot be run.", 1};
@@ -43,6 +58,27 @@ std::optional<Platform::Error> installPackage(const Base::URL& package) {
     return Platform::Error{
         complaint.empty() ? "The package \"" + package.path() + "\" could not be installed." : complaint,
         task->terminationStatus()};
+}
+
+}  // namespace
+
+std::optional<Platform::Error> installPackage(const Base::URL& package, const PackageFingerprint& maker) {
+    const Base::URL destination = Base::URL::fileURL(kFolder).appendingPathComponent(kCopy);
+    Platform::Error error;
+    // One byte more than there should be tells a longer package, however long it is.
+    const std::unique_ptr<Platform::PrivateCopy> copy =
+        Platform::SystemPorts::current().privateCopies.copy(package, destination, maker.size + 1, error);
+    if (copy == nullptr) {
+        return error;
+    }
+    if (const std::string why = difference(*copy, maker); !why.empty()) {
+        return Platform::Error{"The package \"" + package.path() + "\" is not the maker's: " + why, 1};
+    }
+    return install(destination, package);
+}
+
+std::optional<Platform::Error> removeLeftPackage() {
+    return Platform::SystemPorts::current().privateCopies.removeFolder(Base::URL::fileURL(kFolder));
 }
 
 }  // namespace Helpers

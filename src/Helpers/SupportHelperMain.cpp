@@ -8,6 +8,7 @@
 #include "Helpers/AuthorizedClients.h"
 #include "Helpers/PackageInstaller.h"
 #include "Helpers/Retirement.h"
+#include "Helpers/RuntimePackage.h"
 #include "InstallCommon/SupportPrivilegedHelperClient.h"
 #include "NorvikCommon/InstallerLog.h"
 #include "Platform/SystemPorts.h"
@@ -18,15 +19,15 @@ constexpr std::uint32_t kIdleSeconds = 2;
 
 using InstallCommon::SupportPrivilegedHelperClient;
 
-/// NVKSupportPrivilegedHelper, as it is exported. Every connection delivers on its own thread; the system's
-/// installer tool queues what comes at the same time.
+/// NVKSupportPrivilegedHelper, as it is exported. Every connection delivers on its own thread; installations
+/// that come at the same time wait for each other.
 class SupportPrivilegedHelper final : public Platform::XPCObject {
   public:
     [[nodiscard]] std::string_view protocolName() const override { return "NVKSupportPrivilegedHelper"; }
 
     void message(std::string_view /*selector*/, std::vector<Platform::XPCValue> arguments,
                  Platform::XPCReply reply) override {
-        reply(Helpers::installPackage(std::get<Base::URL>(arguments.at(0))));
+        reply(Helpers::installPackage(std::get<Base::URL>(arguments.at(0)), Helpers::kRuntimePackage));
         hasServed_ = true;
     }
 

@@ -8,6 +8,7 @@
 #include "Platform/DistantObjects.h"
 #include "Platform/FileManager.h"
 #include "Platform/KernelExtensions.h"
+#include "Platform/PrivateCopies.h"
 #include "Platform/ProcessTable.h"
 #include "Platform/ServiceManagement.h"
 #include "Platform/SystemLog.h"
@@ -34,6 +35,7 @@ struct SystemPorts {
     Dispatch& dispatch;
     DistantObjects& distantObjects;
     CodeModules& codeModules;
+    PrivateCopies& privateCopies;
 
     /// The ports in force. Using them before they were set is a programming error that ends the process.
     [[nodiscard]] static const SystemPorts& current();

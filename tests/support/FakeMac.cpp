@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "Base/FatalError.h"
 #include "Platform/ProcessOnce.h"
 
 namespace TestSupport {
@@ -31,7 +32,8 @@ FakeMac::FakeMac()
              clock,
              dispatch,
              distantObjects,
-             codeModules},
+             codeModules,
+             privateCopies},
       scope_(ports_) {}
 
 CallList FakeMac::callsOf(const std::string& prefix) const {
@@ -49,7 +51,10 @@ class FakeTask final : public Platform::Task {
   public:
     FakeTask(FakeTaskRunner::Result result, CallList& calls) : result_(std::move(result)), calls_(calls) {}
 
-    void waitUntilExit() override { calls_.emplace_back("wait"); }
+    void waitUntilExit() override {
+        calls_.emplace_back("wait");
+        ended_ = true;
+    }
     [[nodiscard]] std::string readOutputToEnd() override {
         calls_.emplace_back("read output");
         return result_.output;
@@ -58,10 +63,24 @@ class FakeTask final : public Platform::Task {
         calls_.emplace_back("read error");
         return result_.error;
     }
-    [[nodiscard]] std::int32_t terminationStatus() const override { return result_.status; }
-    [[nodiscard]] Platform::TerminationReason terminationReason() const override { return result_.reason; }
+    [[nodiscard]] std::int32_t terminationStatus() const override {
+        requireEnded();
+        return result_.status;
+    }
+    [[nodiscard]] Platform::TerminationReason terminationReason() const override {
+        requireEnded();
+        return result_.reason;
+    }
 
   private:
+    // As with a real child.
+    void requireEnded() const {
+        if (!ended_) {
+            Base::fatalError("The status of a child process was asked for before it had been waited for.");
+        }
+    }
+
+    bool ended_ = false;
     FakeTaskRunner::Result result_;
     CallList& calls_;
 };

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "Platform/SystemPorts.h"
+#include "support/FakePrivateCopies.h"
 
 namespace TestSupport {
 
@@ -409,6 +410,7 @@ class FakeMac {
     FakeDispatch dispatch{calls};
     FakeDistantObjects distantObjects{calls};
     FakeCodeModules codeModules{calls};
+    FakePrivateCopies privateCopies{calls};
 
     /// The calls that begin with `prefix`.
     [[nodiscard]] CallList callsOf(const std::string& prefix) const;

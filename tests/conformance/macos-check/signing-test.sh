@@ -9,7 +9,7 @@ trap 'rm -rf "$scratch"' EXIT
 app="$scratch/Uninstall Sentrel.app"
 cp -R "$2" "$app"
 identity="Developer ID Application: NORVIK ($team)"
-installer="Developer ID Installer: NORVIK ($team)"
+package="$app/Contents/Resources/SwiftRuntimeForCommandLineTools.pkg"
 signed_by_us="anchor apple generic and certificate leaf[subject.OU] = \"$team\""
 
 failures=0
@@ -28,14 +28,12 @@ sign_lines() {
     command_lines codesign --force --timestamp --options runtime --identifier "$identifier" "$@" --sign "$identity" "$path"
 }
 expected_signing() {
+    if [ "${1:-}" = whole ]; then
+        command_lines pkgutil --check-signature "$package"
+    fi
     sign_lines com.norvik.UninstallerWindow "$app/Contents/Frameworks/UninstallerWindow.dylib"
     sign_lines com.norvik.InstallerHelper "$app/Contents/Library/LaunchServices/com.norvik.InstallerHelper"
     sign_lines com.norvik.SupportPrivilegedHelper "$app/Contents/Library/LaunchServices/com.norvik.SupportPrivilegedHelper"
-    if [ "${1:-}" = whole ]; then
-        local package="$app/Contents/Resources/SwiftRuntimeForCommandLineTools.pkg"
-        command_lines productsign --timestamp --sign "$installer" "$package" "$package.signed"
-        command_lines mv "$package.signed" "$package"
-    fi
     sign_lines com.NORVIK.Uninstall-NORVIK-Antivirus "$app" --entitlements "${script%/scripts/*}/resources/Uninstaller.entitlements"
 }
 expected() {
@@ -72,11 +70,11 @@ dry_run() {
     done <"$scratch/printed" >"$scratch/actual"
 }
 expected whole >"$scratch/expected"
-dry_run --installer-identity "$installer" --keychain-profile notary
+dry_run --keychain-profile notary
 compare "dry run"
 expected >"$scratch/expected"
 dry_run
-compare "dry run without packages and notarization"
+compare "dry run without notarization"
 
 # Stand-ins that write down how they are called. "security" lists the certificates; the file "failing" names the call that fails.
 mkdir "$scratch/tools"
@@ -86,14 +84,14 @@ printf '%s\n' "\${0##*/}" "\$@" "" >>"$scratch/actual"
 if [ -e "$scratch/failing" ] && grep -qF -- "\$(cat "$scratch/failing")" <<<"\${0##*/} \$*"; then exit 1; fi
 END
 chmod +x "$scratch/tools/stand-in"
-for tool in codesign productsign ditto xcrun spctl mv rm; do
+for tool in codesign pkgutil ditto xcrun spctl mv rm; do
     ln -s stand-in "$scratch/tools/$tool"
 done
 printf '#!/usr/bin/env bash\ncat "%s/certificates"\n' "$scratch" >"$scratch/tools/security"
 chmod +x "$scratch/tools/security"
 # More of them than a pipe holds: whoever stops reading at the first that fits breaks it.
 {
-    printf '  1) 0123 "%s"\n  2) 4567 "%s"\n' "$identity" "$installer"
+    printf '  1) 0123 "%s"\n' "$identity"
     seq -f '  %g) 89AB "Apple Development: Somebody (OTHER00000)"' 3 3000
 } >"$scratch/certificates"
 real_run() {
@@ -101,7 +99,7 @@ real_run() {
     PATH="$scratch/tools:$PATH" "$script" --app "$app" "$@" >"$scratch/printed" 2>"$scratch/errors"
 }
 expected whole >"$scratch/expected"
-real_run --identity "$identity" --installer-identity "$installer" --keychain-profile notary ||
+real_run --identity "$identity" --keychain-profile notary ||
     fault "the real run failed: $(cat "$scratch/errors")"
 compare "real run"
 
@@ -110,6 +108,11 @@ expected_signing >"$scratch/expected"
 command_lines codesign --verify --strict --deep --verbose=2 "$app" >>"$scratch/expected"
 real_run --identity "$identity" && fault "a signature that does not hold was accepted"
 compare "stops at the first failure"
+
+echo "pkgutil --check-signature" >"$scratch/failing"
+command_lines pkgutil --check-signature "$package" >"$scratch/expected"
+real_run --identity "$identity" --keychain-profile notary && fault "an unsigned package was accepted for notarization"
+compare "stops at an unsigned package"
 rm "$scratch/failing"
 
 # refused WORDS ARGUMENT...: the script fails before it does anything, and says WORDS.
@@ -126,7 +129,11 @@ refused "unknown argument --sign" --sign
 refused "there is no application" --identity "$identity" --app "$scratch/Other.app"
 refused "does not end with its team" --identity "0123456789ABCDEF0123456789ABCDEF01234567"
 refused "was built for team $team, the identity is of team OTHER00000" --identity "Developer ID Application: Other (OTHER00000)"
-refused "of different teams" --identity "$identity" --installer-identity "Developer ID Installer: Other (OTHER00000)"
+refused "unknown argument --installer-identity" --identity "$identity" --installer-identity "Developer ID Installer: NORVIK ($team)"
+cp "$package" "$scratch/package"
+echo >>"$package"
+refused "is not the package that the support helper was built for" --identity "$identity"
+cp "$scratch/package" "$package"
 : >"$scratch/certificates"
 refused "no valid certificate \"$identity\"" --identity "$identity"
 rm "$scratch/tools/codesign"

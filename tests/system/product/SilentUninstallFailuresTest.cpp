@@ -1,8 +1,13 @@
 // Every way in which a silent run can fail, with its exact log and exit status 0.
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <regex>
 
 #include "ProductMac.h"
 
@@ -72,17 +77,72 @@ TEST_F(SilentFailure, RuntimePackageNotInstalled) {
     mac_.expectInstalled();
 }
 
-TEST_F(SilentFailure, ABrokenRuntimePackageIsAnsweredWithAnError) {
-    mac_.put(
-        "/Applications/Sentrel.app/Contents/Applications/Uninstall Sentrel.app/Contents/Resources/"
-        "SwiftRuntimeForCommandLineTools.pkg",
-        "this is no package");
-    run({});
-    const Lines log = mac_.uninstallerLog();
+std::string contentsOf(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+/// An application in a folder of alice's, who replaces the runtime package in it.
+class ForeignPackage : public testing::Test {
+  protected:
+    ForeignPackage() {
+        mac_.putUninstaller("/Users/alice/Downloads");
+        std::filesystem::remove(mac_.path(package_));
+    }
+    ~ForeignPackage() override {
+        // Nothing was installed, and no copy is left.
+        EXPECT_FALSE(mac_.exists("/var/db/receipts/com.norvik.SwiftRuntimeForCommandLineTools.plist"));
+        EXPECT_FALSE(
+            mac_.exists("/Library/PrivilegedHelperTools/com.norvik.SupportPrivilegedHelper.package"));
+        mac_.expectInstalled();
+    }
+
+    [[nodiscard]] Lines run() {
+        const auto result = mac_.run(
+            {},
+            {"/Users/alice/Downloads/Uninstall Sentrel.app/Contents/MacOS/Uninstall Sentrel", "--silent"});
+        EXPECT_EQ(result.status, 0);
+        return mac_.uninstallerLog();
+    }
+    [[nodiscard]] static Lines failedWith(const std::string& reason) {
+        return {reason, "Failed to install Swift runtime support. Quitting...", kFailed};
+    }
+
+    const std::string package_ =
+        "/Users/alice/Downloads/Uninstall Sentrel.app/Contents/Resources/SwiftRuntimeForCommandLineTools.pkg";
+    const std::string refused_ = "The package \"" + package_ + "\" is not the maker's: ";
+    ProductMac mac_{{"--installed", "current"}};
+};
+
+TEST_F(ForeignPackage, OfOneChangedByteIsNotInstalled) {
+    std::string bytes = contentsOf(SENTREL_RUNTIME_PACKAGE);
+    bytes[bytes.size() / 2] = static_cast<char>(~bytes[bytes.size() / 2]);
+    mac_.put(package_, bytes);
+    const Lines log = run();
     ASSERT_EQ(log.size(), 3U);
-    EXPECT_TRUE(log[0].starts_with("installer: Error - ")) << log[0];
-    EXPECT_EQ(log[1], "Failed to install Swift runtime support. Quitting...");
-    EXPECT_EQ(log[2], kFailed);
+    EXPECT_TRUE(std::regex_match(log[0], std::regex(".*is not the maker's: its SHA-256 is [0-9a-f]{64} "
+                                                    "instead of [0-9a-f]{64}")))
+        << log[0];
+    EXPECT_EQ(log, failedWith(log[0]));
+}
+
+TEST_F(ForeignPackage, ThatIsSparseAndHugeIsNotInstalled) {
+    mac_.put(package_, contentsOf(SENTREL_RUNTIME_PACKAGE));
+    std::filesystem::resize_file(mac_.path(package_), std::uintmax_t{1} << 40);
+    EXPECT_EQ(run(),
+              failedWith(refused_ + "it has more than " +
+                         std::to_string(std::filesystem::file_size(SENTREL_RUNTIME_PACKAGE)) + " bytes"));
+}
+
+TEST_F(ForeignPackage, ThatIsAFIFOHoldsNobodyUp) {
+    ASSERT_EQ(::mkfifo(mac_.path(package_).c_str(), 0666), 0);
+    EXPECT_EQ(run(), failedWith("\"" + package_ + "\" could not be read: Invalid argument"));
+}
+
+TEST_F(ForeignPackage, ThatIsALinkIsNotFollowed) {
+    mac_.put("/Users/alice/real.pkg", contentsOf(SENTREL_RUNTIME_PACKAGE));
+    std::filesystem::create_symlink("/Users/alice/real.pkg", mac_.path(package_));
+    EXPECT_EQ(run(), failedWith("\"" + package_ + "\" could not be read: Too many levels of symbolic links"));
 }
 
 TEST_F(SilentFailure, ANewerProductIsNotUninstalled) {

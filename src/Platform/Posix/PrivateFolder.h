@@ -1,0 +1,59 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <optional>
+#include <string>
+
+#include "Base/URL.h"
+#include "Platform/Error.h"
+#include "Platform/Posix/Descriptor.h"
+
+namespace Platform::Posix {
+
+/// The folder of a private copy while one call has it for itself. Removed with everything in it when this is
+/// destroyed.
+class PrivateFolder {
+  public:
+    /// Where the way to private folders begins, and whose they are: tests have them in a scratch folder.
+    struct Ground {
+        std::string top = "/";
+        uid_t owner = 0;
+    };
+
+    PrivateFolder() = default;
+    PrivateFolder(PrivateFolder&& other) noexcept = default;
+    PrivateFolder& operator=(PrivateFolder&&) = delete;
+    ~PrivateFolder();
+
+    /// Makes the folder at `location`, or takes the one that is there and empties it; waits for anybody else
+    /// who has it. The folders above it are walked from the ground's top, none through a link; each has to be
+    /// the owner's, and either writable by nobody else or sticky, as has the folder itself.
+    [[nodiscard]] std::optional<Error> take(const Base::URL& location, const Ground& ground);
+
+    /// Takes the folder only when it is there and nobody has it; `get` is -1 when not.
+    [[nodiscard]] std::optional<Error> takeLeftover(const Base::URL& location, const Ground& ground);
+
+    /// The open folder, or -1.
+    [[nodiscard]] int get() const { return folder_.get(); }
+
+    /// Removes the folder; the first failure is returned.
+    [[nodiscard]] std::optional<Error> remove();
+
+  private:
+    enum class Wanted { anyhow, whenLeftOver };
+
+    [[nodiscard]] std::optional<Error> openParent(const Ground& ground);
+    /// Both return 0 or an errno value.
+    [[nodiscard]] int open(Wanted wanted);
+    [[nodiscard]] int claim(const Ground& ground) const;
+    [[nodiscard]] std::optional<Error> empty() const;
+    [[nodiscard]] bool isStillThere() const;
+
+    std::string path_;
+    std::string name_;
+    Descriptor parent_;
+    Descriptor folder_;
+};
+
+}  // namespace Platform::Posix
