@@ -16,6 +16,7 @@ inline constexpr std::string_view kSimulatorFolder = "/var/macsim";
 inline constexpr std::string_view kMachineFile = "/var/macsim/machine.json";
 inline constexpr std::string_view kSessionFile = "/var/macsim/session.json";
 inline constexpr std::string_view kStateFile = "/var/macsim/state.json";
+inline constexpr std::string_view kTranscriptFile = "/var/macsim/transcript.jsonl";
 inline constexpr std::string_view kLockFile = "/var/macsim/lock";
 inline constexpr std::string_view kHelperFaultsLibrary = "/var/macsim/lib/libhelper-faults.so";
 /// Says whether the product's parental-control lock is on; read by the maker's framework.

@@ -50,16 +50,20 @@ std::optional<std::string> executableOfProcess(pid_t pid) {
     return text;
 }
 
-std::optional<std::uint32_t> userOfProcess(pid_t pid) {
+std::optional<ProcessUsers> usersOfProcess(pid_t pid) {
     const auto status = readFile(procPath(pid, "status"));
     const std::size_t line = status ? status->find("\nUid:") : std::string::npos;
     if (line == std::string::npos) {
         return std::nullopt;
     }
     std::istringstream fields(status->substr(line + 5));
-    std::uint32_t real = 0;
-    std::uint32_t effective = 0;
-    return fields >> real >> effective ? std::optional(effective) : std::nullopt;
+    ProcessUsers users;
+    return fields >> users.real >> users.effective ? std::optional(users) : std::nullopt;
+}
+
+std::optional<std::uint32_t> userOfProcess(pid_t pid) {
+    const auto users = usersOfProcess(pid);
+    return users ? std::optional(users->effective) : std::nullopt;
 }
 
 std::vector<pid_t> allProcesses() {

@@ -23,6 +23,15 @@ struct Caller {
 /// The executable of a process; nothing when it is gone. Without the kernel's " (deleted)".
 [[nodiscard]] std::optional<std::string> executableOfProcess(pid_t pid);
 
+/// The user ids of a process.
+struct ProcessUsers {
+    std::uint32_t real = 0;
+    std::uint32_t effective = 0;
+};
+
+/// Nothing when the process is gone.
+[[nodiscard]] std::optional<ProcessUsers> usersOfProcess(pid_t pid);
+
 /// The effective user id of a process; nothing when it is gone.
 [[nodiscard]] std::optional<std::uint32_t> userOfProcess(pid_t pid);
 

@@ -144,7 +144,13 @@ bool ServicesServer::handle(ConnectionId id, const Caller& caller, const Fields&
         lookUp(id, request[1]);
         return true;
     }
+    if (verb == "executed") {
+        services_.transcript.record(caller, {request.begin() + 1, request.end()});
+        reply(id, {"0"});
+        return true;
+    }
     if (verb == "launchctl") {
+        services_.transcript.record(caller, {request.begin() + 1, request.end()});
         services_.launchctl.run(caller, {request.begin() + 1, request.end()},
                                 [this, id](const LaunchctlReply& result) {
                                     reply(id, {std::to_string(result.status), result.out, result.err});

@@ -9,6 +9,7 @@
 #include "launchd/DistantNames.h"
 #include "launchd/LaunchctlVerbs.h"
 #include "launchd/LoadedExtensions.h"
+#include "launchd/Transcript.h"
 
 namespace Simulator {
 
@@ -22,6 +23,7 @@ class ServicesServer {
         LoadedExtensions& extensions;
         LaunchctlVerbs& launchctl;
         const DistantNames& distantNames;
+        Transcript& transcript;
     };
 
     ServicesServer(EventLoop& loop, const Services& services) : loop_(loop), services_(services) {}

@@ -72,7 +72,12 @@ int boot(const Machine& machine, const Session& session) {
     LoadedExtensions extensions(session.faults);
     Blessing blessing(jobs, log, authorizations, session.faults);
     LaunchctlVerbs launchctl(loop, jobs, session.faults);
-    ServicesServer services(loop, {authorizations, blessing, extensions, launchctl, distantNames});
+    Transcript transcript;
+    if (!transcript.open()) {
+        return cannotBoot("the transcript cannot be opened");
+    }
+    ServicesServer services(loop,
+                            {authorizations, blessing, extensions, launchctl, distantNames, transcript});
     if (!services.open()) {
         return cannotBoot("the services socket cannot be opened");
     }

@@ -65,6 +65,7 @@ int makePayload(const PayloadOptions& options);
 int installProduct(const InstallOptions& options);
 int printLog(const std::string& folder, bool follow);
 int printState(const std::string& folder, bool json);
+int printTranscript(const std::string& folder, bool json);
 int printFaults();
 int deleteMac(const std::string& folder);
 

@@ -1,10 +1,11 @@
-// The commands that only look at a Mac: log, state, list-faults; and the one that removes it.
+// The commands that only look at a Mac: log, state, transcript, list-faults; and the one that removes it.
 
 #include <array>
 #include <cerrno>
 #include <cstring>
 #include <iomanip>
 #include <iostream>
+#include <sstream>
 
 #include <fcntl.h>
 #include <linux/fs.h>
@@ -99,6 +100,33 @@ int printState(const std::string& folder, bool json) {
         return 0;
     }
     printTable(state);
+    return 0;
+}
+
+int printTranscript(const std::string& folder, bool json) {
+    const MacRoot mac(folder);
+    const auto recorded = mac.read(kTranscriptFile);
+    if (!recorded) {
+        throw Refusal(folder + " has not been run yet");
+    }
+    if (json) {
+        std::cout << *recorded;
+        return 0;
+    }
+    std::istringstream lines(*recorded);
+    for (std::string line; std::getline(lines, line);) {
+        const Json call = Json::parse(line, nullptr, false);
+        if (!call.is_object()) {
+            throw Refusal("the transcript of " + folder + " is broken");
+        }
+        std::cout << std::setw(6) << text(call.value("realUser", Json())) << std::setw(7)
+                  << text(call.value("effectiveUser", Json())) << "  "
+                  << text(call.value("program", Json("")));
+        for (const Json& argument : call.value("arguments", Json::array())) {
+            std::cout << ' ' << text(argument);
+        }
+        std::cout << '\n';
+    }
     return 0;
 }
 

@@ -161,6 +161,11 @@ void addInspection(CLI::App& app, Action& action) {
     state->add_option("DIR", *folder, "The Mac")->required();
     state->add_flag("--json", *flag, "As it was recorded");
     state->callback([=, &action] { action = {[=] { return printState(*folder, *flag); }}; });
+    auto* transcript =
+        app.add_subcommand("transcript", "Prints the calls of the Mac's tools in its last run");
+    transcript->add_option("DIR", *folder, "The Mac")->required();
+    transcript->add_flag("--json", *flag, "As it was recorded, one object a line");
+    transcript->callback([=, &action] { action = {[=] { return printTranscript(*folder, *flag); }}; });
     app.add_subcommand("list-faults", "Lists everything that can go wrong")->callback([&action] {
         action = {[] { return printFaults(); }};
     });

@@ -18,6 +18,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "Platform/Linux/MacServices.h"
 #include "Support/Files.h"
 #include "Support/Machine.h"
 #include "Support/PropertyList.h"
@@ -182,6 +183,9 @@ int install(const std::string& package) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    std::vector<std::string> executed{"executed"};
+    executed.insert(executed.end(), argv + (argc > 0 ? 1 : 0), argv + argc);
+    static_cast<void>(Platform::Linux::requestMacService(executed));
     std::string package;
     std::string target;
     for (int index = 1; index + 1 < argc; index += 2) {

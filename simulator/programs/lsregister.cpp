@@ -4,15 +4,21 @@
 #include <cstring>
 #include <iostream>
 #include <string>
+#include <vector>
 
 #include <fcntl.h>
 #include <unistd.h>
+
+#include "Platform/Linux/MacServices.h"
 
 int main(int argc, char** argv) {
     if (argc < 2) {
         std::cerr << "usage: lsregister [-r] [-f] path ...\n";
         return 1;
     }
+    std::vector<std::string> executed{"executed"};
+    executed.insert(executed.end(), argv + 1, argv + argc);
+    static_cast<void>(Platform::Linux::requestMacService(executed));
     std::string line;
     for (int index = 1; index < argc; ++index) {
         line += (index > 1 ? "\t" : "");

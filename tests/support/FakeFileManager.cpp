@@ -1,4 +1,6 @@
 #include <cerrno>
+#include <cstring>
+#include <iterator>
 
 #include "support/FakeMac.h"
 
@@ -18,6 +20,16 @@ Platform::Error missing(const std::string& path) {
     return {"\"" + path + "\" does not exist", ENOENT};
 }
 
+Platform::Error notRemoved(const std::string& path, int code) {
+    return {"\"" + path + "\" could not be removed: " + std::strerror(code), code};
+}
+
+/// Whether nobody but root can have put an entry into this folder, or taken its place.
+bool isRootsAlone(const FakeFileManager::Node& node) {
+    constexpr std::uint16_t kWritableByOthers = 022;
+    return node.owner == 0 && (node.mode & kWritableByOthers) == 0;
+}
+
 }  // namespace
 
 void FakeFileManager::addFolder(const std::string& path) {
@@ -26,9 +38,10 @@ void FakeFileManager::addFolder(const std::string& path) {
     }
 }
 
-void FakeFileManager::addFile(const std::string& path) {
+void FakeFileManager::addFile(const std::string& path, const std::string& contents) {
     addFolder(parentOf(path));
     nodes[path] = Node{};
+    nodes[path].contents = contents;
 }
 
 void FakeFileManager::addLink(const std::string& path, const std::string& target) {
@@ -93,12 +106,62 @@ std::optional<Platform::Error> FakeFileManager::removeItem(const Base::URL& item
     if (auto error = injected("remove", path)) {
         return error;
     }
-    if (!has(path)) {
-        return missing(path);
+    std::string resolved;
+    if (auto error = resolveWay(path, resolved)) {
+        return error;
     }
-    std::erase_if(nodes,
-                  [&path](const auto& entry) { return entry.first == path || isBelow(entry.first, path); });
+    return has(resolved) ? removeTree(resolved) : missing(path);
+}
+
+std::optional<Platform::Error> FakeFileManager::resolveWay(const std::string& path,
+                                                           std::string& resolved) const {
+    resolved.clear();
+    bool holderIsRootsAlone = true;
+    for (std::size_t slash = path.find('/', 1); slash != std::string::npos;
+         slash = path.find('/', slash + 1)) {
+        const std::size_t begin = path.rfind('/', slash - 1);
+        resolved += path.substr(begin, slash - begin);
+        const auto found = nodes.find(resolved);
+        if (found == nodes.end()) {
+            return missing(path);
+        }
+        if (found->second.kind == Node::Kind::file) {
+            return notRemoved(path, ENOTDIR);
+        }
+        if (found->second.kind == Node::Kind::link) {
+            if (!holderIsRootsAlone || found->second.owner != 0) {
+                return notRemoved(path, ELOOP);
+            }
+            resolved = found->second.target;
+        }
+        holderIsRootsAlone = has(resolved) && isRootsAlone(at(resolved));
+    }
+    resolved += path.substr(path.rfind('/'));
     return std::nullopt;
+}
+
+std::optional<Platform::Error> FakeFileManager::removeTree(const std::string& path) {
+    // Everything below the folder lies between these two, parents before what they hold.
+    const auto contents = nodes.lower_bound(path + "/");
+    const auto end = nodes.lower_bound(path + "0");
+    std::vector<std::string> items{path};
+    for (auto node = contents; node != end; ++node) {
+        items.push_back(node->first);
+    }
+    std::optional<Platform::Error> failed;
+    std::set<std::string> kept;
+    for (auto item = items.rbegin(); item != items.rend(); ++item) {
+        const auto resists = resisting.find(*item);
+        if (resists == resisting.end() && !kept.contains(*item)) {
+            nodes.erase(*item);
+            continue;
+        }
+        if (resists != resisting.end()) {
+            failed = notRemoved(*item, resists->second);
+        }
+        kept.insert(parentOf(*item));
+    }
+    return failed;
 }
 
 std::optional<Platform::Error> FakeFileManager::copyItem(const Base::URL& source,

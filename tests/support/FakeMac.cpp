@@ -98,8 +98,12 @@ std::unique_ptr<Platform::Task> FakeTaskRunner::launch(
     if (notExecutable.contains(path)) {
         return nullptr;
     }
-    const auto found = results.find(commandLine);
-    return std::make_unique<FakeTask>(found == results.end() ? Result{} : found->second, calls_);
+    if (const auto found = results.find(commandLine); found != results.end()) {
+        return std::make_unique<FakeTask>(found->second, calls_);
+    }
+    const auto answered =
+        answer ? answer(path, arguments.value_or(std::vector<std::string>{})) : std::nullopt;
+    return std::make_unique<FakeTask>(answered.value_or(Result{}), calls_);
 }
 
 // Processes.
@@ -170,7 +174,11 @@ int FakeProcessTable::path(std::int32_t pid, std::span<char> path) {
 int FakeProcessTable::kill(std::int32_t pid, int signal) {
     calls_.push_back("kill " + std::to_string(pid) + " " + std::to_string(signal));
     const Process* process = find(pid);
-    return process != nullptr && process->canBeKilled ? 0 : -1;
+    if (process == nullptr || !process->canBeKilled) {
+        return -1;
+    }
+    std::erase_if(processes, [pid](const Process& each) { return each.pid == pid; });
+    return 0;
 }
 
 // Users.
@@ -199,7 +207,18 @@ int FakeUsers::setEffectiveUserId(std::uint32_t uid) {
 
 std::int32_t FakeKernelExtensions::unload(const std::string& bundleIdentifier) {
     calls_.push_back("unload " + bundleIdentifier);
-    return result;
+    if (!loaded) {
+        return result;
+    }
+    const auto extension = loaded->find(bundleIdentifier);
+    if (extension == loaded->end()) {
+        return kNotLoaded;
+    }
+    if (extension->second) {
+        return kInUse;
+    }
+    loaded->erase(extension);
+    return 0;
 }
 
 // Authorization and blessing.

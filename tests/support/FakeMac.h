@@ -25,7 +25,9 @@ class FakeSystemLog final : public Platform::SystemLog {
     std::vector<std::string> lines;
 };
 
-/// A file system in memory. Paths are absolute; parents need not be made by hand.
+/// A file system in memory. Paths are absolute; parents need not be made by hand. Removal follows a link on
+/// the way to the item only when nobody but root could have made it; the other operations take every path as
+/// it is.
 class FakeFileManager final : public Platform::FileManager {
   public:
     struct Node {
@@ -34,12 +36,15 @@ class FakeFileManager final : public Platform::FileManager {
         std::uint16_t mode = 0644;
         std::uint32_t owner = 501;
         std::uint32_t group = 20;
+        std::string contents{};
+
+        friend bool operator==(const Node&, const Node&) = default;
     };
 
     explicit FakeFileManager(CallList& calls) : calls_(calls) {}
 
     void addFolder(const std::string& path);
-    void addFile(const std::string& path);
+    void addFile(const std::string& path, const std::string& contents = "");
     void addLink(const std::string& path, const std::string& target);
     [[nodiscard]] bool has(const std::string& path) const { return nodes.contains(path); }
     [[nodiscard]] const Node& at(const std::string& path) const { return nodes.at(path); }
@@ -61,6 +66,8 @@ class FakeFileManager final : public Platform::FileManager {
     [[nodiscard]] Base::URL localDirectory(Platform::SearchPathDirectory directory) override;
 
     std::map<std::string, Node> nodes;
+    /// Errno that removeItem meets at these paths, every time: the item stays, and with it the folders above.
+    std::map<std::string, int> resisting;
     /// Errno that setOwnerOfContents meets, by path.
     std::map<std::string, int> ownerFailures;
     /// The paths that itemExists was asked about, in order; these questions are not among the calls.
@@ -73,6 +80,9 @@ class FakeFileManager final : public Platform::FileManager {
                                                          const std::string& path);
     [[nodiscard]] std::optional<Platform::Error> injected(const std::string& operation,
                                                           const std::string& path);
+    [[nodiscard]] std::optional<Platform::Error> resolveWay(const std::string& path,
+                                                            std::string& resolved) const;
+    [[nodiscard]] std::optional<Platform::Error> removeTree(const std::string& path);
 
     CallList& calls_;
     std::map<std::pair<std::string, std::string>, Platform::Error> failures_;
@@ -95,6 +105,9 @@ class FakeTaskRunner final : public Platform::TaskRunner {
 
     /// By the whole command line, joined with single spaces.
     std::map<std::string, Result> results;
+    /// Answers what `results` does not; nothing leaves the child to succeed silently.
+    std::function<std::optional<Result>(const std::string& path, const std::vector<std::string>& arguments)>
+        answer;
     std::set<std::string> notExecutable;
     /// The argument vectors as they were given, in order.
     std::vector<std::optional<std::vector<std::string>>> argumentVectors;
@@ -121,6 +134,7 @@ class FakeProcessTable final : public Platform::ProcessTable {
     int path(std::int32_t pid, std::span<char> path) override;
     int kill(std::int32_t pid, int signal) override;
 
+    /// Killed ones leave.
     std::vector<Process> processes;
     /// Listed but gone when it is asked about.
     std::vector<std::int32_t> vanished;
@@ -166,7 +180,13 @@ class FakeKernelExtensions final : public Platform::KernelExtensions {
 
     std::int32_t unload(const std::string& bundleIdentifier) override;
 
+    static constexpr auto kNotLoaded = static_cast<std::int32_t>(0xdc008006);
+    static constexpr auto kInUse = static_cast<std::int32_t>(0xdc008018);
+
+    /// Every answer, unless there is a list of loaded extensions.
     std::int32_t result = 0;
+    /// What is loaded, and whether it is in use; unloaded ones leave.
+    std::optional<std::map<std::string, bool>> loaded;
 
   private:
     CallList& calls_;

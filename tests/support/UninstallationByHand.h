@@ -1,0 +1,16 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "support/FakeLaunchd.h"
+
+namespace TestSupport {
+
+/// Carries out an uninstallation on the parts of a fake Mac, step by step as a person with the list of
+/// ProductPlaces would: no code of the product takes part. Afterwards `mac` is what an uninstallation must
+/// leave, mac.log has the lines that it must write, launchd.calls its calls of launchctl, and mac.clock its
+/// pauses. `users` are the ids that agents are stopped for, in the order in which that happens.
+void uninstallByHand(FakeMac& mac, FakeLaunchd& launchd, const std::vector<std::uint32_t>& users);
+
+}  // namespace TestSupport
