@@ -67,6 +67,7 @@ int printLog(const std::string& folder, bool follow);
 int printState(const std::string& folder, bool json);
 int printTranscript(const std::string& folder, bool json);
 int printFaults();
+int printGenerations();
 int deleteMac(const std::string& folder);
 
 /// "NAME:UID", with ":admin" or ":logged-out" or both behind it, comma-separated. Without a user marked as

@@ -1,4 +1,5 @@
-// The commands that only look at a Mac: log, state, transcript, list-faults; and the one that removes it.
+// The commands that only look at a Mac: log, state, transcript, list-faults, list-generations; and the one
+// that removes it.
 
 #include <array>
 #include <cerrno>
@@ -16,6 +17,7 @@
 
 #include "macsim/Commands.h"
 #include "macsim/MacRoot.h"
+#include "macsim/ProductLayout.h"
 #include "macsim/Refusal.h"
 #include "macsim/Trees.h"
 
@@ -135,6 +137,13 @@ int printFaults() {
         const std::string name =
             std::string(kind.name) + (kind.value.empty() ? "" : "=" + std::string(kind.value));
         std::cout << std::left << std::setw(24) << name << kind.explanation << '\n';
+    }
+    return 0;
+}
+
+int printGenerations() {
+    for (const std::string_view generation : generations()) {
+        std::cout << generation << '\n';
     }
     return 0;
 }

@@ -169,6 +169,8 @@ void addInspection(CLI::App& app, Action& action) {
     app.add_subcommand("list-faults", "Lists everything that can go wrong")->callback([&action] {
         action = {[] { return printFaults(); }};
     });
+    app.add_subcommand("list-generations", "Lists the generations of the product that create knows")
+        ->callback([&action] { action = {[] { return printGenerations(); }}; });
     auto* remove = app.add_subcommand("delete", "Removes a simulated Mac");
     remove->add_option("DIR", *folder, "The Mac")->required();
     remove->callback([=, &action] { action = {[=] { return deleteMac(*folder); }, true}; });

@@ -1,5 +1,6 @@
 #include "support/UninstallationByHand.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 
@@ -111,6 +112,31 @@ void uninstallByHand(FakeMac& mac, FakeLaunchd& launchd, const std::vector<std::
         for (const std::string& path : *list) {
             hand.removeWithRepairCopy(path);
         }
+    }
+}
+
+std::vector<std::uint32_t> usersOfAgents(const std::vector<std::string>& log) {
+    const std::string agent = "[SNTM Installer] Disable & bootout agent ";
+    const std::string first = agent + ProductPlaces::agents().front() + " for ";
+    std::vector<std::uint32_t> users;
+    for (const std::string& line : log) {
+        if (line.starts_with(first)) {
+            users.push_back(static_cast<std::uint32_t>(std::stoul(line.substr(first.size()))));
+        } else if (line.starts_with(agent)) {
+            break;
+        }
+    }
+    if (!users.empty()) {
+        users.erase(users.begin());
+    }
+    return users;
+}
+
+void sortHelperTools(std::vector<std::string>& log) {
+    const auto group = static_cast<std::ptrdiff_t>(2 * ProductPlaces::helperTools().size());
+    if (log.size() >= static_cast<std::size_t>(2 * group)) {
+        std::sort(log.end() - 2 * group, log.end() - group);
+        std::sort(log.end() - group, log.end());
     }
 }
 

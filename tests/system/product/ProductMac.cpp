@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <sstream>
 
 namespace SystemTests {
 
@@ -32,6 +33,23 @@ TestSupport::ProgramResult ProductMac::install(const std::string& payload,
     std::vector<std::string> command{macsim(), "install", path(), "--payload", payload};
     command.insert(command.end(), options.begin(), options.end());
     return TestSupport::runProgram(command);
+}
+
+std::vector<std::string> ProductMac::transcript() const {
+    const auto printed = TestSupport::runProgram({macsim(), "transcript", path(), "--json"});
+    EXPECT_EQ(printed.status, 0) << printed.err;
+    std::vector<std::string> calls;
+    std::istringstream lines(printed.out);
+    for (std::string line; std::getline(lines, line);) {
+        const nlohmann::json call = nlohmann::json::parse(line);
+        std::string text = call.at("realUser").dump() + "/" + call.at("effectiveUser").dump() + " " +
+                           call.at("program").get<std::string>();
+        for (const auto& argument : call.at("arguments")) {
+            text += " " + argument.get<std::string>();
+        }
+        calls.push_back(text);
+    }
+    return calls;
 }
 
 void ProductMac::putUninstaller(const std::string& folder) const {

@@ -39,6 +39,8 @@ class ProductMac : public TestSupport::SimulatedMac {
     [[nodiscard]] std::vector<std::string> helperLog() const {
         return messages("com.norvik.InstallerHelper");
     }
+    /// The calls of the Mac's tools in its last run, "REAL/EFFECTIVE PROGRAM ARGUMENT...", in order.
+    [[nodiscard]] std::vector<std::string> transcript() const;
 
     /// Copies the built uninstaller bundle to this folder of the Mac, readable for everybody.
     void putUninstaller(const std::string& folder) const;

@@ -52,9 +52,19 @@ std::string generationName(const testing::TestParamInfo<const char*>& info) {
     return name;
 }
 
-INSTANTIATE_TEST_SUITE_P(SilentUninstallation, GenerationAlone,
-                         testing::Values("current", "antivir", "antivirus", "snt-bundle", "snt-plain"),
+constexpr const char* kGenerations[] = {"norvik-apps", "antivir",    "antivirus", "snt-plain",
+                                        "snt-folder",  "snt-bundle", "current"};
+
+INSTANTIATE_TEST_SUITE_P(SilentUninstallation, GenerationAlone, testing::ValuesIn(kGenerations),
                          generationName);
+
+TEST(SilentUninstallation, IsTestedForEveryGenerationThatThereIs) {
+    std::string known;
+    for (const char* generation : kGenerations) {
+        known += std::string(generation) + "\n";
+    }
+    EXPECT_EQ(TestSupport::runProgram({TestSupport::SimulatedMac::macsim(), "list-generations"}).out, known);
+}
 
 TEST(SilentUninstallation, ExecutesEveryCommandInOrder) {
     ProductMac mac({"--installed", "current"});

@@ -72,25 +72,6 @@ std::set<std::uint32_t> localUsers(const RandomMac& random) {
     return users;
 }
 
-/// The users whom the first agent was stopped for, after user 0, in the order that the product took; which of
-/// them there are is checked, their order means nothing.
-std::vector<std::uint32_t> usersInTheirOrder(const Outcome& outcome, const RandomMac& random) {
-    const std::string line = "[SNTM Installer] Disable & bootout agent " + Places::agents().front() + " for ";
-    const std::set<std::uint32_t> expected = localUsers(random);
-    std::vector<std::uint32_t> users;
-    bool first = true;
-    for (const std::string& text : outcome.log) {
-        if (text.starts_with(line) && users.size() < expected.size()) {
-            if (!first) {
-                users.push_back(static_cast<std::uint32_t>(std::stoul(text.substr(line.size()))));
-            }
-            first = false;
-        }
-    }
-    RC_ASSERT(std::set(users.begin(), users.end()) == expected);
-    return users;
-}
-
 bool isAtOrBelow(const std::string& path, const std::string& place) {
     return path.starts_with(place) && (path.size() == place.size() || path[place.size()] == '/');
 }
@@ -110,18 +91,9 @@ Nodes survivors(const Nodes& before, const std::map<std::string, int>& refused) 
     return left;
 }
 
-/// The lines of one removal after another, without an order: the helper tools come in any.
-void sortHelperTools(Lines& log) {
-    const std::size_t group = 2 * Places::helperTools().size();
-    for (std::size_t end = log.size(); end + 2 * group > log.size() && end >= group; end -= group) {
-        std::sort(log.end() - static_cast<std::ptrdiff_t>(log.size() - end + group),
-                  log.end() - static_cast<std::ptrdiff_t>(log.size() - end));
-    }
-}
-
 void expectSame(Outcome actual, Outcome expected) {
-    sortHelperTools(actual.log);
-    sortHelperTools(expected.log);
+    TestSupport::sortHelperTools(actual.log);
+    TestSupport::sortHelperTools(expected.log);
     for (std::size_t i = 0; i < std::min(actual.log.size(), expected.log.size()); ++i) {
         RC_ASSERT(actual.log[i] == expected.log[i]);
     }
@@ -163,7 +135,9 @@ RC_GTEST_PROP(RandomMacs, LoseTheProductButWhatTheSystemRefusedAndNothingElse, (
         RC_ASSERT(again.processes == product.processes);
         RC_ASSERT(again.extensions == product.extensions);
     }
-    expectSame(product, byHand(random, usersInTheirOrder(product, random)));
+    const std::vector<std::uint32_t> users = TestSupport::usersOfAgents(product.log);
+    RC_ASSERT(std::set(users.begin(), users.end()) == localUsers(random));
+    expectSame(product, byHand(random, users));
 }
 
 }  // namespace
