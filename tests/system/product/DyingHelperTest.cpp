@@ -50,6 +50,13 @@ TEST_P(DyingHelper, LeavesARunThatTheNextFinishes) {
 
 INSTANTIATE_TEST_SUITE_P(AfterEachThirdCommand, DyingHelper, testing::Range(3, 73, 3));
 
+TEST(DyingHelper, AfterTheLastReportLeavesNothingToDo) {
+    SmallMac mac;
+    ASSERT_EQ(mac.run({"helper-exit-after=75"}, {kElsewhere, "--silent"}).status, 0);
+    EXPECT_EQ(mac.uninstallerLog().back(), "[SNTM Installer] Uninstallation finished.");
+    mac.expectClean();
+}
+
 // The folder whose presence says that the product is installed goes with the last command but one.
 TEST(DyingHelper, AfterTheLastCommandButOneLeavesTheToolsToWhoeverReadsTheDocuments) {
     SmallMac mac;
