@@ -45,6 +45,8 @@ const std::set<std::string> kRefilled{
     "/Library/PrivilegedHelperTools",
     "/tmp",
     "/Library/LaunchDaemons",
+    "/usr",
+    "/usr/local",
     "/usr/local/lib",
     "/Library/LaunchAgents",
     "/var/db",
