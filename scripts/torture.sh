@@ -13,12 +13,13 @@ if [[ ! "$minutes" =~ ^[1-9][0-9]*$ || ! "$seed" =~ ^[0-9]+$ || $# -gt 2 ]]; the
     exit 2
 fi
 
-./scripts/build.sh release
-cmake --build --preset release --target torture >build/torture.log 2>&1 || {
-    tail -n 40 build/torture.log >&2
+./scripts/setup.sh
+mkdir -p build
+if ! { cmake --preset release && cmake --build --preset release --target torture; } >build/torture.log 2>&1; then
+    grep -E -A12 'error|FAILED' build/torture.log | head -n 80 >&2 || true
     echo "torture.sh: the build failed; everything it said is in build/torture.log" >&2
     exit 1
-}
+fi
 bin="$PWD/build/release/torture"
 scratch="$(mktemp -d "${TMPDIR:-/tmp}/sentrel-torture.XXXXXX")"
 chmod 755 "$scratch"
@@ -49,7 +50,7 @@ moments 1000 50 3
 race-removal 10000 5 1
 race-ownership 10000 5 1
 race-copy 10000 5 1
-race-way 10000 5 1"
+race-way 60000 10 1"
 waiting_rows="refused 144 15 8
 blessings 40 15 4
 peers 1000 20 2
@@ -59,16 +60,17 @@ ten 10 12 1"
 
 # swap-race counts rounds only; in small portions it keeps to a time too.
 race() { # KIND ROUNDS SECONDS
-    local kind="$1" wanted="$2" end=$((SECONDS + $3)) done=0 swaps=0 losses=0 portion=250 rounds swapped lost
-    while [ "$done" -lt "$wanted" ] && [ "$SECONDS" -lt "$end" ]; do
-        if ! read -r rounds swapped lost < <("$bin/swap-race" "$kind" "$portion"); then
+    local kind="$1" wanted="$2" end=$((SECONDS + $3)) count=0 swaps=0 losses=0 portion=250 rounds swapped lost
+    while [ "$count" -lt "$wanted" ] && [ "$SECONDS" -lt "$end" ]; do
+        # KIND: N rounds, N swaps, N losses
+        if ! read -r _ rounds _ swapped _ lost _ < <("$bin/swap-race" "$kind" "$portion"); then
             losses=$((losses + 1))
             echo "LOST: swap-race $kind $portion ended without a result" >&2
             break
         fi
-        done=$((done + rounds)) swaps=$((swaps + swapped)) losses=$((losses + lost))
+        count=$((count + rounds)) swaps=$((swaps + swapped)) losses=$((losses + lost))
     done
-    printf 'links swapped during %s\t%d\t%d\t%d\tswaps %d\n' "$kind" "$done" "$wanted" "$losses" "$swaps"
+    printf 'links swapped, %s\t%d\t%d\t%d\tswaps %d\n' "$kind" "$count" "$wanted" "$losses" "$swaps"
 }
 
 # Does the rows on standard input in the time that is left, each with its share of it.

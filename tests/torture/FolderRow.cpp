@@ -71,7 +71,13 @@ Disturbance vanishing(std::mt19937_64& chance) {
     return {"vanishing", {}, line + " &", ""};
 }
 
-Disturbance disturbance(int round, std::mt19937_64& chance) {
+/// Needs a real root and a file system that knows the flag.
+bool immutableWorks() {
+    TortureMac mac(false);
+    return mac.run({"immutable=/Applications"}, {"true"}).status == 0;
+}
+
+Disturbance disturbance(int round, std::mt19937_64& chance, bool withImmutable) {
     const std::string& item = productItems()[chance() % productItems().size()];
     constexpr int kKinds = 6;
     switch (round % kKinds) {
@@ -82,6 +88,9 @@ Disturbance disturbance(int round, std::mt19937_64& chance) {
         case 2:
             return readOnly(item);
         case 3:
+            if (!withImmutable) {
+                return readOnly(item);
+            }
             return {"immutable", {"immutable=" + item}, "", item};
         case 4:
             return vanishing(chance);
@@ -147,9 +156,11 @@ void checkSecondRun(Row& row, int round, const TortureMac& mac, const Inventory&
 
 void disturbFolders(Row& row) {
     const Inventory undisturbed = undisturbedInventory();
+    const bool withImmutable = immutableWorks();
+    row.count(withImmutable ? "immutable" : "immutable items are not possible here", 0);
     row.run([&](int round) {
         std::mt19937_64 chance = row.chance(round);
-        const Disturbance disturbance = Torture::disturbance(round, chance);
+        const Disturbance disturbance = Torture::disturbance(round, chance, withImmutable);
         std::vector<std::string> faults{"helper-pause=0.05"};
         faults.insert(faults.end(), disturbance.faults.begin(), disturbance.faults.end());
         const std::string uninstaller = "timeout -s KILL " + std::to_string(kRunSeconds) + " " +
