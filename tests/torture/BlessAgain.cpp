@@ -24,10 +24,10 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr int kRounds = 6;
+constexpr int kRounds = 4;
 constexpr auto kFirstBlessing = 1900ms;
 constexpr auto kLastBlessing = 2100ms;
-constexpr auto kStep = 7ms;
+constexpr auto kStep = 10ms;
 constexpr auto kPatience = 30s;
 
 class Delegate final : public Platform::XPCObject {
