@@ -16,6 +16,7 @@ constexpr std::array kKinds{
     FaultKind{"disk-full", "", "the disk is full where the runtime package installs its files"},
     FaultKind{"helper-exit-after", "N", "the installer helper dies right after its Nth progress report"},
     FaultKind{"helper-mute", "", "the installer helper works, but its progress reports never arrive"},
+    FaultKind{"helper-pause", "SECONDS", "the installer helper's pauses take that long, not 5 seconds each"},
     FaultKind{"immutable", "PATH", "the item at PATH cannot be changed or removed"},
     FaultKind{"kext-busy", "", "no kernel extension can be unloaded because it is in use"},
     FaultKind{"launchctl-fail", "VERB", "launchctl VERB fails with exit status 5"},

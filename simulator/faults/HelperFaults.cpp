@@ -1,7 +1,9 @@
-// Preloaded into the installer helper when a fault of its reports was asked for: counts or drops the helper's
-// progress reports, each of which is one send() whose bytes name the report's message. The helper knows
-// nothing of it.
+// Preloaded into the installer helper when a fault of its reports or its pauses was asked for: counts or
+// drops the helper's progress reports, each of which is one send() whose bytes name the report's message, and
+// changes the length of its pauses, each of which is one nanosleep(). The helper knows nothing of it.
 
+#include <cerrno>
+#include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <string_view>
@@ -9,11 +11,21 @@
 #include <dlfcn.h>
 #include <signal.h>
 #include <sys/socket.h>
+#include <time.h>
 #include <unistd.h>
 
 namespace {
 
 constexpr std::string_view kReport = "commandExecutingDidExecuteCommand:withWeight:";
+
+constexpr double kNanoseconds = 1e9;
+
+using Sleep = int (*)(const timespec*, timespec*);
+
+Sleep realSleep() {
+    static const Sleep sleep = reinterpret_cast<Sleep>(::dlsym(RTLD_NEXT, "nanosleep"));
+    return sleep;
+}
 
 using Send = ssize_t (*)(int, const void*, size_t, int);
 
@@ -38,4 +50,17 @@ extern "C" ssize_t send(int socket, const void* bytes, size_t length, int flags)
         ::kill(::getpid(), SIGKILL);
     }
     return sent;
+}
+
+extern "C" int nanosleep(const timespec* wanted, timespec* remaining) {
+    const char* pause = std::getenv("MACSIM_HELPER_PAUSE");
+    if (pause == nullptr) {
+        return realSleep()(wanted, remaining);
+    }
+    const double seconds = std::strtod(pause, nullptr);
+    const double whole = std::floor(seconds);
+    timespec rest{static_cast<time_t>(whole), static_cast<long>((seconds - whole) * kNanoseconds)};
+    while (realSleep()(&rest, &rest) != 0 && errno == EINTR) {
+    }
+    return 0;
 }

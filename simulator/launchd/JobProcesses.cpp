@@ -112,14 +112,18 @@ std::map<std::string, std::string> JobRegistry::environment(const Job& job) cons
         result[std::string(Platform::Linux::kServiceNamesVariable)] = joined(job.serviceNames);
     }
     const auto exitAfter = faultValue(session_.faults, "helper-exit-after");
+    const auto pause = faultValue(session_.faults, "helper-pause");
     const bool mute = session_.faults.contains("helper-mute");
-    if (job.definition.label == kInstallerHelperLabel && (exitAfter || mute)) {
+    if (job.definition.label == kInstallerHelperLabel && (exitAfter || pause || mute)) {
         result["LD_PRELOAD"] = std::string(kHelperFaultsLibrary);
         // A sanitized helper minds that its run-time is not the first library.
         result["ASAN_OPTIONS"] +=
             (result["ASAN_OPTIONS"].empty() ? "" : ":") + std::string("verify_asan_link_order=0");
         if (exitAfter) {
             result["MACSIM_HELPER_EXIT_AFTER"] = *exitAfter;
+        }
+        if (pause) {
+            result["MACSIM_HELPER_PAUSE"] = *pause;
         }
         if (mute) {
             result["MACSIM_HELPER_MUTE"] = "1";

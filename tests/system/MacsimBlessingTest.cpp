@@ -185,4 +185,11 @@ TEST_F(MacsimBlessing, AMuteHelperSaysEverythingButItsReports) {
               "granted\nblessed\ndone as 0\n\n");
 }
 
+TEST_F(MacsimBlessing, TheHelpersPausesTakeTheTimeAsked) {
+    EXPECT_EQ(client({"authorize", "2", ",", "bless", kLabel, ",", "call", kLabel},
+                     {"helper-mute", "helper-pause=0.3"})
+                  .out,
+              "granted\nblessed\npaused\ndone as 0\n\n");
+}
+
 }  // namespace

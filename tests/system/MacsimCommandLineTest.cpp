@@ -114,8 +114,8 @@ TEST(MacsimCommandLine, ListsEveryFaultWithAnExplanation) {
     EXPECT_EQ(result.status, 0);
     for (const char* name :
          {"authorization", "bless-installer", "bless-support", "disk-full", "helper-exit-after=N",
-          "helper-mute", "immutable=PATH", "kext-busy", "launchctl-fail=VERB", "launchctl-hang=SECONDS",
-          "no-installer-service", "package", "unreadable-passwd"}) {
+          "helper-mute", "helper-pause=SECONDS", "immutable=PATH", "kext-busy", "launchctl-fail=VERB",
+          "launchctl-hang=SECONDS", "no-installer-service", "package", "unreadable-passwd"}) {
         EXPECT_NE(result.out.find(std::string(name) + " "), std::string::npos) << name;
     }
 }
