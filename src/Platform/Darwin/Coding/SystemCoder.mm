@@ -74,7 +74,7 @@ void SystemCoder::encodeObject(std::string_view key, const Base::CodedObject& va
 
 void SystemCoder::refuse(std::string_view key, std::string_view what) {
     if (fault_.empty()) {
-        fault_ = "key \"" + Base::printable(key) + "\" " + std::string(what);
+        fault_ = "key \"" + Base::excerpt(key) + "\" " + std::string(what);
     }
 }
 
@@ -180,7 +180,7 @@ std::unique_ptr<Base::CodedObject> SystemCoder::decodeObject(std::string_view ke
     }
     const Base::CodedObject* const carried = carriedObject(value);
     if (carried == nullptr || !carried->codedClass().isKindOf(expected)) {
-        refuse(key, "is not an object of the class " + Base::printable(expected.runtimeName));
+        refuse(key, "is not an object of the class " + Base::excerpt(expected.runtimeName));
         return nullptr;
     }
     std::string refusal;
