@@ -12,16 +12,11 @@ namespace Platform::Darwin {
 
 namespace {
 
-/// A fault as one line of printable characters. It may quote the archive; it may also be the line of a nested
-/// object's carrier, which comes out as it is.
-std::string oneLine(NSString* fault) {
+/// A fault in a length that a log takes. It may quote the archive; it may also be the words of a nested
+/// object's carrier.
+std::string briefly(NSString* fault) {
     constexpr std::size_t kLongest = 400;
-    std::string line = text(fault).substr(0, kLongest);
-    for (char& each : line) {
-        const bool isPrintable = each >= ' ' && each <= '~';
-        each = isPrintable ? each : '?';
-    }
-    return line;
+    return Base::excerpt(text(fault), kLongest);
 }
 
 }  // namespace
@@ -85,7 +80,7 @@ id SystemCoder::decode(std::string_view key, NSSet* classes) {
     NSString* fault = nil;
     const id value = PlatformDarwinDecodeObject(coder_, classes, foundationString(key), &fault);
     if (fault != nil) {
-        refuse(key, "cannot be decoded: " + oneLine(fault));
+        refuse(key, "cannot be decoded: " + briefly(fault));
         return nil;
     }
     if (value == nil) {
@@ -128,7 +123,7 @@ bool SystemCoder::decodeBool(std::string_view key) {
     NSString* fault = nil;
     const bool value = PlatformDarwinDecodeBool(coder_, foundationString(key), &fault) != NO;
     if (fault != nil) {
-        refuse(key, "is not a boolean: " + oneLine(fault));
+        refuse(key, "is not a boolean: " + briefly(fault));
         return false;
     }
     return value;
