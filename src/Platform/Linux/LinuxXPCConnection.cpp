@@ -140,8 +140,8 @@ bool LinuxXPCConnection::isReading() {
     return !isListeners_ || (underWay_ < kMostUnderWay && channel_.waitingBytes() < kMostUnreadBeforePause);
 }
 
-void LinuxXPCConnection::waitForSomethingToDo() {
-    const int events = (isReading() ? POLLIN : 0) | (channel_.hasWaiting() ? POLLOUT : 0);
+bool LinuxXPCConnection::waitForSomethingToDo(bool reads) {
+    const int events = (reads ? POLLIN : 0) | (channel_.hasWaiting() ? POLLOUT : 0);
     // Without events the socket is left out: the end of the stream, which is always told, has to wait too.
     std::array<pollfd, 2> polled{pollfd{events != 0 ? channel_.socket() : -1, static_cast<short>(events), 0},
                                  pollfd{channel_.wakeup(), POLLIN, 0}};
@@ -149,6 +149,7 @@ void LinuxXPCConnection::waitForSomethingToDo() {
     if (polled[1].revents != 0) {
         channel_.clearWakeup();
     }
+    return reads && polled[0].revents != 0;
 }
 
 LinuxXPCConnection::Ending LinuxXPCConnection::serve() {
@@ -156,10 +157,11 @@ LinuxXPCConnection::Ending LinuxXPCConnection::serve() {
     std::array<std::uint8_t, kReadSize> bytes;
     for (;;) {
         Ending ending = Ending::invalidated;
-        if (!deliverFrames(buffer, ending)) {
+        bool hasMore = false;
+        if (!deliverFrames(buffer, hasMore, ending)) {
             return ending;
         }
-        waitForSomethingToDo();
+        const bool isReadable = waitForSomethingToDo(!hasMore && isReading());
         if (isInvalid()) {
             return Ending::invalidated;
         }
@@ -168,7 +170,7 @@ LinuxXPCConnection::Ending LinuxXPCConnection::serve() {
             static_cast<void>(refuse("it does not read what it is sent"));
             return Ending::invalidated;
         }
-        if (!isReading()) {
+        if (!isReadable) {
             continue;
         }
         const ssize_t count = ::recv(channel_.socket(), bytes.data(), bytes.size(), MSG_DONTWAIT);
@@ -183,17 +185,18 @@ LinuxXPCConnection::Ending LinuxXPCConnection::serve() {
     }
 }
 
-bool LinuxXPCConnection::deliverFrames(FrameBuffer& buffer, Ending& ending) {
+bool LinuxXPCConnection::deliverFrames(FrameBuffer& buffer, bool& hasMore, Ending& ending) {
     while (isReading()) {
         const auto content = buffer.next();
         if (!content) {
-            break;
+            return !buffer.isBroken() || refuse("a frame of a length that is not allowed");
         }
         if (!deliver(*content, ending)) {
             return false;
         }
     }
-    return !buffer.isBroken() || refuse("a frame of a length that is not allowed");
+    hasMore = true;
+    return true;
 }
 
 bool LinuxXPCConnection::deliver(std::span<const std::uint8_t> content, Ending& ending) {

@@ -77,8 +77,10 @@ class LinuxXPCConnection final : public XPCConnection,
     [[nodiscard]] bool connectToService();
     [[nodiscard]] Ending serve();
     [[nodiscard]] bool isReading();
-    void waitForSomethingToDo();
-    [[nodiscard]] bool deliverFrames(FrameBuffer& buffer, Ending& ending);
+    /// Whether there is something to read.
+    [[nodiscard]] bool waitForSomethingToDo(bool reads);
+    /// `hasMore`: it stopped because nothing more may be read for now.
+    [[nodiscard]] bool deliverFrames(FrameBuffer& buffer, bool& hasMore, Ending& ending);
     /// This connection, for what came with one message; the message is under way as long as a copy lives.
     [[nodiscard]] std::shared_ptr<LinuxXPCConnection> forOneMessage();
     [[nodiscard]] bool deliver(std::span<const std::uint8_t> content, Ending& ending);
