@@ -27,7 +27,7 @@ inline std::vector<std::uint8_t> archiveOf(const Base::CodedObjectList& objects)
     return Base::archivedArray(pointers);
 }
 
-/// Reads `input` under `allowed` and checks what the unarchiver promises: a refusal of one printable line, or
+/// Reads `input` under `allowed` and checks what the unarchiver promises: a refusal that is not endless, or
 /// objects that survive being archived and read again. Works for any set of classes.
 inline void checkUnarchiver(std::span<const std::uint8_t> input, const Base::AllowedClasses& allowed) {
     // Small limits let the fuzzer reach them.
@@ -38,9 +38,6 @@ inline void checkUnarchiver(std::span<const std::uint8_t> input, const Base::All
     const auto objects = Base::unarchivedArray(input, allowed, refusal, limits);
     if (!objects) {
         require(!refusal.empty() && refusal.size() < 8000);
-        for (const char c : refusal) {
-            require(c >= 0x20 && c < 0x7F);
-        }
         return;
     }
     require(refusal.empty());

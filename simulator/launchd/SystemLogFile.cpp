@@ -76,6 +76,20 @@ std::string timeOfDay() {
     return text.data();
 }
 
+/// Control characters as ^X, but for line feeds and tabs: programs may log several lines.
+std::string harmless(std::string_view text) {
+    std::string result;
+    for (const char each : text) {
+        const auto byte = static_cast<unsigned char>(each);
+        if ((byte < 0x20 && each != '\n' && each != '\t') || byte == 0x7F) {
+            result += {'^', static_cast<char>(byte ^ 0x40U)};
+        } else {
+            result += each;
+        }
+    }
+    return result;
+}
+
 }  // namespace
 
 SystemLogFile::SystemLogFile(EventLoop& loop) : loop_(loop) {}
@@ -133,8 +147,8 @@ bool SystemLogFile::receiveOne() {
 }
 
 void SystemLogFile::append(std::string_view program, int pid, std::string_view text) {
-    const std::string line = timeOfDay() + " Mac " + std::string(program) + "[" + std::to_string(pid) +
-                             "]: " + std::string(text) + "\n";
+    const std::string line =
+        timeOfDay() + " Mac " + harmless(program) + "[" + std::to_string(pid) + "]: " + harmless(text) + "\n";
     static_cast<void>(writeAll(file_.get(), line));
 }
 

@@ -229,12 +229,12 @@ bool ArchiveObjects::readClass(std::size_t index, Class& described, std::string&
     }
     const auto allowed = allowedClass(name);
     if (!allowed) {
-        refusal = entryName(index) + " names the class " + printable(name) + ", which is not allowed";
+        refusal = entryName(index) + " names the class " + excerpt(name) + ", which is not allowed";
         return false;
     }
     const auto list = value(dictionary, shape, "$classes");
     if (list && !classesAgree(*list, name)) {
-        refusal = entryName(index) + " does not describe the class " + printable(name) + " as it should";
+        refusal = entryName(index) + " does not describe the class " + excerpt(name) + " as it should";
         return false;
     }
     described = *allowed;

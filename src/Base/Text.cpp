@@ -96,24 +96,15 @@ std::optional<std::string> utf8FromBigEndianUTF16(std::span<const std::uint8_t> 
     return text;
 }
 
-std::string printable(std::string_view text, std::size_t limit) {
-    constexpr char kDigits[] = "0123456789abcdef";
-    std::string line;
-    for (const char c : text.substr(0, limit)) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (byte < 0x20 || byte > 0x7E) {
-            line += {'\\', 'x', kDigits[byte >> 4], kDigits[byte & 15]};
-        } else {
-            if (c == '"' || c == '\\') {
-                line += '\\';
-            }
-            line += c;
-        }
+std::string excerpt(std::string_view text, std::size_t limit) {
+    if (text.size() <= limit) {
+        return std::string(text);
     }
-    if (text.size() > limit) {
-        line += "...";
+    std::size_t length = limit;
+    while (length > 0 && (static_cast<unsigned char>(text[length]) & 0xC0U) == 0x80U) {
+        --length;
     }
-    return line;
+    return std::string(text.substr(0, length)) + "...";
 }
 
 }  // namespace Base

@@ -20,8 +20,8 @@ namespace Base {
 /// surrogate.
 [[nodiscard]] std::optional<std::string> utf8FromBigEndianUTF16(std::span<const std::uint8_t> bytes);
 
-/// `text` for one line of a log: printable ASCII as it is, quotes and backslashes after a backslash, every
-/// other byte as \xNN, cut to `limit` bytes of input with "..." after it.
-[[nodiscard]] std::string printable(std::string_view text, std::size_t limit = 120);
+/// `text`, or as many whole UTF-8 characters of it as fit into `limit` bytes and "..." after them. For
+/// foreign names in messages; who shows the message escapes it (see Displayable.h).
+[[nodiscard]] std::string excerpt(std::string_view text, std::size_t limit = 120);
 
 }  // namespace Base

@@ -34,8 +34,8 @@ void Unarchiver::refuse(std::string_view what) {
     for (const Frame* each = frame_; each != nullptr; each = each->outer, ++inner) {
         const bool isOutermost = each->outer == nullptr;
         if (inner < kShownFrames || isOutermost) {
-            place.insert(0, " (" + printable(each->coded->runtimeName) + "): ");
-            place.insert(0, isOutermost ? placeOf(position_) : "key \"" + printable(each->outerKey) + '"');
+            place.insert(0, " (" + excerpt(each->coded->runtimeName) + "): ");
+            place.insert(0, isOutermost ? placeOf(position_) : "key \"" + excerpt(each->outerKey) + '"');
         } else if (inner == kShownFrames) {
             place.insert(0, "...: ");
         }
@@ -47,11 +47,11 @@ void Unarchiver::refuse(std::string_view what) {
 }
 
 void Unarchiver::refuseKey(std::string_view key, std::string_view what) {
-    refuse("key \"" + printable(key) + "\" " + std::string(what));
+    refuse("key \"" + excerpt(key) + "\" " + std::string(what));
 }
 
 void Unarchiver::refuseMember(std::string_view key, std::size_t index, std::string_view what) {
-    refuse("key \"" + printable(key) + "\": item " + std::to_string(index + 1) + ' ' + std::string(what));
+    refuse("key \"" + excerpt(key) + "\": item " + std::to_string(index + 1) + ' ' + std::string(what));
 }
 
 bool Unarchiver::spendObject() {
@@ -127,7 +127,7 @@ std::unique_ptr<CodedObject> Unarchiver::decodeObject(std::string_view key, cons
     const CodedClass* const coded =
         entry->kind == Kind::object ? allowed_.objects[entry->classIndex] : nullptr;
     if (coded == nullptr || !coded->isKindOf(expected)) {
-        refuseKey(key, "is not an object of the class " + printable(expected.runtimeName));
+        refuseKey(key, "is not an object of the class " + excerpt(expected.runtimeName));
         return nullptr;
     }
     return object(*entry, *coded, frame_, key);

@@ -5,6 +5,7 @@
 
 #include "Helpers/AuthorizedClients.h"
 #include "Helpers/CommandExecutor.h"
+#include "Helpers/RefusalLog.h"
 #include "Helpers/Retirement.h"
 #include "InstallCommon/IntallHelper.h"
 #include "NorvikCommon/InstallerLog.h"
@@ -13,10 +14,6 @@
 namespace {
 
 constexpr std::uint32_t kIdleSeconds = 2;
-
-void logRefusal(const std::string& why) {
-    NorvikCommon::logInstallerLine("Refused " + why);
-}
 
 }  // namespace
 
@@ -29,16 +26,19 @@ int main() {
         NorvikCommon::logInstallerLine("launchd handed over no service named " + label);
         return 1;
     }
+    const auto refusals = std::make_shared<Helpers::RefusalLog>();
+    const auto refused = [refusals](const std::string& why) { refusals->note(why); };
     auto executor = std::make_shared<Helpers::CommandExecutor>(*listener);
     const std::shared_ptr<Platform::XPCObject> exported =
-        InstallCommon::exportedCommandExecuting(executor, logRefusal);
+        InstallCommon::exportedCommandExecuting(executor, refused);
     listener->run(
         [&exported](const std::shared_ptr<Platform::XPCConnection>& connection,
                     const Platform::XPCPeer& /*peer*/) {
             connection->setExportedObject(InstallCommon::CreateCommandExecutingXPCInterface(), exported);
             return true;
         },
-        logRefusal, kIdleSeconds);
+        refused, kIdleSeconds);
+    refusals->summarize();
     Helpers::retireRemovedTools(label);
     return 0;
 }

@@ -7,6 +7,7 @@
 
 #include "Helpers/AuthorizedClients.h"
 #include "Helpers/PackageInstaller.h"
+#include "Helpers/RefusalLog.h"
 #include "Helpers/Retirement.h"
 #include "Helpers/RuntimePackage.h"
 #include "InstallCommon/SupportPrivilegedHelperClient.h"
@@ -25,8 +26,13 @@ class SupportPrivilegedHelper final : public Platform::XPCObject {
   public:
     [[nodiscard]] std::string_view protocolName() const override { return "NVKSupportPrivilegedHelper"; }
 
-    void message(std::string_view /*selector*/, std::vector<Platform::XPCValue> arguments,
+    void message(std::string_view selector, std::vector<Platform::XPCValue> arguments,
                  Platform::XPCReply reply) override {
+        if (selector != SupportPrivilegedHelperClient::installSelector) {
+            reply(
+                Platform::Error{"The support helper does not understand " + std::string(selector) + ".", 1});
+            return;
+        }
         reply(Helpers::installPackage(std::get<Base::URL>(arguments.at(0)), Helpers::kRuntimePackage));
         hasServed_ = true;
     }
@@ -36,10 +42,6 @@ class SupportPrivilegedHelper final : public Platform::XPCObject {
   private:
     std::atomic<bool> hasServed_ = false;
 };
-
-void logRefusal(const std::string& why) {
-    NorvikCommon::logInstallerLine("Refused " + why);
-}
 
 }  // namespace
 
@@ -52,6 +54,7 @@ int main() {
         NorvikCommon::logInstallerLine("launchd handed over no service named " + label);
         return 1;
     }
+    const auto refusals = std::make_shared<Helpers::RefusalLog>();
     const auto helper = std::make_shared<SupportPrivilegedHelper>();
     listener->run(
         [&helper](const std::shared_ptr<Platform::XPCConnection>& connection,
@@ -59,7 +62,8 @@ int main() {
             connection->setExportedObject(SupportPrivilegedHelperClient::xpcInterface(), helper);
             return true;
         },
-        logRefusal, kIdleSeconds);
+        [refusals](const std::string& why) { refusals->note(why); }, kIdleSeconds);
+    refusals->summarize();
     if (helper->hasServed()) {
         Helpers::retireSelf(label);
     }

@@ -6,7 +6,7 @@ namespace Platform {
 
 /// What went wrong, in words and as a number.
 struct Error {
-    /// One line for people, in UTF-8; names the item concerned.
+    /// For people; names the item concerned as it is. Whoever shows it escapes it (Base/Displayable.h).
     std::string description;
     /// The system's error number (errno or the service's own code); 0 when there is none.
     int code = 0;

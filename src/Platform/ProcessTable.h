@@ -15,9 +15,9 @@ class ProcessTable {
   public:
     virtual ~ProcessTable() = default;
 
-    /// Fills `pids` with as many process ids as fit, in no order, and returns how many; 0 or less on failure.
-    /// With an empty span nothing is written and the result is at least the number that a call would list at
-    /// that moment. `user` is looked at for `effectiveUser` only.
+    /// Fills `pids` with as many process ids as fit, in no order, and returns at least how many; what lies
+    /// behind the ids stays as it was. With an empty span the result is at least the number that a call would
+    /// list at that moment. 0 or less on failure. `user` is looked at for `effectiveUser` only.
     virtual int listPids(PidListType type, std::uint32_t user, std::span<std::int32_t> pids) = 0;
 
     /// The effective user id. Returns more than 0 on success and sets `user`; otherwise leaves it.

@@ -12,6 +12,10 @@ const SystemPorts* currentPorts = nullptr;
 // Constant-initialised, so that guards may register themselves during static initialisation.
 OnceGuard* firstGuard = nullptr;
 
+void logLastWords(std::string_view line) {
+    currentPorts->log.log(line);
+}
+
 }  // namespace
 
 const SystemPorts& SystemPorts::current() {
@@ -23,6 +27,7 @@ const SystemPorts& SystemPorts::current() {
 
 void SystemPorts::setCurrent(const SystemPorts* ports) {
     currentPorts = ports;
+    Base::setLastWords(ports == nullptr ? nullptr : &logLastWords);
 }
 
 OnceGuard::OnceGuard() : next_(std::exchange(firstGuard, this)) {}

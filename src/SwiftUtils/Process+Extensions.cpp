@@ -18,15 +18,16 @@ std::optional<std::string> text(std::string bytes) {
     return bytes;
 }
 
-void logResult(const ProcessResult& result) {
+void logResult(const ProcessResult& result, const std::vector<std::string>& arguments) {
     if (result.errorDescription()) {
         const bool exited = result.terminationReason() == Platform::TerminationReason::exit;
-        NorvikCommon::logLine("[SNTM Installer]\nError description: " + *result.errorDescription() +
-                              ";\ntermination status: " + std::to_string(result.terminationStatus()) +
-                              ";\ntermination reason: " + (exited ? "exit" : "uncaughtSignal") + ".");
+        NorvikCommon::logLines("[SNTM Installer]\nError description: " + *result.errorDescription() +
+                                   ";\ntermination status: " + std::to_string(result.terminationStatus()) +
+                                   ";\ntermination reason: " + (exited ? "exit" : "uncaughtSignal") + ".",
+                               arguments);
     }
     if (result.output()) {
-        NorvikCommon::logInstallerLine("Output: " + *result.output());
+        NorvikCommon::logLines("[SNTM Installer] Output: " + *result.output(), arguments);
     }
 }
 
@@ -56,7 +57,7 @@ ProcessResult execute(const std::string& launchPath,
     std::optional<std::string> errorDescription = text(task->readErrorToEnd());
     ProcessResult result(std::move(output), std::move(errorDescription), task->terminationStatus(),
                          task->terminationReason());
-    logResult(result);
+    logResult(result, arguments.value_or(std::vector<std::string>()));
     return result;
 }
 

@@ -44,7 +44,8 @@ class ProcessResult {
 /// The pipes are read only after the child has ended, output first: a child that fills a pipe blocks for
 /// ever, so only tools with short output are run. Logs what the child wrote to standard error together with
 /// its end, then what it wrote to standard output; a child that wrote nothing logs nothing, whatever its
-/// status. A path that cannot be run ends this process (the platform's exception is not caught).
+/// status. Line breaks of the child's own stay; those in `arguments` that it repeats do not. A path that
+/// cannot be run ends this process (the platform's exception is not caught).
 ProcessResult execute(const std::string& launchPath,
                       const std::optional<std::vector<std::string>>& arguments);
 

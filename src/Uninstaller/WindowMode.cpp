@@ -5,6 +5,7 @@
 #include <cstring>
 #include <utility>
 
+#include "Base/Displayable.h"
 #include "Base/FatalError.h"
 #include "NorvikCommon/Product Paths Information/ComponentPathProvider.h"
 #include "Platform/SystemPorts.h"
@@ -37,7 +38,7 @@ Base::URL frameworksOf(const Base::URL& bundle) {
 
 void sayNoWindow(const std::string& why) {
     std::fprintf(stderr, "The window cannot be shown: %s\nTo uninstall without a window: sudo %s --silent\n",
-                 why.c_str(), "\"Uninstall Sentrel\"");
+                 Base::displayable(why).c_str(), "\"Uninstall Sentrel\"");
 }
 
 ApplicationFramework* loadFramework(std::string& error) {

@@ -10,8 +10,7 @@ namespace Inspect {
 /// What stands for an empty property.
 inline constexpr std::string_view kNone = "(none)";
 
-/// `text` for one line on a terminal: UTF-8 as it is, except for what would move the cursor, change direction
-/// or end the line, which becomes \xNN or \u{NNNN}; so do bytes that are no UTF-8. A backslash is doubled.
+/// `text` for one line on a terminal; see Base::displayable.
 [[nodiscard]] std::string shown(std::string_view text);
 
 /// The same, or "(none)".

@@ -38,7 +38,8 @@ int fail(int status, const std::string& line) {
 
 int refuse(const std::string& file, std::string_view standardStream, const std::string& why) {
     const std::string name = file.empty() ? "\"\"" : shown(std::string_view(file));
-    return fail(kRefused, (file == "-" ? std::string(standardStream) : name) + ": " + why);
+    return fail(kRefused,
+                (file == "-" ? std::string(standardStream) : name) + ": " + shown(std::string_view(why)));
 }
 
 int print(std::string_view text) {

@@ -29,8 +29,11 @@ class ExportedDelegate final : public Platform::XPCObject {
 
     [[nodiscard]] std::string_view protocolName() const override { return kCommandExecutingDelegate; }
 
-    void message(std::string_view /*selector*/, std::vector<Platform::XPCValue> arguments,
+    void message(std::string_view selector, std::vector<Platform::XPCValue> arguments,
                  Platform::XPCReply /*reply*/) override {
+        if (selector != kDidExecuteSelector) {
+            return;
+        }
         delegate_->commandExecutingDidExecuteCommand(std::get<std::string>(arguments.at(0)),
                                                      std::get<std::int32_t>(arguments.at(1)));
     }
@@ -63,8 +66,12 @@ class ExportedExecutor final : public Platform::XPCObject {
 
     [[nodiscard]] std::string_view protocolName() const override { return kCommandExecuting; }
 
-    void message(std::string_view /*selector*/, std::vector<Platform::XPCValue> arguments,
+    void message(std::string_view selector, std::vector<Platform::XPCValue> arguments,
                  Platform::XPCReply /*reply*/) override {
+        if (selector != kExecuteSelector) {
+            refused_("a message that nothing here understands: " + std::string(selector));
+            return;
+        }
         std::optional<CommandList> commands =
             commandList(std::move(std::get<Base::CodedObjectList>(arguments.at(0))));
         if (!commands) {

@@ -46,7 +46,7 @@ class CommandExecuting {
 [[nodiscard]] std::optional<CommandList> commandList(Base::CodedObjectList objects);
 
 /// `executor` as an object that a connection can export. A list that holds something else than commands is
-/// dropped whole, with a call of `refused`.
+/// dropped whole, and so is a message with any other selector, each with a call of `refused`.
 [[nodiscard]] std::shared_ptr<Platform::XPCObject> exportedCommandExecuting(
     std::shared_ptr<CommandExecuting> executor, std::function<void(const std::string& why)> refused);
 

@@ -56,10 +56,9 @@ std::string_view textIn(const Buffer& buffer, int length) {
 int DarwinProcessTable::listPids(PidListType type, std::uint32_t user, std::span<std::int32_t> pids) {
     const std::size_t most = INT_MAX / kPidSize;
     const int size = static_cast<int>(std::min(pids.size(), most)) * kPidSize;
-    // With no buffer the answer is what one for every process would need and some more. Either way it is a
-    // number of bytes.
-    const int bytes = ::proc_listpids(nativeType(type), user, pids.empty() ? nullptr : pids.data(), size);
-    return bytes > 0 ? bytes / kPidSize : bytes;
+    // The system counts in bytes, so either answer is four times as many as there are ids. It goes on as it
+    // is: who takes it for a number of ids makes a buffer with room for processes that start meanwhile.
+    return ::proc_listpids(nativeType(type), user, pids.empty() ? nullptr : pids.data(), size);
 }
 
 int DarwinProcessTable::effectiveUser(std::int32_t pid, std::uint32_t& user) {

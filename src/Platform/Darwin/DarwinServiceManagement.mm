@@ -2,6 +2,7 @@
 
 #include "Platform/Darwin/DarwinAuthorization.h"
 #include "Platform/Darwin/Declarations/ServiceManagement.h"
+#import "Platform/Darwin/ErrorText.h"
 #include "Platform/Darwin/FoundationBridge.h"
 
 namespace Platform::Darwin {
@@ -33,7 +34,7 @@ std::optional<Error> DarwinServiceManagement::blessJob(LaunchdDomain domain, con
     if (!error) {
         return Error{"The helper " + label + " could not be installed.", 0};
     }
-    return Error{text([error.get() description]), static_cast<int>([error.get() code])};
+    return Error{text(PlatformDarwinErrorText(error.get())), static_cast<int>([error.get() code])};
 }
 
 }  // namespace Platform::Darwin

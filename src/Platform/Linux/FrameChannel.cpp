@@ -5,14 +5,17 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <limits>
 #include <utility>
 
 namespace Platform::Linux {
 
-FrameChannel::FrameChannel() : FrameChannel(Posix::Descriptor()) {}
+FrameChannel::FrameChannel() : FrameChannel(Posix::Descriptor(), std::numeric_limits<std::size_t>::max()) {}
 
-FrameChannel::FrameChannel(Posix::Descriptor socket)
-    : socket_(std::move(socket)), wakeup_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
+FrameChannel::FrameChannel(Posix::Descriptor socket, std::size_t mostWaiting)
+    : mostWaiting_(mostWaiting),
+      socket_(std::move(socket)),
+      wakeup_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
 
 void FrameChannel::send(std::vector<std::uint8_t> frame) {
     {
@@ -20,8 +23,15 @@ void FrameChannel::send(std::vector<std::uint8_t> frame) {
         if (refusesMore_) {
             return;
         }
-        waiting_.push_back(std::move(frame));
-        flushLocked();
+        if (waitingBytes_ >= mostWaiting_) {
+            dropLocked();
+            refusesMore_ = true;
+            overflowed_ = true;
+        } else {
+            waitingBytes_ += frame.size();
+            waiting_.push_back(std::move(frame));
+            flushLocked();
+        }
     }
     wake();
 }
@@ -44,8 +54,7 @@ void FrameChannel::open(Posix::Descriptor socket) {
 void FrameChannel::close() {
     const std::lock_guard lock(mutex_);
     socket_ = Posix::Descriptor();
-    waiting_.clear();
-    sentOfFirst_ = 0;
+    dropLocked();
 }
 
 void FrameChannel::refuseMore() {
@@ -53,9 +62,14 @@ void FrameChannel::refuseMore() {
     refusesMore_ = true;
 }
 
-bool FrameChannel::hasWaiting() {
+std::size_t FrameChannel::waitingBytes() {
     const std::lock_guard lock(mutex_);
-    return !waiting_.empty();
+    return waitingBytes_;
+}
+
+bool FrameChannel::hasOverflowed() {
+    const std::lock_guard lock(mutex_);
+    return overflowed_;
 }
 
 void FrameChannel::flush() {
@@ -74,17 +88,23 @@ void FrameChannel::flushLocked() {
             }
             if (errno != EAGAIN) {
                 // The peer has gone; the connection's thread will see the end of the stream.
-                waiting_.clear();
-                sentOfFirst_ = 0;
+                dropLocked();
             }
             return;
         }
         sentOfFirst_ += static_cast<std::size_t>(count);
+        waitingBytes_ -= static_cast<std::size_t>(count);
         if (sentOfFirst_ == frame.size()) {
             waiting_.pop_front();
             sentOfFirst_ = 0;
         }
     }
+}
+
+void FrameChannel::dropLocked() {
+    waiting_.clear();
+    sentOfFirst_ = 0;
+    waitingBytes_ = 0;
 }
 
 }  // namespace Platform::Linux

@@ -14,13 +14,17 @@ namespace Platform::Linux {
 /// there is one. A frame leaves at once, in one call, when nothing waits before it and the socket has room;
 /// what is left is sent by the connection's thread, which `wakeup` wakes. Only that thread opens, closes and
 /// reads the socket.
+///
+/// No more than `mostWaiting` bytes wait: a frame that finds as many waiting overflows the channel, which
+/// drops it, everything that waits and all that comes after. So a peer that does not read costs no memory and
+/// never stops who sends.
 class FrameChannel {
   public:
-    /// Without a socket; frames wait.
+    /// Without a socket; frames wait, however many.
     FrameChannel();
-    explicit FrameChannel(Posix::Descriptor socket);
+    FrameChannel(Posix::Descriptor socket, std::size_t mostWaiting);
 
-    /// Any thread. After `refuseMore` nothing happens.
+    /// Any thread. After `refuseMore` or an overflow nothing happens.
     void send(std::vector<std::uint8_t> frame);
     /// Any thread: makes `wakeup` readable.
     void wake();
@@ -32,7 +36,10 @@ class FrameChannel {
     void close();
     /// Frames handed over from now on are dropped.
     void refuseMore();
-    [[nodiscard]] bool hasWaiting();
+    [[nodiscard]] bool hasWaiting() { return waitingBytes() > 0; }
+    /// What was handed over and not yet sent.
+    [[nodiscard]] std::size_t waitingBytes();
+    [[nodiscard]] bool hasOverflowed();
     /// Sends what the socket takes.
     void flush();
     [[nodiscard]] int socket() const { return socket_.get(); }
@@ -42,12 +49,16 @@ class FrameChannel {
 
   private:
     void flushLocked();
+    void dropLocked();
 
+    const std::size_t mostWaiting_;
     std::mutex mutex_;
     Posix::Descriptor socket_;
     std::deque<std::vector<std::uint8_t>> waiting_;
     std::size_t sentOfFirst_ = 0;
+    std::size_t waitingBytes_ = 0;
     bool refusesMore_ = false;
+    bool overflowed_ = false;
     Posix::Descriptor wakeup_;
 };
 

@@ -52,7 +52,7 @@ LinuxXPCConnection::LinuxXPCConnection(Posix::Descriptor socket, std::shared_ptr
     : isListeners_(true),
       refused_(std::move(refused)),
       transaction_(std::move(transaction)),
-      channel_(std::move(socket)) {}
+      channel_(std::move(socket), kMostUnread) {}
 
 void LinuxXPCConnection::setRemoteObjectInterface(XPCInterface interface) {
     remoteInterface_ = std::make_shared<const XPCInterface>(std::move(interface));
@@ -136,22 +136,41 @@ bool LinuxXPCConnection::connectToService() {
     return isConnected;
 }
 
+bool LinuxXPCConnection::isReading() {
+    return !isListeners_ || (underWay_ < kMostUnderWay && channel_.waitingBytes() < kMostUnreadBeforePause);
+}
+
+bool LinuxXPCConnection::waitForSomethingToDo(bool reads) {
+    const int events = (reads ? POLLIN : 0) | (channel_.hasWaiting() ? POLLOUT : 0);
+    // Without events the socket is left out: the end of the stream, which is always told, has to wait too.
+    std::array<pollfd, 2> polled{pollfd{events != 0 ? channel_.socket() : -1, static_cast<short>(events), 0},
+                                 pollfd{channel_.wakeup(), POLLIN, 0}};
+    ::poll(polled.data(), polled.size(), -1);
+    if (polled[1].revents != 0) {
+        channel_.clearWakeup();
+    }
+    return reads && polled[0].revents != 0;
+}
+
 LinuxXPCConnection::Ending LinuxXPCConnection::serve() {
     FrameBuffer buffer;
     std::array<std::uint8_t, kReadSize> bytes;
     for (;;) {
-        const auto events = static_cast<short>(channel_.hasWaiting() ? POLLIN | POLLOUT : POLLIN);
-        std::array<pollfd, 2> polled{pollfd{channel_.socket(), events, 0},
-                                     pollfd{channel_.wakeup(), POLLIN, 0}};
-        ::poll(polled.data(), polled.size(), -1);
-        if (polled[1].revents != 0) {
-            channel_.clearWakeup();
+        Ending ending = Ending::invalidated;
+        bool hasMore = false;
+        if (!deliverFrames(buffer, hasMore, ending)) {
+            return ending;
         }
+        const bool isReadable = waitForSomethingToDo(!hasMore && isReading());
         if (isInvalid()) {
             return Ending::invalidated;
         }
         channel_.flush();
-        if (polled[0].revents == 0) {
+        if (channel_.hasOverflowed()) {
+            static_cast<void>(refuse("it does not read what it is sent"));
+            return Ending::invalidated;
+        }
+        if (!isReadable) {
             continue;
         }
         const ssize_t count = ::recv(channel_.socket(), bytes.data(), bytes.size(), MSG_DONTWAIT);
@@ -163,20 +182,21 @@ LinuxXPCConnection::Ending LinuxXPCConnection::serve() {
             return accepted_ && !isListeners_ ? Ending::interrupted : Ending::invalidated;
         }
         buffer.append({bytes.data(), static_cast<std::size_t>(count)});
-        Ending ending = Ending::invalidated;
-        if (!deliverFrames(buffer, ending)) {
-            return ending;
-        }
     }
 }
 
-bool LinuxXPCConnection::deliverFrames(FrameBuffer& buffer, Ending& ending) {
-    while (const auto content = buffer.next()) {
+bool LinuxXPCConnection::deliverFrames(FrameBuffer& buffer, bool& hasMore, Ending& ending) {
+    while (isReading()) {
+        const auto content = buffer.next();
+        if (!content) {
+            return !buffer.isBroken() || refuse("a frame of a length that is not allowed");
+        }
         if (!deliver(*content, ending)) {
             return false;
         }
     }
-    return !buffer.isBroken() || refuse("a frame of a length that is not allowed");
+    hasMore = true;
+    return true;
 }
 
 bool LinuxXPCConnection::deliver(std::span<const std::uint8_t> content, Ending& ending) {
@@ -213,8 +233,9 @@ bool LinuxXPCConnection::deliverMessage(FrameReader& reader) {
     if (method == nullptr || method->replies != (*reply != 0)) {
         return refuse("a message that nothing here understands");
     }
-    const MakeProxy makeProxy = [this](std::uint32_t object, std::shared_ptr<const XPCInterface> interface) {
-        return std::make_shared<RemoteObject>(shared_from_this(), object, std::move(interface));
+    const std::shared_ptr<LinuxXPCConnection> self = forOneMessage();
+    const MakeProxy makeProxy = [&self](std::uint32_t object, std::shared_ptr<const XPCInterface> interface) {
+        return std::make_shared<RemoteObject>(self, object, std::move(interface));
     };
     std::string refusal;
     std::optional<std::vector<XPCValue>> arguments = readArguments(reader, *method, makeProxy, refusal);
@@ -223,12 +244,21 @@ bool LinuxXPCConnection::deliverMessage(FrameReader& reader) {
     }
     XPCReply completion;
     if (method->replies) {
-        completion = [self = shared_from_this(), number = *reply](const std::optional<Error>& error) {
+        completion = [self, number = *reply](const std::optional<Error>& error) {
             self->answer(number, error);
         };
     }
     target.object->message(method->selector, std::move(*arguments), std::move(completion));
     return true;
+}
+
+std::shared_ptr<LinuxXPCConnection> LinuxXPCConnection::forOneMessage() {
+    ++underWay_;
+    return {this, [self = shared_from_this()](LinuxXPCConnection* /*connection*/) {
+                if (self->underWay_-- == kMostUnderWay) {
+                    self->channel_.wake();
+                }
+            }};
 }
 
 bool LinuxXPCConnection::deliverReply(FrameReader& reader) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -22,9 +24,19 @@ namespace Platform::Linux {
 /// message is waiting, reads and delivers frames, calls the handlers, and sends what could not be sent at
 /// once. A client's connection survives its helper: after an interruption the next message connects anew. A
 /// listener's does not.
+///
+/// A peer cannot fill a helper's memory. A message is under way while somebody holds its completion or a
+/// proxy that came with it, as an executor holds its delegate. With `kMostUnderWay` messages under way, or
+/// with `kMostUnreadBeforePause` bytes that the peer has not taken, a listener's connection reads no further.
+/// With `kMostUnread` bytes it is refused: what is under way goes on, and its calls of the peer come to
+/// nothing. A client's connection always reads; so the two never wait for each other.
 class LinuxXPCConnection final : public XPCConnection,
                                  public std::enable_shared_from_this<LinuxXPCConnection> {
   public:
+    static constexpr std::size_t kMostUnderWay = 4;
+    static constexpr std::size_t kMostUnreadBeforePause = std::size_t{64} << 10;
+    static constexpr std::size_t kMostUnread = std::size_t{8} << 20;
+
     /// A client's connection to the service whose socket has this path.
     LinuxXPCConnection(std::string serviceName, std::string socketPath);
     /// A listener's connection over an accepted socket. `transaction` is held as long as the connection is in
@@ -64,7 +76,13 @@ class LinuxXPCConnection final : public XPCConnection,
     [[nodiscard]] bool waitForSomethingToSend();
     [[nodiscard]] bool connectToService();
     [[nodiscard]] Ending serve();
-    [[nodiscard]] bool deliverFrames(FrameBuffer& buffer, Ending& ending);
+    [[nodiscard]] bool isReading();
+    /// Whether there is something to read.
+    [[nodiscard]] bool waitForSomethingToDo(bool reads);
+    /// `hasMore`: it stopped because nothing more may be read for now.
+    [[nodiscard]] bool deliverFrames(FrameBuffer& buffer, bool& hasMore, Ending& ending);
+    /// This connection, for what came with one message; the message is under way as long as a copy lives.
+    [[nodiscard]] std::shared_ptr<LinuxXPCConnection> forOneMessage();
     [[nodiscard]] bool deliver(std::span<const std::uint8_t> content, Ending& ending);
     [[nodiscard]] bool deliverMessage(FrameReader& reader);
     [[nodiscard]] bool deliverReply(FrameReader& reader);
@@ -91,6 +109,7 @@ class LinuxXPCConnection final : public XPCConnection,
     std::shared_ptr<void> transaction_;
 
     FrameChannel channel_;
+    std::atomic<std::size_t> underWay_ = 0;
 
     // Shared by all threads, under the mutex.
     std::mutex mutex_;

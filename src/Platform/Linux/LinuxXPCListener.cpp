@@ -18,6 +18,7 @@ namespace Platform::Linux {
 /// How much is under way: connections in use and transactions.
 struct LinuxXPCListener::Activity {
     std::atomic<int> count{0};
+    std::atomic<int> connections{0};
     Posix::Descriptor ended{::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)};
 
     void finishOne() {
@@ -40,6 +41,12 @@ LinuxXPCListener::LinuxXPCListener(Posix::Descriptor socket, std::vector<std::st
 std::shared_ptr<void> LinuxXPCListener::transaction() {
     ++activity_->count;
     return {activity_.get(), [activity = activity_](void*) { activity->finishOne(); }};
+}
+
+std::shared_ptr<void> LinuxXPCListener::connectionInUse() {
+    ++activity_->connections;
+    return {activity_.get(),
+            [activity = activity_, work = transaction()](void*) { --activity->connections; }};
 }
 
 void LinuxXPCListener::run(const Accept& accept, const Refused& refused, std::uint32_t idleSeconds) {
@@ -81,8 +88,12 @@ void LinuxXPCListener::acceptOne(const Accept& accept, const Refused& refused) {
         refused(name + ": " + *why);
         return;
     }
+    if (activity_->connections >= kMostConnections) {
+        refused(name + ": too many are connected already");
+        return;
+    }
     auto connection = std::make_shared<LinuxXPCConnection>(
-        std::move(socket), transaction(),
+        std::move(socket), connectionInUse(),
         [refused, name](const std::string& why) { refused(name + ": " + why); });
     if (!accept(connection, peer)) {
         refused(name + ": the service does not take it");

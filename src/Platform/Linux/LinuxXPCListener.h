@@ -19,6 +19,9 @@ class LinuxXPCListener final : public XPCListener {
     /// Tells the code-signing identifier of a running process, or nothing when it has no trustworthy one.
     using Identify = std::function<std::optional<std::string>(std::int32_t pid)>;
 
+    /// Connections that may be in use at once; one more is refused.
+    static constexpr int kMostConnections = 64;
+
     LinuxXPCListener(Posix::Descriptor socket, std::vector<std::string> clientRequirements,
                      Identify identify);
 
@@ -28,6 +31,7 @@ class LinuxXPCListener final : public XPCListener {
   private:
     struct Activity;
 
+    [[nodiscard]] std::shared_ptr<void> connectionInUse();
     void acceptOne(const Accept& accept, const Refused& refused);
     [[nodiscard]] std::optional<std::string> refusalOf(const XPCPeer& peer) const;
 

@@ -29,12 +29,15 @@ TEST(ListenerDoor, KeepsWhoComesBetweenOpeningAndServing) {
     std::thread visitor([&] { EXPECT_TRUE(door.knock(&connection)); });
     std::this_thread::sleep_for(kIdle);
     void* served = nullptr;
-    door.serve(
-        [&](void* each) {
-            served = each;
-            return true;
-        },
-        kIdle);
+    // Again while the visitor's thread has not had its turn; the door stays open.
+    while (served == nullptr) {
+        door.serve(
+            [&](void* each) {
+                served = each;
+                return true;
+            },
+            kIdle);
+    }
     visitor.join();
     EXPECT_EQ(served, &connection);
 }

@@ -14,6 +14,16 @@ namespace {
 
 using DarwinProcesses = ProcessTableContract<RealProcesses<DarwinProcessTable>>;
 
+TEST_F(DarwinProcesses, AreCountedInBytesAsTheSystemCountsThem) {
+    world.start("one");
+    std::array<std::int32_t, 4> pids{0, 0, 0, -1};
+    EXPECT_EQ(table.listPids(Platform::PidListType::all, 0, std::span(pids).first(1)), 4);
+    EXPECT_GT(pids[0], 0);
+    EXPECT_EQ(pids[1], 0);
+    EXPECT_EQ(table.listPids(Platform::PidListType::all, 0, {}) % 4, 0);
+    EXPECT_GE(table.listPids(Platform::PidListType::all, 0, {}), 8);
+}
+
 TEST_F(DarwinProcesses, HaveNamesOfThirtyTwoBytes) {
     const std::int32_t pid = world.start(std::string(40, 'n'));
     EXPECT_EQ(nameOf(pid), std::string(32, 'n'));

@@ -3,6 +3,7 @@
 //   hostile_client unlisted   a removal of /tmp/victim and an instance of an abstract base
 //   hostile_client record     a removal of /tmp/victim and a record, which is no command
 //   hostile_client good       a removal of /tmp/target; prints the report
+//   hostile_client forged     a removal of an item whose name has a line break and a line of the log in it
 // Prints what became of the connection.
 
 #include <iostream>
@@ -36,7 +37,8 @@ class PrintingObject final : public Platform::XPCObject {
 
 Base::CodedObjectList list(const std::string& kind) {
     using InstallCommon::RemoveCommand;
-    const std::string path = kind == "good" ? "/tmp/target" : "/tmp/victim";
+    const std::string forged = "/tmp/a\n[SNTM Installer] Uninstallation finished.";
+    const std::string path = kind == "good" ? "/tmp/target" : kind == "forged" ? forged : "/tmp/victim";
     Base::CodedObjectList objects;
     objects.push_back(std::make_unique<RemoveCommand>("Deleting", Base::URL::fileURL(path)));
     if (kind == "unlisted") {

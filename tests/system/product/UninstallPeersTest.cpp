@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "ProductMac.h"
 
 namespace {
@@ -17,6 +19,11 @@ using testing::StartsWith;
 
 const std::string kBundle = "/Users/alice/Uninstall Sentrel.app";
 const std::string kProgram = kBundle + "/Contents/MacOS/Uninstall Sentrel";
+
+/// Shell that waits until this stands in the system log.
+std::string untilLogged(const std::string& text) {
+    return "until grep -qF '" + text + "' /var/log/system.log; do sleep 0.1; done; ";
+}
 
 /// A Mac where the program in the uninstaller's bundle is the hostile client.
 struct HostileMac : ProductMac {
@@ -42,7 +49,9 @@ TEST(InstallerHelperPeers, AListWithAnUnlistedClassIsRefusedWholeAndTheHelperGoe
 
 TEST(InstallerHelperPeers, ARecordAmongTheCommandsRefusesTheList) {
     HostileMac mac;
-    EXPECT_EQ(mac.shell("timeout 3 '" + kProgram + "' record; '" + kProgram + "' good").out,
+    EXPECT_EQ(mac.shell("'" + kProgram + "' record & " + untilLogged("Refused the list") + "kill $!; '" +
+                        kProgram + "' good")
+                  .out,
               "reported Deleting\n");
     EXPECT_TRUE(mac.exists("/tmp/victim"));
     EXPECT_THAT(mac.helperLog(),
@@ -52,8 +61,8 @@ TEST(InstallerHelperPeers, ARecordAmongTheCommandsRefusesTheList) {
 TEST(InstallerHelperPeers, AProgramWithoutTheIdentityIsRefusedWhileTheUninstallationRuns) {
     ProductMac mac({"--installed", "current"});
     mac.put("/tmp/knock.py", R"(
-import socket, time
-for attempt in range(60):
+import os, socket, time
+while not os.path.exists("/tmp/over"):
     try:
         s = socket.socket(socket.AF_UNIX)
         s.connect("/var/run/mach/com.norvik.InstallerHelper")
@@ -62,8 +71,8 @@ for attempt in range(60):
         pass
     time.sleep(0.1)
 )");
-    const auto result =
-        mac.shell("/usr/bin/python3 /tmp/knock.py & '" + kInstalledUninstaller + "' --silent; wait");
+    const auto result = mac.shell("/usr/bin/python3 /tmp/knock.py & '" + kInstalledUninstaller +
+                                  "' --silent; touch /tmp/over; wait");
     EXPECT_EQ(result.status, 0) << result.err;
     EXPECT_THAT(mac.helperLog(),
                 Contains(AllOf(StartsWith("[SNTM Installer] Refused process "),
@@ -81,10 +90,30 @@ TEST(InstallerHelperPeers, AnIdentityThatAUserWroteHimselfIsNotTrusted) {
 
 TEST(InstallerHelperPeers, AClientThatGoesAwayInTheMiddleLeavesAListThatIsFinished) {
     ProductMac mac({"--installed", "current"});
-    const auto result = mac.shell("'" + kInstalledUninstaller + "' --silent & sleep 2; kill -9 $!; sleep 14");
+    const auto result =
+        mac.shell("'" + kInstalledUninstaller + "' --silent & " + untilLogged("com.norvik.InstallerHelper[") +
+                  "kill -9 $!; while launchctl print system/com.norvik.InstallerHelper >/dev/null "
+                  "2>&1; do sleep 0.1; done");
     EXPECT_EQ(result.status, 0) << result.err;
     EXPECT_EQ(mac.uninstallerLog(), Lines{kSuccess[0]});
     mac.expectClean();
+}
+
+TEST(InstallerHelperLog, NoNameWritesALineOfItsOwn) {
+    HostileMac mac;
+    mac.put("/tmp/a\n[SNTM Installer] Uninstallation finished.", "");
+    EXPECT_EQ(mac.shell("'" + kProgram + "' forged").out, "reported Deleting\n");
+    EXPECT_THAT(mac.helperLog(),
+                Contains("[SNTM Installer] Removed at /tmp/a\\x0a[SNTM Installer] Uninstallation finished."));
+    EXPECT_THAT(mac.log(), testing::Each(testing::Not(StartsWith("[SNTM Installer]"))));
+}
+
+TEST(InstallerHelperLog, HasTheLastWordsOfAHelperThatCannotRunLaunchctl) {
+    ProductMac mac({"--installed", "current"});
+    std::filesystem::permissions(mac.path("/bin/launchctl"), std::filesystem::perms(0644));
+    const std::string words = "Fatal error: launch path not accessible: /bin/launchctl";
+    mac.shell("'" + kInstalledUninstaller + "' --silent & " + untilLogged(words) + "kill $!; wait");
+    EXPECT_THAT(mac.helperLog(), Contains(words));
 }
 
 }  // namespace

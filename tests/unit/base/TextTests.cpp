@@ -75,15 +75,19 @@ TEST(Text, RefusesLoneSurrogates) {
     EXPECT_FALSE(fromUnits({'a', 0xDE00, 0xD83D}));
 }
 
-TEST(Text, PrintsOnOneLineInPrintableCharacters) {
-    EXPECT_EQ(Base::printable("plain text"), "plain text");
-    EXPECT_EQ(Base::printable("a\nb\x1B[0m\x7F\xC3\xBC\0"s), "a\\x0ab\\x1b[0m\\x7f\\xc3\\xbc\\x00");
-    EXPECT_EQ(Base::printable("say \"a\\b\""), "say \\\"a\\\\b\\\"");
+TEST(Text, KeepsAnExcerptThatFits) {
+    EXPECT_EQ(Base::excerpt("plain\ntext\xFF"), "plain\ntext\xFF");
+    EXPECT_EQ(Base::excerpt("abc", 3), "abc");
+    EXPECT_EQ(Base::excerpt(std::string(120, 'x')), std::string(120, 'x'));
 }
 
-TEST(Text, CutsWhatIsTooLongToPrint) {
-    EXPECT_EQ(Base::printable("abcdef", 3), "abc...");
-    EXPECT_EQ(Base::printable("abc", 3), "abc");
+TEST(Text, CutsAnExcerptThatIsTooLongBetweenTwoCharacters) {
+    EXPECT_EQ(Base::excerpt("abcdef", 3), "abc...");
+    EXPECT_EQ(Base::excerpt(std::string(121, 'x')), std::string(120, 'x') + "...");
+    EXPECT_EQ(Base::excerpt("ab\xE2\x98\x83z", 5), "ab\xE2\x98\x83...");
+    EXPECT_EQ(Base::excerpt("ab\xE2\x98\x83z", 4), "ab...");
+    EXPECT_EQ(Base::excerpt("ab\xE2\x98\x83z", 3), "ab...");
+    EXPECT_EQ(Base::excerpt("\x80\x80\x80", 1), "...");
 }
 
 }  // namespace

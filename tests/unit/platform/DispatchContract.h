@@ -224,11 +224,13 @@ TYPED_TEST_P(DispatchContract, TimerTakesItsIntervalAsItIs) {
 TYPED_TEST_P(DispatchContract, TimerDoesNotFireOnceItIsCancelledOrDestroyed) {
     std::atomic<int> fired = 0;
     auto timer = this->dispatch.makeTimer([&] { ++fired; });
-    timer->schedule(this->clock.time(50 * kMillisecond), kMillisecond, 0);
+    timer->schedule(Platform::kTimeNow, kMillisecond, 0);
     timer->resume();
     timer->cancel();
+    // One firing may have been under way; no other comes.
+    const int untilCancelled = fired;
     std::this_thread::sleep_for(std::chrono::milliseconds(80));
-    EXPECT_EQ(fired, 0);
+    EXPECT_LE(fired, untilCancelled + 1);
     timer = this->dispatch.makeTimer([&] { ++fired; });
     timer->schedule(Platform::kTimeNow, kMillisecond, 0);
     timer->resume();

@@ -26,7 +26,9 @@ class ProcessTableContract : public testing::Test {
         const int count = table.listPids(type, user, {});
         std::vector<std::int32_t> pids(static_cast<std::size_t>(std::max(count, 0)));
         if (!pids.empty()) {
-            pids.resize(static_cast<std::size_t>(std::max(table.listPids(type, user, pids), 0)));
+            // What lies behind the ids is still 0, which names no process of a user's.
+            static_cast<void>(table.listPids(type, user, pids));
+            pids.erase(std::find(pids.begin(), pids.end(), 0), pids.end());
         }
         return pids;
     }
@@ -69,15 +71,16 @@ TYPED_TEST_P(ProcessTableContract, ListsTheProcessesOfOneUser) {
 
 TYPED_TEST_P(ProcessTableContract, CountsAtLeastWhatItLists) {
     (void)this->world.start("one");
-    const int count = this->table.listPids(PidListType::all, 0, {});
-    EXPECT_GE(count, static_cast<int>(this->list(PidListType::all, 0).size()));
+    (void)this->world.start("two");
+    // Others may start between two calls; these two and this process are there all the time.
+    EXPECT_GE(this->table.listPids(PidListType::all, 0, {}), 3);
 }
 
 TYPED_TEST_P(ProcessTableContract, FillsNoMoreThanTheSpan) {
     (void)this->world.start("one");
     (void)this->world.start("two");
     std::array<std::int32_t, 3> pids{-1, -1, -1};
-    EXPECT_EQ(this->table.listPids(PidListType::all, 0, std::span(pids).first(2)), 2);
+    EXPECT_GE(this->table.listPids(PidListType::all, 0, std::span(pids).first(2)), 2);
     EXPECT_GT(pids[0], 0);
     EXPECT_GT(pids[1], 0);
     EXPECT_EQ(pids[2], -1);

@@ -129,6 +129,16 @@ TEST_F(HelperClient, WithoutAProxyOfTheRightProtocolNothingIsSentOrReported) {
     EXPECT_EQ(client_->totalCommandsWeight(), 75);
 }
 
+TEST_F(HelperClient, ASecondConnectionWithoutAProxySendsNothingOverTheFirst) {
+    client_->send(weighing({1}));
+    EXPECT_NE(client_->remoteObject(), nullptr);
+    mac_.xpc.protocolOfProxies = "SomethingElse";
+    client_->send(weighing({1}));
+    EXPECT_EQ(client_->remoteObject(), nullptr);
+    EXPECT_EQ(mac_.xpc.connections.size(), 2U);
+    EXPECT_EQ(helper_.lists.size(), 1U);
+}
+
 TEST_F(HelperClient, CannotUninstallWithNoInstallation) {
     EXPECT_FALSE(client_->canUninstall());
 }

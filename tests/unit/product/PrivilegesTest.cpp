@@ -118,10 +118,12 @@ TEST_F(SupportHelperWithPackage, SendsThePackagesURLThroughASynchronousProxy) {
                                      "resume com.norvik.SupportPrivilegedHelper", "synchronous proxy"}));
 }
 
-TEST_F(SupportHelperWithPackage, DoesNotInvalidateTheConnection) {
+TEST_F(SupportHelperWithPackage, ReleasesTheConnectionWithoutInvalidatingIt) {
     static_cast<void>(SupportPrivilegedHelperClient::installSwiftSupportPackage());
     ASSERT_EQ(mac_.xpc.connections.size(), 1U);
     EXPECT_FALSE(mac_.xpc.connections[0]->isInvalidated);
+    // The fake's own reference is the last.
+    EXPECT_EQ(mac_.xpc.connections[0].use_count(), 1);
 }
 
 TEST_F(SupportHelperWithPackage, ACompletionWithAnErrorLeavesTheResultFalseAlthoughTheCallReturned) {

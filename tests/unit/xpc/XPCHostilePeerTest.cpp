@@ -2,67 +2,16 @@
 // line and nothing is delivered.
 
 #include <gtest/gtest.h>
-#include <poll.h>
 #include <sys/socket.h>
-#include <sys/un.h>
 #include <unistd.h>
 
-#include <array>
-#include <cstring>
-
-#include "Platform/Linux/XPCWire.h"
+#include "RawPeer.h"
 #include "XPCTestService.h"
 
 namespace {
 
 using namespace XPCTests;
 using namespace Platform::Linux;
-using Bytes = std::vector<std::uint8_t>;
-
-Platform::Posix::Descriptor connectTo(const std::string& path) {
-    Platform::Posix::Descriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    std::strncpy(address.sun_path, path.c_str(), sizeof address.sun_path - 1);
-    EXPECT_EQ(::connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
-    return socket;
-}
-
-bool isClosedByPeer(const Platform::Posix::Descriptor& socket) {
-    std::array<char, 4096> bytes{};
-    for (;;) {
-        pollfd polled{socket.get(), POLLIN, 0};
-        if (::poll(&polled, 1, 10'000) != 1) {
-            return false;
-        }
-        if (::recv(socket.get(), bytes.data(), bytes.size(), 0) <= 0) {
-            return true;
-        }
-    }
-}
-
-Bytes message(std::uint32_t object, std::uint32_t reply, const std::string& selector,
-              const Bytes& arguments) {
-    FrameWriter frame(FrameKind::message);
-    frame.u32(object);
-    frame.u32(reply);
-    frame.shortText(selector);
-    frame.raw(arguments);
-    return frame.finish();
-}
-
-/// One string argument, counted.
-Bytes stringArgument(const std::string& text) {
-    FrameWriter frame(FrameKind::message);
-    frame.u8(1);
-    frame.u8(static_cast<std::uint8_t>(Platform::XPCArgumentKind::string));
-    frame.sized(text);
-    Bytes bytes = frame.finish();
-    constexpr std::ptrdiff_t kLengthAndKind = 5;
-    bytes.erase(bytes.begin(), bytes.begin() + kLengthAndKind);
-    return bytes;
-}
-
 /// Sends the bytes to a fresh service; returns why they were refused. Nothing may be delivered.
 std::string refusalOf(const Bytes& bytes) {
     TestService service;

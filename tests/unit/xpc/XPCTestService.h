@@ -21,7 +21,7 @@ class Journal {
     void add(const std::string& line);
     /// The lines so far.
     [[nodiscard]] std::vector<std::string> lines() const;
-    /// Waits, ten seconds at most, until there are `count` lines; returns them.
+    /// Waits, a minute at most, until there are `count` lines; returns them.
     [[nodiscard]] std::vector<std::string> waitFor(std::size_t count) const;
 
   private:

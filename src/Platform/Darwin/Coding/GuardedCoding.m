@@ -1,6 +1,8 @@
 // A plain Objective-C file: C++ and Objective-C exceptions do not meet in one.
 #import "Platform/Darwin/Coding/GuardedCoding.h"
 
+#import "Platform/Darwin/ErrorText.h"
+
 static NSString* reasonOf(NSException* exception) {
     NSString* reason = [exception reason];
     return reason != nil ? reason : [exception name];
@@ -13,7 +15,7 @@ static void noteKeptError(NSCoder* coder, NSString** fault) {
     }
     NSError* error = [(id)coder error];
     if (error != nil) {
-        *fault = [error localizedDescription];
+        *fault = PlatformDarwinErrorText(error);
     }
 }
 

@@ -12,16 +12,11 @@ namespace Platform::Darwin {
 
 namespace {
 
-/// A fault as one line of printable characters. It may quote the archive; it may also be the line of a nested
-/// object's carrier, which comes out as it is.
-std::string oneLine(NSString* fault) {
+/// A fault in a length that a log takes. It may quote the archive; it may also be the words of a nested
+/// object's carrier.
+std::string briefly(NSString* fault) {
     constexpr std::size_t kLongest = 400;
-    std::string line = text(fault).substr(0, kLongest);
-    for (char& each : line) {
-        const bool isPrintable = each >= ' ' && each <= '~';
-        each = isPrintable ? each : '?';
-    }
-    return line;
+    return Base::excerpt(text(fault), kLongest);
 }
 
 }  // namespace
@@ -74,7 +69,7 @@ void SystemCoder::encodeObject(std::string_view key, const Base::CodedObject& va
 
 void SystemCoder::refuse(std::string_view key, std::string_view what) {
     if (fault_.empty()) {
-        fault_ = "key \"" + Base::printable(key) + "\" " + std::string(what);
+        fault_ = "key \"" + Base::excerpt(key) + "\" " + std::string(what);
     }
 }
 
@@ -85,7 +80,7 @@ id SystemCoder::decode(std::string_view key, NSSet* classes) {
     NSString* fault = nil;
     const id value = PlatformDarwinDecodeObject(coder_, classes, foundationString(key), &fault);
     if (fault != nil) {
-        refuse(key, "cannot be decoded: " + oneLine(fault));
+        refuse(key, "cannot be decoded: " + briefly(fault));
         return nil;
     }
     if (value == nil) {
@@ -128,7 +123,7 @@ bool SystemCoder::decodeBool(std::string_view key) {
     NSString* fault = nil;
     const bool value = PlatformDarwinDecodeBool(coder_, foundationString(key), &fault) != NO;
     if (fault != nil) {
-        refuse(key, "is not a boolean: " + oneLine(fault));
+        refuse(key, "is not a boolean: " + briefly(fault));
         return false;
     }
     return value;
@@ -180,7 +175,7 @@ std::unique_ptr<Base::CodedObject> SystemCoder::decodeObject(std::string_view ke
     }
     const Base::CodedObject* const carried = carriedObject(value);
     if (carried == nullptr || !carried->codedClass().isKindOf(expected)) {
-        refuse(key, "is not an object of the class " + Base::printable(expected.runtimeName));
+        refuse(key, "is not an object of the class " + Base::excerpt(expected.runtimeName));
         return nullptr;
     }
     std::string refusal;

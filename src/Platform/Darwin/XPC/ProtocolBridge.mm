@@ -10,6 +10,7 @@
 #include "Base/FatalError.h"
 #import "Platform/Darwin/Coding/Carrier.h"
 #import "Platform/Darwin/Coding/CodedValues.h"
+#import "Platform/Darwin/ErrorText.h"
 #include "Platform/Darwin/FoundationBridge.h"
 #import "Platform/Darwin/XPC/Exporter.h"
 
@@ -169,7 +170,7 @@ XPCReply replyOf(void (^completion)(NSError* error)) {
 }
 
 Error errorOf(NSError* error) {
-    return {text([error localizedDescription]), static_cast<int>([error code])};
+    return {text(PlatformDarwinErrorText(error)), static_cast<int>([error code])};
 }
 
 }  // namespace Platform::Darwin
