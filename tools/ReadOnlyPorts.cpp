@@ -25,6 +25,7 @@ class FolderNames final : public Platform::FileManager {
     std::optional<Error> removeItem(const URL& /*item*/) override { refuse(); }
     std::optional<Error> copyItem(const URL& /*source*/, const URL& /*destination*/) override { refuse(); }
     bool itemExists(const URL& /*item*/) override { refuse(); }
+    std::optional<Platform::FileIdentity> identity(const URL& /*item*/) override { refuse(); }
     int setMode(const URL& /*item*/, std::uint16_t /*mode*/) override { refuse(); }
     int setOwner(const URL& /*item*/, std::uint32_t /*owner*/, std::uint32_t /*group*/) override { refuse(); }
     void setOwnerOfContents(const URL& /*directory*/, std::uint32_t /*owner*/, std::uint32_t /*group*/,
@@ -125,6 +126,10 @@ class NoCodeModules final : public Platform::CodeModules {
     }
 };
 
+class NoTermination final : public Platform::Termination {
+    void onRequest(std::function<void()> /*requested*/) override { refuse(); }
+};
+
 struct Owner {
     NoLog log;
     FolderNames files;
@@ -140,9 +145,10 @@ struct Owner {
     NoDispatch dispatch;
     NoDistantObjects distantObjects;
     NoCodeModules codeModules;
+    NoTermination termination;
     Platform::SystemPorts ports{
         log, files,   tasks, processes, users,          kernelExtensions, authorization, serviceManagement,
-        xpc, bundles, clock, dispatch,  distantObjects, codeModules};
+        xpc, bundles, clock, dispatch,  distantObjects, codeModules, termination};
 };
 
 }  // namespace

@@ -1,13 +1,11 @@
 // com.norvik.SupportPrivilegedHelper: installs the runtime support package as root. Started on demand by
 // launchd.
 
-#include <atomic>
 #include <memory>
 #include <string>
 
 #include "Helpers/AuthorizedClients.h"
 #include "Helpers/PackageInstaller.h"
-#include "Helpers/Retirement.h"
 #include "InstallCommon/SupportPrivilegedHelperClient.h"
 #include "NorvikCommon/InstallerLog.h"
 #include "Platform/SystemPorts.h"
@@ -20,20 +18,26 @@ using InstallCommon::SupportPrivilegedHelperClient;
 
 /// NVKSupportPrivilegedHelper, as it is exported. Every connection delivers on its own thread; the system's
 /// installer tool queues what comes at the same time.
+///
+/// A client that has been served may stay connected without need, so it does not keep the process. Tool and
+/// job stay: the next client may have been told already that they are there. The installer helper removes
+/// them at the end of an uninstallation.
 class SupportPrivilegedHelper final : public Platform::XPCObject {
   public:
+    /// `listener` outlives the object.
+    explicit SupportPrivilegedHelper(Platform::XPCListener& listener) : listener_(listener) {}
+
     [[nodiscard]] std::string_view protocolName() const override { return "NVKSupportPrivilegedHelper"; }
 
     void message(std::string_view /*selector*/, std::vector<Platform::XPCValue> arguments,
                  Platform::XPCReply reply) override {
+        const std::shared_ptr<void> transaction = listener_.transaction();
         reply(Helpers::installPackage(std::get<Base::URL>(arguments.at(0))));
-        hasServed_ = true;
+        listener_.disregardPeers();
     }
 
-    [[nodiscard]] bool hasServed() const { return hasServed_; }
-
   private:
-    std::atomic<bool> hasServed_ = false;
+    Platform::XPCListener& listener_;
 };
 
 void logRefusal(const std::string& why) {
@@ -51,7 +55,7 @@ int main() {
         NorvikCommon::logInstallerLine("launchd handed over no service named " + label);
         return 1;
     }
-    const auto helper = std::make_shared<SupportPrivilegedHelper>();
+    const auto helper = std::make_shared<SupportPrivilegedHelper>(*listener);
     listener->run(
         [&helper](const std::shared_ptr<Platform::XPCConnection>& connection,
                   const Platform::XPCPeer& /*peer*/) {
@@ -59,8 +63,5 @@ int main() {
             return true;
         },
         logRefusal, kIdleSeconds);
-    if (helper->hasServed()) {
-        Helpers::retireSelf(label);
-    }
     return 0;
 }

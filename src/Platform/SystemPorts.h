@@ -12,6 +12,7 @@
 #include "Platform/ServiceManagement.h"
 #include "Platform/SystemLog.h"
 #include "Platform/TaskRunner.h"
+#include "Platform/Termination.h"
 #include "Platform/Users.h"
 #include "Platform/XPC.h"
 
@@ -34,6 +35,7 @@ struct SystemPorts {
     Dispatch& dispatch;
     DistantObjects& distantObjects;
     CodeModules& codeModules;
+    Termination& termination;
 
     /// The ports in force. Using them before they were set is a programming error that ends the process.
     [[nodiscard]] static const SystemPorts& current();

@@ -31,7 +31,8 @@ FakeMac::FakeMac()
              clock,
              dispatch,
              distantObjects,
-             codeModules},
+             codeModules,
+             termination},
       scope_(ports_) {}
 
 CallList FakeMac::callsOf(const std::string& prefix) const {
@@ -50,6 +51,11 @@ class FakeTask final : public Platform::Task {
     FakeTask(FakeTaskRunner::Result result, CallList& calls) : result_(std::move(result)), calls_(calls) {}
 
     void waitUntilExit() override { calls_.emplace_back("wait"); }
+    [[nodiscard]] bool isRunning() override { return result_.runsOn; }
+    void kill() override {
+        calls_.emplace_back(result_.runsOn ? "kill task" : "end of task");
+        result_.runsOn = false;
+    }
     [[nodiscard]] std::string readOutputToEnd() override {
         calls_.emplace_back("read output");
         return result_.output;
@@ -80,7 +86,15 @@ std::unique_ptr<Platform::Task> FakeTaskRunner::launch(
         return nullptr;
     }
     const auto found = results.find(commandLine);
-    return std::make_unique<FakeTask>(found == results.end() ? Result{} : found->second, calls_);
+    Result result = found == results.end() ? Result{} : found->second;
+    if (auto& first = firstResults[commandLine]; !first.empty()) {
+        result = std::move(first.front());
+        first.pop_front();
+    }
+    if (result.onLaunch) {
+        result.onLaunch();
+    }
+    return std::make_unique<FakeTask>(std::move(result), calls_);
 }
 
 // Processes.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <map>
 #include <memory>
@@ -33,6 +34,8 @@ class FakeFileManager final : public Platform::FileManager {
         std::uint16_t mode = 0644;
         std::uint32_t owner = 501;
         std::uint32_t group = 20;
+        /// Another one for each node that was added.
+        std::uint64_t inode = 0;
     };
 
     explicit FakeFileManager(CallList& calls) : calls_(calls) {}
@@ -53,6 +56,7 @@ class FakeFileManager final : public Platform::FileManager {
     [[nodiscard]] std::optional<Platform::Error> copyItem(const Base::URL& source,
                                                           const Base::URL& destination) override;
     [[nodiscard]] bool itemExists(const Base::URL& item) override;
+    [[nodiscard]] std::optional<Platform::FileIdentity> identity(const Base::URL& item) override;
     [[nodiscard]] int setMode(const Base::URL& item, std::uint16_t mode) override;
     [[nodiscard]] int setOwner(const Base::URL& item, std::uint32_t owner, std::uint32_t group) override;
     void setOwnerOfContents(const Base::URL& directory, std::uint32_t owner, std::uint32_t group,
@@ -74,6 +78,7 @@ class FakeFileManager final : public Platform::FileManager {
                                                           const std::string& path);
 
     CallList& calls_;
+    std::uint64_t inodes_ = 0;
     std::map<std::pair<std::string, std::string>, Platform::Error> failures_;
 };
 
@@ -85,6 +90,10 @@ class FakeTaskRunner final : public Platform::TaskRunner {
         std::string error;
         std::int32_t status = 0;
         Platform::TerminationReason reason = Platform::TerminationReason::exit;
+        /// Runs until it is killed; else it has ended when it is first asked about.
+        bool runsOn = false;
+        /// Called when the process starts.
+        std::function<void()> onLaunch{};
     };
 
     explicit FakeTaskRunner(CallList& calls) : calls_(calls) {}
@@ -94,6 +103,8 @@ class FakeTaskRunner final : public Platform::TaskRunner {
 
     /// By the whole command line, joined with single spaces.
     std::map<std::string, Result> results;
+    /// Those that come before the one in `results`, in order.
+    std::map<std::string, std::deque<Result>> firstResults;
     std::set<std::string> notExecutable;
     /// The argument vectors as they were given, in order.
     std::vector<std::optional<std::vector<std::string>>> argumentVectors;
@@ -274,6 +285,10 @@ class FakeDispatch final : public Platform::Dispatch {
     std::function<void()> onWait;
     /// The handlers of the timers that were made.
     std::vector<std::function<void()>> timerHandlers;
+    /// Queues keep their blocks until `runKept`.
+    bool keepsBlocks = false;
+    std::deque<std::function<void()>> kept;
+    void runKept();
 
   private:
     CallList& calls_;
@@ -301,6 +316,7 @@ class FakeConnection final : public Platform::XPCConnection {
     std::function<void()> invalidationHandler;
     std::function<void()> interruptionHandler;
     std::optional<Platform::XPCInterface> remoteInterface;
+    /// A synchronous call that has not been answered fails when the connection is invalidated.
     bool isInvalidated = false;
     /// Given instead of a remote object of the interface's protocol.
     std::optional<std::string> protocolOfProxy;
@@ -378,6 +394,15 @@ class FakeCodeModules final : public Platform::CodeModules {
     CallList& calls_;
 };
 
+/// A process that is asked to end when a test says so.
+class FakeTermination final : public Platform::Termination {
+  public:
+    void onRequest(std::function<void()> requested) override { request = std::move(requested); }
+
+    /// Asks; empty until somebody has listened.
+    std::function<void()> request;
+};
+
 /// Sets the ports for as long as it lives and makes everything that a process makes once be made anew, so
 /// that each test starts like a new process.
 class ScopedSystemPorts {
@@ -409,6 +434,7 @@ class FakeMac {
     FakeDispatch dispatch{calls};
     FakeDistantObjects distantObjects{calls};
     FakeCodeModules codeModules{calls};
+    FakeTermination termination;
 
     /// The calls that begin with `prefix`.
     [[nodiscard]] CallList callsOf(const std::string& prefix) const;

@@ -11,6 +11,7 @@
 #include "Platform/Posix/PosixClock.h"
 #include "Platform/Posix/PosixCodeModules.h"
 #include "Platform/Posix/PosixTaskRunner.h"
+#include "Platform/Posix/PosixTermination.h"
 #include "Platform/Posix/PosixUsers.h"
 #include "Platform/SystemPorts.h"
 
@@ -33,10 +34,11 @@ struct Services {
     Linux::LinuxDispatch dispatch;
     Linux::LinuxDistantObjects distantObjects;
     Posix::PosixCodeModules codeModules;
+    Posix::PosixTermination termination;
 
     const SystemPorts ports{
         log, files,   tasks, processes, users,          kernelExtensions, authorization, serviceManagement,
-        xpc, bundles, clock, dispatch,  distantObjects, codeModules};
+        xpc, bundles, clock, dispatch,  distantObjects, codeModules,      termination};
 };
 
 }  // namespace

@@ -15,6 +15,8 @@ using namespace std::chrono_literals;
 using Platform::Darwin::ListenerDoor;
 
 constexpr auto kIdle = 50ms;
+constexpr auto kConnection = ListenerDoor::Work::connection;
+constexpr auto kTransaction = ListenerDoor::Work::transaction;
 
 TEST(ListenerDoor, IsShutUntilSomebodyServes) {
     ListenerDoor door;
@@ -49,7 +51,7 @@ TEST(ListenerDoor, StopsServingWhenNobodyHasComeForTheIdleTime) {
 
 TEST(ListenerDoor, TellsEachVisitorItsOwnDecisionFromTheServingThread) {
     ListenerDoor door;
-    door.begin();
+    door.begin(kConnection);
     int welcome = 0;
     int unwelcome = 0;
     std::atomic<int> decided = 0;
@@ -70,7 +72,7 @@ TEST(ListenerDoor, TellsEachVisitorItsOwnDecisionFromTheServingThread) {
     }
     EXPECT_FALSE(door.knock(&unwelcome));
     EXPECT_TRUE(door.knock(&welcome));
-    door.end();
+    door.end(kConnection);
     server.join();
     EXPECT_EQ(decided, 3);
     EXPECT_EQ(decider, serverId);
@@ -78,7 +80,7 @@ TEST(ListenerDoor, TellsEachVisitorItsOwnDecisionFromTheServingThread) {
 
 TEST(ListenerDoor, KeepsServingWhileSomethingIsUnderWay) {
     ListenerDoor door;
-    door.begin();
+    door.begin(kConnection);
     std::atomic<bool> hasStopped = false;
     std::thread server([&] {
         door.serve([](void*) { return false; }, 1ms);
@@ -86,7 +88,7 @@ TEST(ListenerDoor, KeepsServingWhileSomethingIsUnderWay) {
     });
     std::this_thread::sleep_for(kIdle);
     EXPECT_FALSE(hasStopped);
-    door.end();
+    door.end(kConnection);
     server.join();
     EXPECT_TRUE(hasStopped);
 }
@@ -94,9 +96,9 @@ TEST(ListenerDoor, KeepsServingWhileSomethingIsUnderWay) {
 TEST(ListenerDoor, StaysOpenForWhatBeganAfterServing) {
     ListenerDoor door;
     door.serve([](void*) { return true; }, 1ms);
-    door.begin();
+    door.begin(kConnection);
     EXPECT_FALSE(door.shut());
-    door.end();
+    door.end(kConnection);
     EXPECT_TRUE(door.shut());
     int connection = 0;
     EXPECT_FALSE(door.knock(&connection));
@@ -104,13 +106,13 @@ TEST(ListenerDoor, StaysOpenForWhatBeganAfterServing) {
 
 TEST(ListenerDoor, LetsAnAdmittedConnectionHoldItOpen) {
     ListenerDoor door;
-    door.begin();
+    door.begin(kConnection);
     int connection = 0;
     std::atomic<bool> hasStopped = false;
     std::thread server([&] {
         door.serve(
             [&](void*) {
-                door.begin();
+                door.begin(kConnection);
                 return true;
             },
             1ms);
@@ -119,10 +121,10 @@ TEST(ListenerDoor, LetsAnAdmittedConnectionHoldItOpen) {
     while (!door.knock(&connection)) {
         std::this_thread::yield();
     }
-    door.end();
+    door.end(kConnection);
     std::this_thread::sleep_for(kIdle);
     EXPECT_FALSE(hasStopped) << "the connection is still in use";
-    door.end();
+    door.end(kConnection);
     server.join();
     EXPECT_TRUE(hasStopped);
 }
