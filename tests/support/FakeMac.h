@@ -86,8 +86,8 @@ class FakeFileManager final : public Platform::FileManager {
 class FakeTaskRunner final : public Platform::TaskRunner {
   public:
     struct Result {
-        std::string output;
-        std::string error;
+        std::string output{};
+        std::string error{};
         std::int32_t status = 0;
         Platform::TerminationReason reason = Platform::TerminationReason::exit;
         /// Runs until it is killed; else it has ended when it is first asked about.

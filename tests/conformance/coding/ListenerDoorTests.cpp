@@ -49,6 +49,33 @@ TEST(ListenerDoor, StopsServingWhenNobodyHasComeForTheIdleTime) {
     EXPECT_TRUE(door.shut());
 }
 
+TEST(ListenerDoor, StopsServingAtOnceWhenItIsStoppedAndNothingIsUnderWay) {
+    ListenerDoor door;
+    door.stop();
+    door.serve([](void*) { return true; }, std::chrono::hours(1));
+    EXPECT_TRUE(door.shut());
+}
+
+TEST(ListenerDoor, DoesNotServeForAConnectionOnceItDisregardsPeers) {
+    ListenerDoor door;
+    door.begin(kConnection);
+    door.disregardPeers();
+    door.serve([](void*) { return true; }, kIdle);
+    EXPECT_TRUE(door.shut());
+    door.end(kConnection);
+}
+
+TEST(ListenerDoor, ATransactionKeepsADoorThatWasStopped) {
+    ListenerDoor door;
+    door.begin(kTransaction);
+    door.stop();
+    EXPECT_FALSE(door.shut());
+    std::thread worker([&] { door.end(kTransaction); });
+    door.serve([](void*) { return true; }, std::chrono::hours(1));
+    worker.join();
+    EXPECT_TRUE(door.shut());
+}
+
 TEST(ListenerDoor, TellsEachVisitorItsOwnDecisionFromTheServingThread) {
     ListenerDoor door;
     door.begin(kConnection);

@@ -258,6 +258,7 @@ TEST(XPCListener, StopsAtOnceWhenTheLastPeerHasLeft) {
     TestService service("com.norvik.test", kAnHour);
     service.start();
     const Client client(service);
+    client.connection->resume();
     EXPECT_EQ(ask(client.connection, "/a"), "success");
     service.listener().stop();
     EXPECT_EQ(ask(client.connection, "/b"), "success");
@@ -278,6 +279,7 @@ TEST(XPCListener, APeerThatStaysConnectedDoesNotKeepAListenerThatDisregardsPeers
     std::shared_ptr<void> work = service->listener().transaction();
     service->start();
     const Client client(*service);
+    client.connection->resume();
     EXPECT_EQ(ask(client.connection, "/a"), "success");
     service->listener().disregardPeers();
     work.reset();
@@ -293,6 +295,7 @@ TEST(XPCListener, ATransactionKeepsAStoppedListenerWhichGoesOnServing) {
     service.start();
     service.listener().stop();
     const Client client(service);
+    client.connection->resume();
     EXPECT_EQ(ask(client.connection, "/a"), "success");
     work.reset();
 }
