@@ -25,6 +25,7 @@ class FolderNames final : public Platform::FileManager {
     std::optional<Error> removeItem(const URL& /*item*/) override { refuse(); }
     std::optional<Error> copyItem(const URL& /*source*/, const URL& /*destination*/) override { refuse(); }
     bool itemExists(const URL& /*item*/) override { refuse(); }
+    std::optional<Platform::FileIdentity> identity(const URL& /*item*/) override { refuse(); }
     int setMode(const URL& /*item*/, std::uint16_t /*mode*/) override { refuse(); }
     int setOwner(const URL& /*item*/, std::uint32_t /*owner*/, std::uint32_t /*group*/) override { refuse(); }
     void setOwnerOfContents(const URL& /*directory*/, std::uint32_t /*owner*/, std::uint32_t /*group*/,
@@ -133,6 +134,10 @@ class NoPrivateCopies final : public Platform::PrivateCopies {
     std::optional<Error> removeFolder(const URL& /*folder*/) override { refuse(); }
 };
 
+class NoTermination final : public Platform::Termination {
+    void onRequest(std::function<void()> /*requested*/) override { refuse(); }
+};
+
 struct Owner {
     NoLog log;
     FolderNames files;
@@ -149,9 +154,10 @@ struct Owner {
     NoDistantObjects distantObjects;
     NoCodeModules codeModules;
     NoPrivateCopies privateCopies;
+    NoTermination termination;
     Platform::SystemPorts ports{
         log, files,   tasks, processes, users,          kernelExtensions, authorization, serviceManagement,
-        xpc, bundles, clock, dispatch,  distantObjects, codeModules,      privateCopies};
+        xpc, bundles, clock, dispatch,  distantObjects, codeModules,      privateCopies, termination};
 };
 
 }  // namespace

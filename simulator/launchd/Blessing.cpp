@@ -1,7 +1,10 @@
 #include "launchd/Blessing.h"
 
 #include <algorithm>
+#include <charconv>
 #include <filesystem>
+
+#include <sys/stat.h>
 
 #include "Support/Files.h"
 #include "Support/PropertyList.h"
@@ -38,10 +41,31 @@ std::optional<PropertyList> embeddedList(const std::string& tool, std::string_vi
     return bytes ? parseHostilePropertyList(*bytes) : std::nullopt;
 }
 
+/// A version's numbers: 6, 3 and 630 of "6.3.630".
+std::vector<std::uint64_t> numbersOf(const std::string& version) {
+    std::vector<std::uint64_t> numbers;
+    const char* next = version.data();
+    const char* const end = next + version.size();
+    while (next < end) {
+        std::uint64_t number = 0;
+        next = std::from_chars(next, end, number).ptr + 1;
+        numbers.push_back(number);
+    }
+    return numbers;
+}
+
+/// A file that nobody but root can have made what it is and that root may execute.
+bool isRootsTool(const std::string& path) {
+    struct stat status {};
+    return ::lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) && status.st_uid == 0 &&
+           (status.st_mode & (S_IWGRP | S_IWOTH)) == 0 && (status.st_mode & S_IXUSR) != 0;
+}
+
 }  // namespace
 
 struct Blessing::Helper {
     std::string tool;
+    PropertyList info;
     PropertyList launchd;
 };
 
@@ -74,7 +98,7 @@ int Blessing::check(const Caller& caller, const std::string& label, Helper& help
         return kSMErrorJobNotFound;
     }
     helper.tool = std::move(*tool);
-    const auto helperInfo = embeddedList(helper.tool, kInfoPlistSection);
+    auto helperInfo = embeddedList(helper.tool, kInfoPlistSection);
     if (!helperInfo || !anyRequirementNames(*helperInfo, stringOf(*info, "CFBundleIdentifier"))) {
         why = "its SMAuthorizedClients do not name the application";
         return kSMErrorInvalidSignature;
@@ -84,6 +108,7 @@ int Blessing::check(const Caller& caller, const std::string& label, Helper& help
         why = "it carries no launchd property list";
         return kSMErrorJobPlistNotFound;
     }
+    helper.info = std::move(*helperInfo);
     helper.launchd = std::move(*launchd);
     if (stringOf(helper.launchd, "Label") != label) {
         why = "its launchd property list has another label";
@@ -107,13 +132,49 @@ void Blessing::bless(const Caller& caller, const std::string& token, const std::
         refuse(label, kSMErrorJobNotFound, "the label is unusable", done);
         return;
     }
-    Helper helper;
+    const auto helper = std::make_shared<Helper>();
     std::string why;
-    if (const int code = check(caller, label, helper, why); code != 0) {
+    if (const int code = check(caller, label, *helper, why); code != 0) {
         refuse(label, code, why, done);
         return;
     }
-    install(label, helper, done);
+    settle(label, helper, done);
+}
+
+void Blessing::settle(const std::string& label, const std::shared_ptr<const Helper>& helper,
+                      const Done& done) {
+    jobs_.afterRemoval(DomainId{}, label, [this, label, helper, done] {
+        // Of several that waited, the first installs and the others find it installed.
+        const Job* job = jobs_.find(DomainId{}, label);
+        if (job != nullptr && job->state == Job::State::stopping) {
+            settle(label, helper, done);
+        } else if (isInstalled(label, *helper)) {
+            done(0, "");
+        } else {
+            install(label, *helper, done);
+        }
+    });
+}
+
+bool Blessing::isInstalled(const std::string& label, const Helper& helper) const {
+    const std::string tool = kHelperTools + label;
+    int code = 0;
+    std::string why;
+    const auto definition = readJobDefinition(kDaemons + label + ".plist", 0, code, why);
+    const Job* job = jobs_.find(DomainId{}, label);
+    if (job == nullptr || job->definition.program != tool || !definition || definition->label != label ||
+        definition->program != tool || !isRootsTool(tool)) {
+        return false;
+    }
+    const auto bytes = readFile(tool, kMaximumHelper);
+    const auto info = bytes ? embeddedList(*bytes, kInfoPlistSection) : std::nullopt;
+    const auto launchd = bytes ? embeddedList(*bytes, kLaunchdPlistSection) : std::nullopt;
+    if (!info || !launchd || stringOf(*launchd, "Label") != label) {
+        return false;
+    }
+    const auto installed = numbersOf(stringOf(*info, "CFBundleVersion"));
+    const auto offered = numbersOf(stringOf(helper.info, "CFBundleVersion"));
+    return installed > offered || (installed == offered && *bytes == helper.tool);
 }
 
 void Blessing::install(const std::string& label, const Helper& helper, const Done& done) {

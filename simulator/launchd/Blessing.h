@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <string>
 
 #include "launchd/Authorizations.h"
@@ -21,6 +22,13 @@ inline constexpr int kSMErrorJobPlistNotFound = 8;
 /// The application is the caller's own bundle. Its Info.plist must name the helper under
 /// SMPrivilegedExecutables, and the helper's embedded Info.plist must name the application under
 /// SMAuthorizedClients.
+///
+/// As on a Mac, a helper that is installed already is replaced by one of a higher CFBundleVersion only: one
+/// of the same or a higher version stays as it is, its job undisturbed, running or not, and the blessing
+/// succeeds. It is replaced whatever its version when it is not whole: its tool, property list or job is
+/// missing or damaged. There are no signatures here that would tell a damaged tool; it is one that carries no
+/// property lists, that somebody other than root may write, or that differs from an offered one of the same
+/// version.
 class Blessing {
   public:
     /// Gets 0 or the code, and words for people.
@@ -29,7 +37,8 @@ class Blessing {
     Blessing(JobRegistry& jobs, SystemLogFile& log, const Authorizations& authorizations,
              const Faults& faults);
 
-    /// Calls `done` when the helper's job is registered, or at once with the reason why it is not.
+    /// Calls `done` when the helper's job is registered, or with the reason why it is not. While a job of
+    /// that label is being removed, the blessing waits for that and then begins.
     void bless(const Caller& caller, const std::string& token, const std::string& label, const Done& done);
 
   private:
@@ -37,6 +46,8 @@ class Blessing {
 
     [[nodiscard]] int check(const Caller& caller, const std::string& label, Helper& helper,
                             std::string& why) const;
+    void settle(const std::string& label, const std::shared_ptr<const Helper>& helper, const Done& done);
+    [[nodiscard]] bool isInstalled(const std::string& label, const Helper& helper) const;
     void install(const std::string& label, const Helper& helper, const Done& done);
     void refuse(const std::string& label, int code, const std::string& why, const Done& done);
 

@@ -127,10 +127,30 @@ void JobRegistry::bootout(const DomainId& domain, const std::string& label, std:
         return;
     }
     job->state = Job::State::stopping;
+    // First, so that nobody comes to a process that has been asked to go; who has connected may still be
+    // served.
+    withdrawServices(*job);
     ::kill(*job->pid, SIGTERM);
     const pid_t pid = *job->pid;
     job->timer =
         loop_.after(std::chrono::seconds(job->definition.exitTimeOut), [pid] { ::kill(pid, SIGKILL); });
+}
+
+void JobRegistry::afterRemoval(const DomainId& domain, const std::string& label,
+                               const std::function<void()>& done) {
+    Job* job = findMutable(domain, label);
+    if (job == nullptr || job->state != Job::State::stopping) {
+        done();
+        return;
+    }
+    job->waiting.emplace_back([done](int) { done(); });
+}
+
+void JobRegistry::withdrawServices(const Job& job) {
+    for (const std::string& name : job.serviceNames) {
+        std::error_code ignored;
+        std::filesystem::remove("/var/run/mach/" + name, ignored);
+    }
 }
 
 void JobRegistry::forget(Job& job) {
@@ -138,10 +158,7 @@ void JobRegistry::forget(Job& job) {
     if (job.timer) {
         loop_.cancel(*job.timer);
     }
-    for (const std::string& name : job.serviceNames) {
-        std::error_code ignored;
-        std::filesystem::remove("/var/run/mach/" + name, ignored);
-    }
+    withdrawServices(job);
     const auto waiting = std::move(job.waiting);
     jobs_.erase({job.domain, job.definition.label});
     for (const auto& done : waiting) {

@@ -71,7 +71,10 @@ class JobRegistry {
     /// Registers the job of a property list and starts it if it runs at load.
     int bootstrap(const DomainId& domain, const std::string& plist);
     /// Ends a job and forgets it; `done` is called when its process has gone, at once if that is refused.
+    /// Its mach services cannot be found any more from this call on.
     void bootout(const DomainId& domain, const std::string& label, std::function<void(int)> done);
+    /// Calls `done` when the removal of a job has ended that is under way; at once when none is.
+    void afterRemoval(const DomainId& domain, const std::string& label, const std::function<void()>& done);
     int setEnabled(const DomainId& domain, const std::string& label, bool enabled);
     int kickstart(const DomainId& domain, const std::string& label, bool killFirst);
     int kill(const DomainId& domain, const std::string& label, int signal);
@@ -95,6 +98,7 @@ class JobRegistry {
     void ended(Job& job, int status);
     void startLater(Job& job, std::chrono::milliseconds delay);
     void forget(Job& job);
+    static void withdrawServices(const Job& job);
     [[nodiscard]] Job* findMutable(const DomainId& domain, const std::string& label);
     [[nodiscard]] std::string disabledFile(const DomainId& domain) const;
     void readDisabled(const DomainId& domain);

@@ -8,6 +8,7 @@
 #include "Helpers/RefusalLog.h"
 #include "Helpers/Retirement.h"
 #include "InstallCommon/IntallHelper.h"
+#include "InstallCommon/SupportPrivilegedHelperClient.h"
 #include "NorvikCommon/InstallerLog.h"
 #include "Platform/SystemPorts.h"
 
@@ -20,15 +21,18 @@ constexpr std::uint32_t kIdleSeconds = 2;
 int main() {
     Platform::SystemPorts::setCurrent(&Platform::createSystemPorts());
     const std::string label(InstallCommon::InstallHelper::machServiceName);
-    const std::unique_ptr<Platform::XPCListener> listener =
-        Platform::SystemPorts::current().xpc.makeListener(label, Helpers::authorizedClients());
+    // Never destroyed, nor is what uses it: a request to end may come at any moment.
+    Platform::XPCListener* const listener =
+        Platform::SystemPorts::current().xpc.makeListener(label, Helpers::authorizedClients()).release();
     if (listener == nullptr) {
         NorvikCommon::logInstallerLine("launchd handed over no service named " + label);
         return 1;
     }
     const auto refusals = std::make_shared<Helpers::RefusalLog>();
     const auto refused = [refusals](const std::string& why) { refusals->note(why); };
-    auto executor = std::make_shared<Helpers::CommandExecutor>(*listener);
+    auto* const retirement = new Helpers::Retirement(
+        label, std::string(InstallCommon::SupportPrivilegedHelperClient::machServiceName), *listener);
+    auto executor = std::make_shared<Helpers::CommandExecutor>(*listener, *retirement);
     const std::shared_ptr<Platform::XPCObject> exported =
         InstallCommon::exportedCommandExecuting(executor, refused);
     listener->run(
@@ -39,6 +43,5 @@ int main() {
         },
         refused, kIdleSeconds);
     refusals->summarize();
-    Helpers::retireRemovedTools(label);
     return 0;
 }

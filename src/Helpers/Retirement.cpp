@@ -1,8 +1,9 @@
 #include "Helpers/Retirement.h"
 
-#include <memory>
+#include <utility>
 #include <vector>
 
+#include "Helpers/LaunchdJob.h"
 #include "NorvikCommon/Product Paths Information/ComponentPathProvider.h"
 #include "NorvikCommon/Product Paths Information/SystemPathProvider.h"
 #include "Platform/SystemPorts.h"
@@ -10,6 +11,17 @@
 namespace Helpers {
 
 namespace {
+
+constexpr std::int64_t kMillisecond = 1'000'000;
+constexpr std::int64_t kSecond = 1000 * kMillisecond;
+/// How often something is looked at that launchd does not announce.
+constexpr std::int64_t kPoll = 20 * kMillisecond;
+/// A support helper that has served leaves after 2 seconds. One that stays longer serves somebody else.
+constexpr std::int64_t kSupportHelperPatience = 5 * kSecond;
+constexpr std::int64_t kSupportHelperPoll = 200 * kMillisecond;
+/// Far more than launchd takes to hear of a removal.
+constexpr std::int64_t kRequestPatience = 10 * kSecond;
+constexpr std::int64_t kAnswerPatience = 2 * kSecond;
 
 /// A helper tool where launchd's blessing puts it.
 NorvikCommon::DaemonInfo blessedTool(const std::string& label) {
@@ -26,35 +38,115 @@ bool isGone(const NorvikCommon::DaemonInfo& tool) {
     return !files.itemExists(*tool.executable->location) && !files.itemExists(*tool.launchd->plistLocation());
 }
 
-void takeOutOfLaunchd(const std::string& label) {
-    const std::string launchctl = NorvikCommon::SystemPathProvider::launchctlExecutable().path();
-    const std::unique_ptr<Platform::Task> task = Platform::SystemPorts::current().tasks.launch(
-        launchctl, std::vector<std::string>{"bootout", "system/" + label});
-    if (task != nullptr) {
-        task->waitUntilExit();
+std::optional<Platform::FileIdentity> identityOf(const NorvikCommon::DaemonInfo& tool) {
+    return Platform::SystemPorts::current().files.identity(*tool.executable->location);
+}
+
+void takeRemovedToolsOutOfLaunchd(const std::string& ownLabel) {
+    for (const NorvikCommon::DaemonInfo& tool : NorvikCommon::ComponentPathProvider::auxiliaryHelperTools()) {
+        if (*tool.launchd->label != ownLabel && isGone(tool)) {
+            bootOut(*tool.launchd->label);
+        }
     }
 }
 
 }  // namespace
 
-void retireRemovedTools(const std::string& ownLabel) {
-    if (!isGone(blessedTool(ownLabel))) {
-        return;
-    }
-    for (const NorvikCommon::DaemonInfo& tool : NorvikCommon::ComponentPathProvider::auxiliaryHelperTools()) {
-        if (*tool.launchd->label != ownLabel && isGone(tool)) {
-            takeOutOfLaunchd(*tool.launchd->label);
-        }
-    }
-    takeOutOfLaunchd(ownLabel);
+Retirement::Retirement(std::string ownLabel, std::string supportLabel, Platform::XPCListener& listener)
+    : ownLabel_(std::move(ownLabel)),
+      supportLabel_(std::move(supportLabel)),
+      requests_(Platform::SystemPorts::current().dispatch.makeSemaphore(0)) {
+    Platform::SystemPorts::current().termination.onRequest([requests = requests_, &listener] {
+        listener.stop();
+        requests->signal();
+    });
 }
 
-void retireSelf(const std::string& ownLabel) {
-    const NorvikCommon::DaemonInfo self = blessedTool(ownLabel);
-    Platform::FileManager& files = Platform::SystemPorts::current().files;
-    static_cast<void>(files.removeItem(*self.executable->location));
-    static_cast<void>(files.removeItem(*self.launchd->plistLocation()));
-    takeOutOfLaunchd(ownLabel);
+void Retirement::listBegins() {
+    supportTool_ = identityOf(blessedTool(supportLabel_));
+}
+
+void Retirement::listEnds(const std::function<bool()>& isAnotherWaiting) {
+    const NorvikCommon::DaemonInfo own = blessedTool(ownLabel_);
+    if (!isGone(own)) {
+        return;
+    }
+    const bool isSupportHelperDone = waitForSupportHelper(isAnotherWaiting);
+    if (isAnotherWaiting()) {
+        return;
+    }
+    if (isSupportHelperDone) {
+        removeSupportHelper();
+    }
+    takeRemovedToolsOutOfLaunchd(ownLabel_);
+    if (isGone(own) && !isAnotherWaiting()) {
+        removeOwnJob();
+    }
+}
+
+/// Whoever uses the support helper is about to send a list, perhaps to this process: that list is waited for.
+/// True when launchd says that the support helper does not run.
+bool Retirement::waitForSupportHelper(const std::function<bool()>& isAnotherWaiting) {
+    const Platform::SystemPorts& ports = Platform::SystemPorts::current();
+    const std::unique_ptr<Platform::Semaphore> never = ports.dispatch.makeSemaphore(0);
+    const std::uint64_t deadline = ports.clock.time(kSupportHelperPatience);
+    while (stateOfJob(supportLabel_) == JobState::running) {
+        if (isAnotherWaiting() || ports.clock.now() >= deadline) {
+            return false;
+        }
+        static_cast<void>(never->wait(ports.clock.time(kSupportHelperPoll)));
+    }
+    return true;
+}
+
+void Retirement::removeSupportHelper() {
+    const NorvikCommon::DaemonInfo support = blessedTool(supportLabel_);
+    if (identityOf(support) != supportTool_) {
+        return;
+    }
+    // The job first: launchd must never find a job without its tool. When it keeps the job, the tool stays.
+    if (!bootOut(supportLabel_) && stateOfJob(supportLabel_) != JobState::absent) {
+        return;
+    }
+    if (identityOf(support) == supportTool_) {
+        Platform::FileManager& files = Platform::SystemPorts::current().files;
+        static_cast<void>(files.removeItem(*support.executable->location));
+        static_cast<void>(files.removeItem(*support.launchd->plistLocation()));
+    }
+}
+
+void Retirement::removeOwnJob() {
+    const Platform::SystemPorts& ports = Platform::SystemPorts::current();
+    while (requests_->wait(ports.clock.now())) {
+        // An earlier request does not tell whether launchd has heard of this removal.
+    }
+    const std::unique_ptr<Platform::Task> launchctl = startBootOut(ownLabel_);
+    if (launchctl == nullptr) {
+        return;
+    }
+    if (waitForRequest(*launchctl) && !isGone(blessedTool(ownLabel_))) {
+        // The request came from a blessing that replaces this process. Should launchctl still be on its way
+        // to launchd, it must not arrive after this process has gone: it would remove the new job.
+        const std::uint64_t deadline = ports.clock.time(kAnswerPatience);
+        while (launchctl->isRunning() && ports.clock.now() < deadline) {
+            static_cast<void>(requests_->wait(ports.clock.time(kPoll)));
+        }
+    }
+    // launchd has taken the removal; launchctl would wait for this process to end.
+    launchctl->kill();
+}
+
+/// True when launchd has asked this process to end; false when launchctl has ended or time has run out
+/// before.
+bool Retirement::waitForRequest(Platform::Task& launchctl) {
+    const Platform::SystemPorts& ports = Platform::SystemPorts::current();
+    const std::uint64_t deadline = ports.clock.time(kRequestPatience);
+    while (launchctl.isRunning() && ports.clock.now() < deadline) {
+        if (requests_->wait(ports.clock.time(kPoll))) {
+            return true;
+        }
+    }
+    return false;
 }
 
 }  // namespace Helpers

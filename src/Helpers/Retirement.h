@@ -1,20 +1,53 @@
 #pragma once
 
+#include <memory>
+#include <optional>
 #include <string>
+
+#include "Helpers/CommandExecutor.h"
+#include "Platform/Dispatch.h"
+#include "Platform/FileManager.h"
+#include "Platform/TaskRunner.h"
 
 namespace Helpers {
 
-/// How the helpers leave nothing of themselves behind. A job stays registered with launchd until the next
-/// restart even when its files are gone, and it could never start again; so its registration goes too.
-/// Nothing is logged: these are the last acts of a process whose client has its result already.
+/// How both helpers leave nothing of themselves behind when a product was removed.
+///
+/// The list that removes a product deletes the installer helper's own tool and property list. A job stays
+/// with launchd until the next restart even when its files are gone, so jobs have to be removed too, and the
+/// support helper, which is in no list, with its tool. All of that happens at the end of such a list, before
+/// its last report, and never later: whoever comes after the client has seen the list end finds launchd
+/// informed, and its blessing comes after the removal. A helper that has merely become idle removes nothing,
+/// because it cannot know of a client that has just been told that the helper is there.
+///
+/// What is not provably in nobody's use stays: nothing is removed while another list waits (that list's end
+/// does it), nor when the own tool is there again (somebody has blessed it anew); the support helper only if
+/// launchd says that it does not run, and if its tool is the very file that was there when the list began.
+/// Whatever fails on the way leaves something that the next blessing repairs. Nothing is logged: the last
+/// line of the log stays the outcome.
+class Retirement final : public ListObserver {
+  public:
+    /// From now on launchd's request to end (SIGTERM) does not end the process but stops `listener`: a list
+    /// that was taken is executed and reported to its end, as far as launchd's own patience with the job goes
+    /// (20 seconds). One per process; it and `listener` live as long as the process.
+    Retirement(std::string ownLabel, std::string supportLabel, Platform::XPCListener& listener);
 
-/// For the installer helper, when its work is done and nobody is connected: if its own files are gone (a
-/// product was removed), takes every helper tool's job whose files are gone out of launchd, its own last. Its
-/// own bootout ends this process.
-void retireRemovedTools(const std::string& ownLabel);
+    void listBegins() override;
+    /// Takes at most a few seconds more than launchctl does.
+    void listEnds(const std::function<bool()>& isAnotherWaiting) override;
 
-/// For a helper that is needed once per blessing: removes its own tool and property list and takes its job
-/// out of launchd, which ends this process.
-void retireSelf(const std::string& ownLabel);
+  private:
+    [[nodiscard]] bool waitForSupportHelper(const std::function<bool()>& isAnotherWaiting);
+    void removeSupportHelper();
+    void removeOwnJob();
+    [[nodiscard]] bool waitForRequest(Platform::Task& launchctl);
+
+    const std::string ownLabel_;
+    const std::string supportLabel_;
+    /// Signalled for every request to end.
+    std::shared_ptr<Platform::Semaphore> requests_;
+    /// The support helper's tool when the list began.
+    std::optional<Platform::FileIdentity> supportTool_;
+};
 
 }  // namespace Helpers

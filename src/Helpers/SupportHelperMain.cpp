@@ -1,14 +1,12 @@
 // com.norvik.SupportPrivilegedHelper: installs the runtime support package as root. Started on demand by
 // launchd.
 
-#include <atomic>
 #include <memory>
 #include <string>
 
 #include "Helpers/AuthorizedClients.h"
 #include "Helpers/PackageInstaller.h"
 #include "Helpers/RefusalLog.h"
-#include "Helpers/Retirement.h"
 #include "Helpers/RuntimePackage.h"
 #include "InstallCommon/SupportPrivilegedHelperClient.h"
 #include "NorvikCommon/InstallerLog.h"
@@ -22,8 +20,15 @@ using InstallCommon::SupportPrivilegedHelperClient;
 
 /// NVKSupportPrivilegedHelper, as it is exported. Every connection delivers on its own thread; installations
 /// that come at the same time wait for each other.
+///
+/// A client that has been served may stay connected without need, so it does not keep the process. Tool and
+/// job stay: the next client may have been told already that they are there. The installer helper removes
+/// them at the end of an uninstallation.
 class SupportPrivilegedHelper final : public Platform::XPCObject {
   public:
+    /// `listener` outlives the object.
+    explicit SupportPrivilegedHelper(Platform::XPCListener& listener) : listener_(listener) {}
+
     [[nodiscard]] std::string_view protocolName() const override { return "NVKSupportPrivilegedHelper"; }
 
     void message(std::string_view selector, std::vector<Platform::XPCValue> arguments,
@@ -33,14 +38,13 @@ class SupportPrivilegedHelper final : public Platform::XPCObject {
                 Platform::Error{"The support helper does not understand " + std::string(selector) + ".", 1});
             return;
         }
+        const std::shared_ptr<void> transaction = listener_.transaction();
         reply(Helpers::installPackage(std::get<Base::URL>(arguments.at(0)), Helpers::kRuntimePackage));
-        hasServed_ = true;
+        listener_.disregardPeers();
     }
 
-    [[nodiscard]] bool hasServed() const { return hasServed_; }
-
   private:
-    std::atomic<bool> hasServed_ = false;
+    Platform::XPCListener& listener_;
 };
 
 }  // namespace
@@ -55,7 +59,7 @@ int main() {
         return 1;
     }
     const auto refusals = std::make_shared<Helpers::RefusalLog>();
-    const auto helper = std::make_shared<SupportPrivilegedHelper>();
+    const auto helper = std::make_shared<SupportPrivilegedHelper>(*listener);
     listener->run(
         [&helper](const std::shared_ptr<Platform::XPCConnection>& connection,
                   const Platform::XPCPeer& /*peer*/) {
@@ -64,8 +68,5 @@ int main() {
         },
         [refusals](const std::string& why) { refusals->note(why); }, kIdleSeconds);
     refusals->summarize();
-    if (helper->hasServed()) {
-        Helpers::retireSelf(label);
-    }
     return 0;
 }

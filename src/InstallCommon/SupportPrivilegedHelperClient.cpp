@@ -16,6 +16,9 @@ namespace {
 constexpr std::string_view kProtocol = "NVKSupportPrivilegedHelper";
 constexpr const char* kPackageName = "SwiftRuntimeForCommandLineTools";
 constexpr const char* kPackageType = "pkg";
+/// The longest wait for the helper's reply. No installation of the package comes near it; without it a helper
+/// that launchd cannot start would block the program for good.
+constexpr std::int64_t kReplyTimeout = 3600LL * 1'000'000'000;
 
 }  // namespace
 
@@ -45,6 +48,10 @@ bool SupportPrivilegedHelperClient::installSwiftSupportPackage() {
     }
     std::vector<Platform::XPCValue> arguments;
     arguments.emplace_back(*package);
+    const std::unique_ptr<Platform::Timer> lastResort =
+        ports.dispatch.makeTimer([connection] { connection->invalidate(); });
+    lastResort->schedule(ports.clock.time(kReplyTimeout), kReplyTimeout, 0);
+    lastResort->resume();
     helper->message(installSelector, std::move(arguments),
                     [&succeeded](const std::optional<Platform::Error>& error) {
                         if (error) {

@@ -22,7 +22,8 @@ struct SupportPrivilegedHelperClient {
     /// Has the helper install the runtime support package of the running program's bundle. True only when the
     /// helper reported success. False without a log line when the package is not in the bundle; false with
     /// the error's description as the whole line when the helper cannot be reached or reports an error. A
-    /// helper that never answers blocks.
+    /// helper that dies or is replaced is such an error at once; one that has not answered after an hour ends
+    /// the wait with one, too.
     [[nodiscard]] static bool installSwiftSupportPackage();
 
     /// The protocol NVKSupportPrivilegedHelper.

@@ -17,6 +17,18 @@ enum class SearchPathDirectory {
     users,               ///< /Users
 };
 
+/// What tells an item from another one that has taken its place: the same only for the same item with nothing
+/// of it changed in between.
+struct FileIdentity {
+    std::uint64_t device = 0;
+    std::uint64_t inode = 0;
+    /// The time of the last change to the item or its attributes.
+    std::int64_t changeSeconds = 0;
+    std::int64_t changeNanoseconds = 0;
+
+    friend bool operator==(const FileIdentity&, const FileIdentity&) = default;
+};
+
 /// File operations, one system service each; the effective user id of the moment decides what is permitted.
 ///
 /// Error descriptions name the item's path. Nothing is logged. All calls are synchronous and may come from
@@ -53,6 +65,9 @@ class FileManager {
 
     /// Whether an item is there; links are followed, so a dangling link is not.
     [[nodiscard]] virtual bool itemExists(const Base::URL& item) = 0;
+
+    /// The identity of the item itself, a link's as the link's; nothing when it is not there.
+    [[nodiscard]] virtual std::optional<FileIdentity> identity(const Base::URL& item) = 0;
 
     /// Opens the item itself (a link as the link, open(2) O_SYMLINK) and sets its mode bits, sticky and
     /// set-id bits included (fchmod). Returns 0 or errno; EBADF when the item cannot be opened. Never changes

@@ -13,6 +13,7 @@
 #include "Platform/ServiceManagement.h"
 #include "Platform/SystemLog.h"
 #include "Platform/TaskRunner.h"
+#include "Platform/Termination.h"
 #include "Platform/Users.h"
 #include "Platform/XPC.h"
 
@@ -36,6 +37,7 @@ struct SystemPorts {
     DistantObjects& distantObjects;
     CodeModules& codeModules;
     PrivateCopies& privateCopies;
+    Termination& termination;
 
     /// The ports in force. Using them before they were set is a programming error that ends the process.
     [[nodiscard]] static const SystemPorts& current();

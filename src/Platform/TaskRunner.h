@@ -20,6 +20,10 @@ class Task {
 
     /// Blocks until the child has ended.
     virtual void waitUntilExit() = 0;
+    /// Whether the child still runs; does not block.
+    [[nodiscard]] virtual bool isRunning() = 0;
+    /// Ends the child at once if it still runs (SIGKILL), and waits for it.
+    virtual void kill() = 0;
     /// Everything the child wrote, as bytes, until the end of the pipe. Blocks while anybody holds the other
     /// end.
     [[nodiscard]] virtual std::string readOutputToEnd() = 0;

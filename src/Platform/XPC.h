@@ -122,6 +122,15 @@ class XPCListener {
     /// Opens a transaction: work that must be finished although nobody may be connected any more. It lasts as
     /// long as the returned pointer or a copy of it. May be called on any thread.
     [[nodiscard]] virtual std::shared_ptr<void> transaction() = 0;
+
+    /// From now on a peer that stays connected does not keep `run`, only a transaction does: it returns when
+    /// for `idleSeconds` nobody has come, nobody has left and no transaction was open. May be called on any
+    /// thread, more than once.
+    virtual void disregardPeers() = 0;
+
+    /// The same, and `run` returns at once when nobody is connected, nobody waits to be accepted and no
+    /// transaction is open.
+    virtual void stop() = 0;
 };
 
 /// NSXPCConnectionPrivileged: the mach service lives in the system domain.

@@ -31,11 +31,15 @@ class FakeSemaphore final : public Platform::Semaphore {
 
 class FakeQueue final : public Platform::Queue {
   public:
-    explicit FakeQueue(CallList& calls) : calls_(calls) {}
+    FakeQueue(FakeDispatch& owner, CallList& calls) : owner_(owner), calls_(calls) {}
 
     void async(std::function<void()> block) override {
         calls_.emplace_back("async");
-        block();
+        if (owner_.keepsBlocks) {
+            owner_.kept.push_back(std::move(block));
+        } else {
+            block();
+        }
     }
     void sync(const std::function<void()>& block) override {
         calls_.emplace_back("sync");
@@ -43,6 +47,7 @@ class FakeQueue final : public Platform::Queue {
     }
 
   private:
+    FakeDispatch& owner_;
     CallList& calls_;
 };
 
@@ -81,6 +86,14 @@ class FakeRemoteObject final : public Platform::XPCObject {
 
 }  // namespace
 
+void FakeDispatch::runKept() {
+    while (!kept.empty()) {
+        const std::function<void()> block = std::move(kept.front());
+        kept.pop_front();
+        block();
+    }
+}
+
 std::unique_ptr<Platform::Semaphore> FakeDispatch::makeSemaphore(std::int64_t value) {
     calls_.push_back("semaphore " + std::to_string(value));
     return std::make_unique<FakeSemaphore>(value, *this, calls_);
@@ -88,12 +101,12 @@ std::unique_ptr<Platform::Semaphore> FakeDispatch::makeSemaphore(std::int64_t va
 
 std::unique_ptr<Platform::Queue> FakeDispatch::makeConcurrentQueue(const std::string& label) {
     calls_.push_back("concurrent queue " + label);
-    return std::make_unique<FakeQueue>(calls_);
+    return std::make_unique<FakeQueue>(*this, calls_);
 }
 
 std::unique_ptr<Platform::Queue> FakeDispatch::makeSerialQueue(const std::string& label) {
     calls_.push_back("serial queue " + label);
-    return std::make_unique<FakeQueue>(calls_);
+    return std::make_unique<FakeQueue>(*this, calls_);
 }
 
 std::unique_ptr<Platform::Timer> FakeDispatch::makeTimer(std::function<void()> handler) {
@@ -148,7 +161,20 @@ std::shared_ptr<Platform::XPCObject> FakeConnection::synchronousRemoteObjectProx
     if (!remoteInterface) {
         return nullptr;
     }
-    FakeService answer = answer_;
+    FakeService answer = [this, failed](std::string_view selector, std::vector<Platform::XPCValue> arguments,
+                                        const Platform::XPCReply& reply) {
+        const auto isAnswered = std::make_shared<bool>(false);
+        if (answer_) {
+            answer_(selector, std::move(arguments),
+                    [isAnswered, reply](const std::optional<Platform::Error>& error) {
+                        *isAnswered = true;
+                        reply(error);
+                    });
+        }
+        if (!*isAnswered && isInvalidated) {
+            failed({"The connection to service named " + service_ + " was invalidated.", 4099});
+        }
+    };
     if (unreachable) {
         answer = [failed = std::move(failed), error = *unreachable](
                      std::string_view, std::vector<Platform::XPCValue>, const Platform::XPCReply&) {

@@ -34,7 +34,7 @@ bool isRootsAlone(const FakeFileManager::Node& node) {
 
 void FakeFileManager::addFolder(const std::string& path) {
     for (std::string each = path; each != "/"; each = parentOf(each)) {
-        nodes.try_emplace(each, Node{Node::Kind::folder, "", 0755, 0, 0});
+        nodes.try_emplace(each, Node{Node::Kind::folder, "", 0755, 0, 0, ++inodes_});
     }
 }
 
@@ -42,11 +42,12 @@ void FakeFileManager::addFile(const std::string& path, const std::string& conten
     addFolder(parentOf(path));
     nodes[path] = Node{};
     nodes[path].contents = contents;
+    nodes[path].inode = ++inodes_;
 }
 
 void FakeFileManager::addLink(const std::string& path, const std::string& target) {
     addFolder(parentOf(path));
-    nodes[path] = Node{Node::Kind::link, target, 0755, 501, 20};
+    nodes[path] = Node{Node::Kind::link, target, 0755, 501, 20, ++inodes_};
 }
 
 void FakeFileManager::failOn(const std::string& operation, const std::string& path, Platform::Error error) {
@@ -68,6 +69,12 @@ std::optional<Platform::Error> FakeFileManager::injected(const std::string& oper
                                                          const std::string& path) {
     calls_.push_back(operation + " " + path);
     return failure(operation, path);
+}
+
+std::optional<Platform::FileIdentity> FakeFileManager::identity(const Base::URL& item) {
+    const auto found = nodes.find(item.path());
+    return found == nodes.end() ? std::nullopt
+                                : std::optional(Platform::FileIdentity{1, found->second.inode, 0, 0});
 }
 
 std::optional<Platform::Error> FakeFileManager::createDirectory(const Base::URL& directory,

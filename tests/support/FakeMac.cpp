@@ -33,7 +33,8 @@ FakeMac::FakeMac()
              dispatch,
              distantObjects,
              codeModules,
-             privateCopies},
+             privateCopies,
+             termination},
       scope_(ports_) {}
 
 CallList FakeMac::callsOf(const std::string& prefix) const {
@@ -54,6 +55,11 @@ class FakeTask final : public Platform::Task {
     void waitUntilExit() override {
         calls_.emplace_back("wait");
         ended_ = true;
+    }
+    [[nodiscard]] bool isRunning() override { return result_.runsOn; }
+    void kill() override {
+        calls_.emplace_back(result_.runsOn ? "kill task" : "end of task");
+        result_.runsOn = false;
     }
     [[nodiscard]] std::string readOutputToEnd() override {
         calls_.emplace_back("read output");
@@ -98,12 +104,19 @@ std::unique_ptr<Platform::Task> FakeTaskRunner::launch(
     if (notExecutable.contains(path)) {
         return nullptr;
     }
-    if (const auto found = results.find(commandLine); found != results.end()) {
-        return std::make_unique<FakeTask>(found->second, calls_);
+    const auto found = results.find(commandLine);
+    const auto answered = found == results.end() && answer
+                              ? answer(path, arguments.value_or(std::vector<std::string>{}))
+                              : std::nullopt;
+    Result result = found == results.end() ? answered.value_or(Result{}) : found->second;
+    if (auto& first = firstResults[commandLine]; !first.empty()) {
+        result = std::move(first.front());
+        first.pop_front();
     }
-    const auto answered =
-        answer ? answer(path, arguments.value_or(std::vector<std::string>{})) : std::nullopt;
-    return std::make_unique<FakeTask>(answered.value_or(Result{}), calls_);
+    if (result.onLaunch) {
+        result.onLaunch();
+    }
+    return std::make_unique<FakeTask>(std::move(result), calls_);
 }
 
 // Processes.

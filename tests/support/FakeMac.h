@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <map>
 #include <memory>
@@ -37,6 +38,8 @@ class FakeFileManager final : public Platform::FileManager {
         std::uint32_t owner = 501;
         std::uint32_t group = 20;
         std::string contents{};
+        /// Another one for each node that was added.
+        std::uint64_t inode = 0;
 
         friend bool operator==(const Node&, const Node&) = default;
     };
@@ -59,6 +62,7 @@ class FakeFileManager final : public Platform::FileManager {
     [[nodiscard]] std::optional<Platform::Error> copyItem(const Base::URL& source,
                                                           const Base::URL& destination) override;
     [[nodiscard]] bool itemExists(const Base::URL& item) override;
+    [[nodiscard]] std::optional<Platform::FileIdentity> identity(const Base::URL& item) override;
     [[nodiscard]] int setMode(const Base::URL& item, std::uint16_t mode) override;
     [[nodiscard]] int setOwner(const Base::URL& item, std::uint32_t owner, std::uint32_t group) override;
     void setOwnerOfContents(const Base::URL& directory, std::uint32_t owner, std::uint32_t group,
@@ -85,6 +89,7 @@ class FakeFileManager final : public Platform::FileManager {
     [[nodiscard]] std::optional<Platform::Error> removeTree(const std::string& path);
 
     CallList& calls_;
+    std::uint64_t inodes_ = 0;
     std::map<std::pair<std::string, std::string>, Platform::Error> failures_;
 };
 
@@ -92,10 +97,14 @@ class FakeFileManager final : public Platform::FileManager {
 class FakeTaskRunner final : public Platform::TaskRunner {
   public:
     struct Result {
-        std::string output;
-        std::string error;
+        std::string output{};
+        std::string error{};
         std::int32_t status = 0;
         Platform::TerminationReason reason = Platform::TerminationReason::exit;
+        /// Runs until it is killed; else it has ended when it is first asked about.
+        bool runsOn = false;
+        /// Called when the process starts.
+        std::function<void()> onLaunch{};
     };
 
     explicit FakeTaskRunner(CallList& calls) : calls_(calls) {}
@@ -108,6 +117,8 @@ class FakeTaskRunner final : public Platform::TaskRunner {
     /// Answers what `results` does not; nothing leaves the child to succeed silently.
     std::function<std::optional<Result>(const std::string& path, const std::vector<std::string>& arguments)>
         answer;
+    /// Those that come before the one in `results`, in order.
+    std::map<std::string, std::deque<Result>> firstResults;
     std::set<std::string> notExecutable;
     /// The argument vectors as they were given, in order.
     std::vector<std::optional<std::vector<std::string>>> argumentVectors;
@@ -295,6 +306,10 @@ class FakeDispatch final : public Platform::Dispatch {
     std::function<void()> onWait;
     /// The handlers of the timers that were made.
     std::vector<std::function<void()>> timerHandlers;
+    /// Queues keep their blocks until `runKept`.
+    bool keepsBlocks = false;
+    std::deque<std::function<void()>> kept;
+    void runKept();
 
   private:
     CallList& calls_;
@@ -322,6 +337,7 @@ class FakeConnection final : public Platform::XPCConnection {
     std::function<void()> invalidationHandler;
     std::function<void()> interruptionHandler;
     std::optional<Platform::XPCInterface> remoteInterface;
+    /// A synchronous call that has not been answered fails when the connection is invalidated.
     bool isInvalidated = false;
     /// Given instead of a remote object of the interface's protocol.
     std::optional<std::string> protocolOfProxy;
@@ -399,6 +415,15 @@ class FakeCodeModules final : public Platform::CodeModules {
     CallList& calls_;
 };
 
+/// A process that is asked to end when a test says so.
+class FakeTermination final : public Platform::Termination {
+  public:
+    void onRequest(std::function<void()> requested) override { request = std::move(requested); }
+
+    /// Asks; empty until somebody has listened.
+    std::function<void()> request;
+};
+
 /// Sets the ports for as long as it lives and makes everything that a process makes once be made anew, so
 /// that each test starts like a new process.
 class ScopedSystemPorts {
@@ -431,6 +456,7 @@ class FakeMac {
     FakeDistantObjects distantObjects{calls};
     FakeCodeModules codeModules{calls};
     FakePrivateCopies privateCopies{calls};
+    FakeTermination termination;
 
     /// The calls that begin with `prefix`.
     [[nodiscard]] CallList callsOf(const std::string& prefix) const;

@@ -25,4 +25,8 @@ int openFolderForLookup(const char* path) {
     return ::open(path, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
 }
 
+timespec changeTime(const struct stat& status) {
+    return status.st_ctimespec;
+}
+
 }  // namespace Platform::Posix

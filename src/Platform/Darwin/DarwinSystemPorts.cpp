@@ -12,6 +12,7 @@
 #include "Platform/Posix/PosixCodeModules.h"
 #include "Platform/Posix/PosixPrivateCopies.h"
 #include "Platform/Posix/PosixTaskRunner.h"
+#include "Platform/Posix/PosixTermination.h"
 #include "Platform/Posix/PosixUsers.h"
 #include "Platform/SystemPorts.h"
 
@@ -35,10 +36,11 @@ struct Services {
     Darwin::DarwinDistantObjects distantObjects;
     Posix::PosixCodeModules codeModules;
     Posix::PosixPrivateCopies privateCopies;
+    Posix::PosixTermination termination;
 
     const SystemPorts ports{
         log, files,   tasks, processes, users,          kernelExtensions, authorization, serviceManagement,
-        xpc, bundles, clock, dispatch,  distantObjects, codeModules,      privateCopies};
+        xpc, bundles, clock, dispatch,  distantObjects, codeModules,      privateCopies, termination};
 };
 
 }  // namespace

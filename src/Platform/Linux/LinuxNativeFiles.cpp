@@ -56,4 +56,8 @@ int openFolderForLookup(const char* path) {
     return ::open(path, O_PATH | O_DIRECTORY | O_CLOEXEC);
 }
 
+timespec changeTime(const struct stat& status) {
+    return status.st_ctim;
+}
+
 }  // namespace Platform::Posix

@@ -17,14 +17,29 @@ namespace Platform::Linux {
 
 /// How much is under way: connections in use and transactions.
 struct LinuxXPCListener::Activity {
-    std::atomic<int> count{0};
-    std::atomic<int> connections{0};
-    Posix::Descriptor ended{::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)};
+    std::atomic<int> peers{0};
+    std::atomic<int> transactions{0};
+    std::atomic<bool> disregardsPeers{false};
+    std::atomic<bool> isStopping{false};
+    /// Readable when something has ended or one of the flags was set.
+    Posix::Descriptor changed{::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)};
 
-    void finishOne() {
-        --count;
+    [[nodiscard]] bool isIdle() const { return transactions == 0 && (peers == 0 || disregardsPeers); }
+    [[nodiscard]] bool isOver() const { return isStopping && transactions == 0 && peers == 0; }
+
+    void announce() const {
         const std::uint64_t one = 1;
-        static_cast<void>(!::write(ended.get(), &one, sizeof one));
+        static_cast<void>(!::write(changed.get(), &one, sizeof one));
+    }
+
+    /// Counts one until the returned pointer and its copies are gone.
+    static std::shared_ptr<void> count(const std::shared_ptr<Activity>& self,
+                                       std::atomic<int> Activity::*counter) {
+        ++(*self.*counter);
+        return {self.get(), [self, counter](void*) {
+                    --(*self.*counter);
+                    self->announce();
+                }};
     }
 };
 
@@ -39,14 +54,17 @@ LinuxXPCListener::LinuxXPCListener(Posix::Descriptor socket, std::vector<std::st
 }
 
 std::shared_ptr<void> LinuxXPCListener::transaction() {
-    ++activity_->count;
-    return {activity_.get(), [activity = activity_](void*) { activity->finishOne(); }};
+    return Activity::count(activity_, &Activity::transactions);
 }
 
-std::shared_ptr<void> LinuxXPCListener::connectionInUse() {
-    ++activity_->connections;
-    return {activity_.get(),
-            [activity = activity_, work = transaction()](void*) { --activity->connections; }};
+void LinuxXPCListener::disregardPeers() {
+    activity_->disregardsPeers = true;
+    activity_->announce();
+}
+
+void LinuxXPCListener::stop() {
+    activity_->isStopping = true;
+    disregardPeers();
 }
 
 void LinuxXPCListener::run(const Accept& accept, const Refused& refused, std::uint32_t idleSeconds) {
@@ -54,16 +72,17 @@ void LinuxXPCListener::run(const Accept& accept, const Refused& refused, std::ui
     constexpr int kMillisecondsPerSecond = 1000;
     const int idleTime = static_cast<int>(idleSeconds) * kMillisecondsPerSecond;
     for (;;) {
-        const bool isIdle = activity_->count == 0;
         std::array<pollfd, 2> polled{pollfd{socket_.get(), POLLIN, 0},
-                                     pollfd{activity_->ended.get(), POLLIN, 0}};
-        const int ready = ::poll(polled.data(), polled.size(), isIdle ? idleTime : kForever);
-        if (ready == 0 && activity_->count == 0) {
+                                     pollfd{activity_->changed.get(), POLLIN, 0}};
+        // Who connects from now on stays in the socket's queue, which process 1 has too.
+        const int patience = activity_->isOver() ? 0 : activity_->isIdle() ? idleTime : kForever;
+        const int ready = ::poll(polled.data(), polled.size(), patience);
+        if (ready == 0 && activity_->isIdle()) {
             return;
         }
         if (polled[1].revents != 0) {
-            std::uint64_t ended = 0;
-            static_cast<void>(!::read(activity_->ended.get(), &ended, sizeof ended));
+            std::uint64_t changes = 0;
+            static_cast<void>(!::read(activity_->changed.get(), &changes, sizeof changes));
         }
         if (polled[0].revents != 0) {
             acceptOne(accept, refused);
@@ -88,12 +107,12 @@ void LinuxXPCListener::acceptOne(const Accept& accept, const Refused& refused) {
         refused(name + ": " + *why);
         return;
     }
-    if (activity_->connections >= kMostConnections) {
+    if (activity_->peers >= kMostConnections) {
         refused(name + ": too many are connected already");
         return;
     }
     auto connection = std::make_shared<LinuxXPCConnection>(
-        std::move(socket), connectionInUse(),
+        std::move(socket), Activity::count(activity_, &Activity::peers),
         [refused, name](const std::string& why) { refused(name + ": " + why); });
     if (!accept(connection, peer)) {
         refused(name + ": the service does not take it");

@@ -27,6 +27,8 @@ class LinuxXPCListener final : public XPCListener {
 
     void run(const Accept& accept, const Refused& refused, std::uint32_t idleSeconds) override;
     [[nodiscard]] std::shared_ptr<void> transaction() override;
+    void disregardPeers() override;
+    void stop() override;
 
   private:
     struct Activity;

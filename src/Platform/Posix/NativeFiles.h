@@ -1,6 +1,9 @@
 #pragma once
 
+#include <sys/stat.h>
 #include <sys/types.h>
+
+#include <ctime>
 
 namespace Platform::Posix {
 
@@ -18,5 +21,8 @@ namespace Platform::Posix {
 /// Opens a folder as the starting point of descriptor-relative calls, following links. Where the system can,
 /// permission to search the folder is enough.
 [[nodiscard]] int openFolderForLookup(const char* path);
+
+/// When an item's contents or attributes were last changed; the member has another name on each system.
+[[nodiscard]] timespec changeTime(const struct stat& status);
 
 }  // namespace Platform::Posix

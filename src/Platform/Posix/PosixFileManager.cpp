@@ -129,6 +129,16 @@ bool PosixFileManager::itemExists(const Base::URL& item) {
     return ::stat(item.path().c_str(), &status) == 0;
 }
 
+std::optional<FileIdentity> PosixFileManager::identity(const Base::URL& item) {
+    struct stat status {};
+    if (::lstat(item.path().c_str(), &status) != 0) {
+        return std::nullopt;
+    }
+    const timespec changed = changeTime(status);
+    return FileIdentity{static_cast<std::uint64_t>(status.st_dev), static_cast<std::uint64_t>(status.st_ino),
+                        changed.tv_sec, changed.tv_nsec};
+}
+
 int PosixFileManager::setMode(const Base::URL& item, std::uint16_t mode) {
     const Descriptor opened(openItemItself(item.path().c_str()));
     if (!opened) {

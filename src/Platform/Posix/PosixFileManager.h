@@ -18,6 +18,7 @@ class PosixFileManager : public FileManager {
     [[nodiscard]] std::optional<bool> hasVisibleEntries(const Base::URL& directory, Error& error) override;
     [[nodiscard]] std::optional<Error> removeItem(const Base::URL& item) override;
     [[nodiscard]] bool itemExists(const Base::URL& item) override;
+    [[nodiscard]] std::optional<FileIdentity> identity(const Base::URL& item) override;
     [[nodiscard]] int setMode(const Base::URL& item, std::uint16_t mode) override;
     [[nodiscard]] int setOwner(const Base::URL& item, std::uint32_t owner, std::uint32_t group) override;
     void setOwnerOfContents(const Base::URL& directory, std::uint32_t owner, std::uint32_t group,

@@ -67,10 +67,15 @@ class SpawnedTask final : public Task {
     ~SpawnedTask() override {
         output_.reset(-1);
         error_.reset(-1);
-        wait();
+        wait(0);
     }
 
-    void waitUntilExit() override { wait(); }
+    void waitUntilExit() override { wait(0); }
+    bool isRunning() override {
+        wait(WNOHANG);
+        return !ended_;
+    }
+    void kill() override;
     std::string readOutputToEnd() override { return readToEnd(output_); }
     std::string readErrorToEnd() override { return readToEnd(error_); }
     std::int32_t terminationStatus() const override {
@@ -83,7 +88,7 @@ class SpawnedTask final : public Task {
     }
 
   private:
-    void wait();
+    void wait(int options);
     void requireEnded() const {
         if (!ended_) {
             Base::fatalError("The status of a child process was asked for before it had been waited for.");
@@ -98,10 +103,21 @@ class SpawnedTask final : public Task {
     TerminationReason reason_ = TerminationReason::exit;
 };
 
-void SpawnedTask::wait() {
+void SpawnedTask::kill() {
+    // Before it has been waited for, the number cannot have gone to another process.
+    if (!ended_) {
+        ::kill(child_, SIGKILL);
+    }
+    wait(0);
+}
+
+void SpawnedTask::wait(int options) {
     while (!ended_) {
         int status = 0;
-        const pid_t result = ::waitpid(child_, &status, 0);
+        const pid_t result = ::waitpid(child_, &status, options);
+        if (result == 0) {
+            return;
+        }
         if (result == child_) {
             const bool signalled = WIFSIGNALED(status);
             reason_ = signalled ? TerminationReason::uncaughtSignal : TerminationReason::exit;

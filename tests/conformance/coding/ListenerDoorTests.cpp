@@ -15,6 +15,8 @@ using namespace std::chrono_literals;
 using Platform::Darwin::ListenerDoor;
 
 constexpr auto kIdle = 50ms;
+constexpr auto kConnection = ListenerDoor::Work::connection;
+constexpr auto kTransaction = ListenerDoor::Work::transaction;
 
 TEST(ListenerDoor, IsShutUntilSomebodyServes) {
     ListenerDoor door;
@@ -50,9 +52,36 @@ TEST(ListenerDoor, StopsServingWhenNobodyHasComeForTheIdleTime) {
     EXPECT_TRUE(door.shut());
 }
 
+TEST(ListenerDoor, StopsServingAtOnceWhenItIsStoppedAndNothingIsUnderWay) {
+    ListenerDoor door;
+    door.stop();
+    door.serve([](void*) { return true; }, std::chrono::hours(1));
+    EXPECT_TRUE(door.shut());
+}
+
+TEST(ListenerDoor, DoesNotServeForAConnectionOnceItDisregardsPeers) {
+    ListenerDoor door;
+    door.begin(kConnection);
+    door.disregardPeers();
+    door.serve([](void*) { return true; }, kIdle);
+    EXPECT_TRUE(door.shut());
+    door.end(kConnection);
+}
+
+TEST(ListenerDoor, ATransactionKeepsADoorThatWasStopped) {
+    ListenerDoor door;
+    door.begin(kTransaction);
+    door.stop();
+    EXPECT_FALSE(door.shut());
+    std::thread worker([&] { door.end(kTransaction); });
+    door.serve([](void*) { return true; }, std::chrono::hours(1));
+    worker.join();
+    EXPECT_TRUE(door.shut());
+}
+
 TEST(ListenerDoor, TellsEachVisitorItsOwnDecisionFromTheServingThread) {
     ListenerDoor door;
-    door.begin();
+    door.begin(kConnection);
     int welcome = 0;
     int unwelcome = 0;
     std::atomic<int> decided = 0;
@@ -73,7 +102,7 @@ TEST(ListenerDoor, TellsEachVisitorItsOwnDecisionFromTheServingThread) {
     }
     EXPECT_FALSE(door.knock(&unwelcome));
     EXPECT_TRUE(door.knock(&welcome));
-    door.end();
+    door.end(kConnection);
     server.join();
     EXPECT_EQ(decided, 3);
     EXPECT_EQ(decider, serverId);
@@ -81,7 +110,7 @@ TEST(ListenerDoor, TellsEachVisitorItsOwnDecisionFromTheServingThread) {
 
 TEST(ListenerDoor, KeepsServingWhileSomethingIsUnderWay) {
     ListenerDoor door;
-    door.begin();
+    door.begin(kConnection);
     std::atomic<bool> hasStopped = false;
     std::thread server([&] {
         door.serve([](void*) { return false; }, 1ms);
@@ -89,7 +118,7 @@ TEST(ListenerDoor, KeepsServingWhileSomethingIsUnderWay) {
     });
     std::this_thread::sleep_for(kIdle);
     EXPECT_FALSE(hasStopped);
-    door.end();
+    door.end(kConnection);
     server.join();
     EXPECT_TRUE(hasStopped);
 }
@@ -97,9 +126,9 @@ TEST(ListenerDoor, KeepsServingWhileSomethingIsUnderWay) {
 TEST(ListenerDoor, StaysOpenForWhatBeganAfterServing) {
     ListenerDoor door;
     door.serve([](void*) { return true; }, 1ms);
-    door.begin();
+    door.begin(kConnection);
     EXPECT_FALSE(door.shut());
-    door.end();
+    door.end(kConnection);
     EXPECT_TRUE(door.shut());
     int connection = 0;
     EXPECT_FALSE(door.knock(&connection));
@@ -107,13 +136,13 @@ TEST(ListenerDoor, StaysOpenForWhatBeganAfterServing) {
 
 TEST(ListenerDoor, LetsAnAdmittedConnectionHoldItOpen) {
     ListenerDoor door;
-    door.begin();
+    door.begin(kConnection);
     int connection = 0;
     std::atomic<bool> hasStopped = false;
     std::thread server([&] {
         door.serve(
             [&](void*) {
-                door.begin();
+                door.begin(kConnection);
                 return true;
             },
             1ms);
@@ -122,10 +151,10 @@ TEST(ListenerDoor, LetsAnAdmittedConnectionHoldItOpen) {
     while (!door.knock(&connection)) {
         std::this_thread::yield();
     }
-    door.end();
+    door.end(kConnection);
     std::this_thread::sleep_for(kIdle);
     EXPECT_FALSE(hasStopped) << "the connection is still in use";
-    door.end();
+    door.end(kConnection);
     server.join();
     EXPECT_TRUE(hasStopped);
 }

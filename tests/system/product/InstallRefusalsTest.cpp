@@ -17,9 +17,11 @@ const Lines kOtherAntivirus{"[SNTM Installer] There is other antivirus installed
                             "[SNTM Installer] Can not install antivirus."};
 
 /// What was there, and what a blessing leaves.
-std::set<std::string> withBlessedHelper(std::set<std::string> inventory) {
-    inventory.insert("file /Library/PrivilegedHelperTools/com.norvik.InstallerHelper");
-    inventory.insert("file /Library/LaunchDaemons/com.norvik.InstallerHelper.plist");
+std::set<std::string> withBlessedHelpers(std::set<std::string> inventory) {
+    for (const std::string label : {"com.norvik.InstallerHelper", "com.norvik.SupportPrivilegedHelper"}) {
+        inventory.insert("file /Library/PrivilegedHelperTools/" + label);
+        inventory.insert("file /Library/LaunchDaemons/" + label + ".plist");
+    }
     return inventory;
 }
 
@@ -36,7 +38,7 @@ TEST(InstallationRefused, BesideAnotherAntivirusApplication) {
                   "the installation was refused; the system log says why");
     EXPECT_EQ(mac.installerLog(), kOtherAntivirus);
     EXPECT_EQ(mac.helperLog(), Lines{});
-    EXPECT_EQ(mac.inventory(), withBlessedHelper(before));
+    EXPECT_EQ(mac.inventory(), withBlessedHelpers(before));
 }
 
 TEST(InstallationRefused, BesideAnotherAntivirusProcessAlsoByForce) {
@@ -48,7 +50,7 @@ TEST(InstallationRefused, BesideAnotherAntivirusProcessAlsoByForce) {
     expected.insert(expected.end(), kOtherAntivirus.begin(), kOtherAntivirus.end());
     EXPECT_EQ(mac.installerLog(), expected);
     EXPECT_EQ(mac.helperLog(), Lines{});
-    EXPECT_EQ(mac.inventory(), withBlessedHelper(before));
+    EXPECT_EQ(mac.inventory(), withBlessedHelpers(before));
 }
 
 TEST(InstallationFails, WithoutAnAuthorization) {

@@ -245,8 +245,10 @@ TEST(Installation, OverEveryEarlierGenerationBeginsAnew) {
     ProductMac clean({});
     EXPECT_EQ(clean.install(clean.makePayload("6.4/640")).status, 0);
     std::set<std::string> expected = clean.inventory();
-    expected.erase("file /Library/PrivilegedHelperTools/com.norvik.InstallerHelper");
-    expected.erase("file /Library/LaunchDaemons/com.norvik.InstallerHelper.plist");
+    for (const std::string label : {"com.norvik.InstallerHelper", "com.norvik.SupportPrivilegedHelper"}) {
+        expected.erase("file /Library/PrivilegedHelperTools/" + label);
+        expected.erase("file /Library/LaunchDaemons/" + label + ".plist");
+    }
     EXPECT_EQ(mac.inventory(), expected);
     expectUninstallsClean(mac);
 }

@@ -2,24 +2,26 @@
 
 #include <gtest/gtest.h>
 
+#include "FakeListener.h"
 #include "InstallCommon/Commands/Uninstallation/KillProcessCommand.h"
 #include "InstallCommon/Commands/Uninstallation/RemoveCommand.h"
 #include "support/FakeMac.h"
 
 namespace {
 
-/// Counts open transactions.
-class FakeListener final : public Platform::XPCListener {
+using HelperTests::FakeListener;
+
+/// Notes what it is told and, for the end of a list, whether another one waits.
+class RecordingObserver final : public Helpers::ListObserver {
   public:
-    void run(const Accept& /*accept*/, const Refused& /*refused*/, std::uint32_t /*idleSeconds*/) override {}
-    [[nodiscard]] std::shared_ptr<void> transaction() override {
-        ++opened;
-        ++open;
-        return {this, [this](void*) { --open; }};
+    explicit RecordingObserver(TestSupport::CallList& calls) : calls_(calls) {}
+    void listBegins() override { calls_.emplace_back("list begins"); }
+    void listEnds(const std::function<bool()>& isAnotherWaiting) override {
+        calls_.emplace_back(isAnotherWaiting() ? "list ends, another waits" : "list ends");
     }
 
-    int opened = 0;
-    int open = 0;
+  private:
+    TestSupport::CallList& calls_;
 };
 
 class RecordingDelegate final : public InstallCommon::CommandExecutingDelegate {
@@ -44,27 +46,31 @@ TEST(CommandExecutor, ReportsEachCommandAfterItRanAlsoWhenItsWorkFailed) {
     TestSupport::FakeMac mac;
     mac.files.addFile("/b");
     FakeListener listener;
-    Helpers::CommandExecutor executor(listener);
+    RecordingObserver observer(mac.calls);
+    Helpers::CommandExecutor executor(listener, observer);
     mac.calls.clear();
     executor.executeWithCommands(twoRemovals(), std::make_shared<RecordingDelegate>(mac.calls));
-    EXPECT_EQ(mac.calls, (TestSupport::CallList{
-                             "async", "remove /a", "remove /Library/Application Support/NORVIK/SNT/Repair/a",
-                             "did first 1", "remove /b",
-                             "remove /Library/Application Support/NORVIK/SNT/Repair/b", "did second 1"}));
+    EXPECT_EQ(mac.calls,
+              (TestSupport::CallList{"async", "list begins", "remove /a",
+                                     "remove /Library/Application Support/NORVIK/SNT/Repair/a", "did first 1",
+                                     "remove /b", "remove /Library/Application Support/NORVIK/SNT/Repair/b",
+                                     "list ends", "did second 1"}));
     EXPECT_EQ(mac.log.lines.at(0), "[SNTM Installer] Error removing: \"/a\" does not exist");
 }
 
 TEST(CommandExecutor, ExecutesOnOneSerialQueue) {
     TestSupport::FakeMac mac;
     FakeListener listener;
-    const Helpers::CommandExecutor executor(listener);
+    RecordingObserver observer(mac.calls);
+    const Helpers::CommandExecutor executor(listener, observer);
     EXPECT_EQ(mac.callsOf("serial queue").size(), 1U);
 }
 
 TEST(CommandExecutor, HoldsATransactionUntilTheListIsDone) {
     TestSupport::FakeMac mac;
     FakeListener listener;
-    Helpers::CommandExecutor executor(listener);
+    RecordingObserver observer(mac.calls);
+    Helpers::CommandExecutor executor(listener, observer);
     int openWhileExecuting = -1;
     class Watcher final : public InstallCommon::CommandExecutingDelegate {
       public:
@@ -83,13 +89,29 @@ TEST(CommandExecutor, HoldsATransactionUntilTheListIsDone) {
     EXPECT_EQ(listener.open, 0);
 }
 
+TEST(CommandExecutor, TellsWhetherAnotherListWaitsAtTheEndOfEach) {
+    TestSupport::FakeMac mac;
+    FakeListener listener;
+    RecordingObserver observer(mac.calls);
+    mac.dispatch.keepsBlocks = true;
+    Helpers::CommandExecutor executor(listener, observer);
+    const auto delegate = std::make_shared<RecordingDelegate>(mac.calls);
+    executor.executeWithCommands(twoRemovals(), delegate);
+    executor.executeWithCommands(twoRemovals(), delegate);
+    EXPECT_EQ(listener.open, 2);
+    mac.dispatch.runKept();
+    EXPECT_EQ(mac.callsOf("list ends"), (TestSupport::CallList{"list ends, another waits", "list ends"}));
+    EXPECT_EQ(listener.open, 0);
+}
+
 TEST(CommandExecutor, AnEmptyListReportsNothing) {
     TestSupport::FakeMac mac;
     FakeListener listener;
-    Helpers::CommandExecutor executor(listener);
+    RecordingObserver observer(mac.calls);
+    Helpers::CommandExecutor executor(listener, observer);
     mac.calls.clear();
     executor.executeWithCommands({}, std::make_shared<RecordingDelegate>(mac.calls));
-    EXPECT_EQ(mac.calls, TestSupport::CallList{"async"});
+    EXPECT_EQ(mac.calls, (TestSupport::CallList{"async", "list begins"}));
 }
 
 }  // namespace

@@ -37,6 +37,38 @@ TEST(LocalDirectory, IsNamedAlsoWhenItCannotBeCreated) {
     EXPECT_EQ(files.localDirectory(Platform::SearchPathDirectory::users), scratch.url("file/Users"));
 }
 
+TEST(Identity, IsDeviceInodeAndTimeOfTheLastChange) {
+    const Scratch scratch;
+    LinuxFileManager files;
+    makeFile(scratch.path("file"));
+    struct stat status {};
+    ASSERT_EQ(::lstat(scratch.path("file").c_str(), &status), 0);
+    EXPECT_EQ(files.identity(scratch.url("file")),
+              (Platform::FileIdentity{status.st_dev, status.st_ino, status.st_ctim.tv_sec,
+                                      status.st_ctim.tv_nsec}));
+    EXPECT_EQ(files.identity(scratch.url("file")), files.identity(scratch.url("file")));
+}
+
+TEST(Identity, IsAnotherOneForAnItemThatTookTheFirstOnesPlace) {
+    const Scratch scratch;
+    LinuxFileManager files;
+    makeFile(scratch.path("file"));
+    makeFile(scratch.path("other"));
+    const auto first = files.identity(scratch.url("file"));
+    ASSERT_EQ(::rename(scratch.path("other").c_str(), scratch.path("file").c_str()), 0);
+    EXPECT_NE(files.identity(scratch.url("file")), first);
+}
+
+TEST(Identity, OfALinkIsItsOwnAndOfNothingIsNothing) {
+    const Scratch scratch;
+    LinuxFileManager files;
+    makeFile(scratch.path("file"));
+    makeLink("file", scratch.path("link"));
+    EXPECT_NE(files.identity(scratch.url("link")), std::nullopt);
+    EXPECT_NE(files.identity(scratch.url("link")), files.identity(scratch.url("file")));
+    EXPECT_EQ(files.identity(scratch.url("missing")), std::nullopt);
+}
+
 TEST(RemoveItem, NeedsFewDescriptors) {
     const Scratch scratch;
     makeFolder(scratch.path("top"));

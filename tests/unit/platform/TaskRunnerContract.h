@@ -37,12 +37,22 @@ TYPED_TEST_P(TaskRunnerContract, GivesNothingForASilentChild) {
     EXPECT_EQ(task->terminationStatus(), 0);
 }
 
+TYPED_TEST_P(TaskRunnerContract, ATaskThatHasEndedDoesNotRunAndCannotBeKilled) {
+    const auto task = this->tasks.launch(this->world.runnable("", "", 7), std::nullopt);
+    ASSERT_TRUE(task);
+    task->waitUntilExit();
+    EXPECT_FALSE(task->isRunning());
+    task->kill();
+    EXPECT_EQ(task->terminationStatus(), 7);
+    EXPECT_EQ(task->terminationReason(), Platform::TerminationReason::exit);
+}
+
 TYPED_TEST_P(TaskRunnerContract, IsNullWhenThePathCannotBeRun) {
     EXPECT_EQ(this->tasks.launch(this->world.notRunnable(), std::nullopt), nullptr);
     EXPECT_EQ(this->tasks.launch(this->world.notRunnable(), std::vector<std::string>{"argument"}), nullptr);
 }
 
 REGISTER_TYPED_TEST_SUITE_P(TaskRunnerContract, KeepsOutputErrorAndStatusApart, GivesNothingForASilentChild,
-                            IsNullWhenThePathCannotBeRun);
+                            ATaskThatHasEndedDoesNotRunAndCannotBeKilled, IsNullWhenThePathCannotBeRun);
 
 }  // namespace PlatformTests

@@ -200,6 +200,27 @@ TEST(Task, ClosesItsPipesAndWaitsWhenItIsDestroyed) {
     EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1);
 }
 
+TEST(Task, RunsUntilItIsKilled) {
+    Platform::Posix::PosixTaskRunner tasks;
+    const auto task = tasks.launch("/bin/sleep", std::vector<std::string>{"3600"});
+    ASSERT_TRUE(task);
+    EXPECT_TRUE(task->isRunning());
+    task->kill();
+    EXPECT_FALSE(task->isRunning());
+    EXPECT_EQ(task->terminationReason(), Platform::TerminationReason::uncaughtSignal);
+    EXPECT_EQ(task->terminationStatus(), SIGKILL);
+}
+
+TEST(Task, StopsRunningWhenTheChildEndsAndThenHasItsStatus) {
+    Platform::Posix::PosixTaskRunner tasks;
+    const auto task = tasks.launch("/bin/sh", std::vector<std::string>{"-c", "exit 7"});
+    ASSERT_TRUE(task);
+    while (task->isRunning()) {
+        std::this_thread::yield();
+    }
+    EXPECT_EQ(task->terminationStatus(), 7);
+}
+
 TEST(TaskRunner, StartsChildrenFromSeveralThreads) {
     std::vector<std::thread> threads;
     for (int number = 0; number < 4; ++number) {

@@ -102,6 +102,8 @@ TEST_F(SupportHelperTest, WithoutThePackageInTheBundleFailsWithoutLoggingOrConne
     EXPECT_EQ(mac_.log.lines, std::vector<std::string>());
 }
 
+constexpr std::uint64_t kHour = 3'600'000'000'000;
+
 class SupportHelperWithPackage : public Privileges {
   protected:
     SupportHelperWithPackage() { mac_.bundles.mainResources = {"SwiftRuntimeForCommandLineTools.pkg"}; }
@@ -112,10 +114,25 @@ TEST_F(SupportHelperWithPackage, SendsThePackagesURLThroughASynchronousProxy) {
     EXPECT_EQ(helper_.packages,
               std::vector<std::string>{"/Applications/Uninstall Sentrel.app/Contents/Resources/"
                                        "SwiftRuntimeForCommandLineTools.pkg"});
-    EXPECT_EQ(mac_.calls,
-              (TestSupport::CallList{"connection com.norvik.SupportPrivilegedHelper 4096",
-                                     "interface NVKSupportPrivilegedHelper",
-                                     "resume com.norvik.SupportPrivilegedHelper", "synchronous proxy"}));
+    EXPECT_EQ(
+        mac_.calls,
+        (TestSupport::CallList{
+            "connection com.norvik.SupportPrivilegedHelper 4096", "interface NVKSupportPrivilegedHelper",
+            "resume com.norvik.SupportPrivilegedHelper", "synchronous proxy",
+            "timer " + std::to_string(mac_.clock.present + kHour) + " " + std::to_string(kHour) + " 0",
+            "timer resume"}));
+}
+
+TEST_F(SupportHelperWithPackage, AHelperThatHasNotAnsweredAfterAnHourEndsTheWaitWithTheConnectionsError) {
+    mac_.xpc.services["com.norvik.SupportPrivilegedHelper"] =
+        [this](std::string_view, std::vector<Platform::XPCValue>, const Platform::XPCReply&) {
+            ASSERT_EQ(mac_.dispatch.timerHandlers.size(), 1U);
+            mac_.dispatch.timerHandlers.front()();
+        };
+    EXPECT_FALSE(SupportPrivilegedHelperClient::installSwiftSupportPackage());
+    EXPECT_EQ(mac_.log.lines, std::vector<std::string>{
+                                  "The connection to service named com.norvik.SupportPrivilegedHelper was "
+                                  "invalidated."});
 }
 
 TEST_F(SupportHelperWithPackage, ReleasesTheConnectionWithoutInvalidatingIt) {

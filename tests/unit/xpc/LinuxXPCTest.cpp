@@ -1,6 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <sys/socket.h>
+#include <sys/un.h>
+
 #include <chrono>
+#include <cstring>
 
 #include "InstallCommon/Commands/Uninstallation/KillProcessCommand.h"
 #include "InstallCommon/XPC/InstallationXPCUtils.h"
@@ -54,6 +58,15 @@ std::string ask(const Connection& connection, const std::string& what) {
         outcome = error ? "error " + std::to_string(error->code) + ": " + error->description : "success";
     });
     return outcome;
+}
+
+Platform::Posix::Descriptor connectTo(const std::string& path) {
+    Platform::Posix::Descriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    std::strncpy(address.sun_path, path.c_str(), sizeof address.sun_path - 1);
+    EXPECT_EQ(::connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+    return socket;
 }
 
 TEST(XPCConnection, MessagesArriveInOrder) {
@@ -231,6 +244,60 @@ TEST(XPCListener, StaysWhileATransactionIsOpen) {
     transaction.reset();
     EXPECT_EQ(journal.waitFor(1), Lines{"returned"});
     waiter.join();
+}
+
+constexpr std::uint32_t kAnHour = 3600;
+
+TEST(XPCListener, ReturnsAtOnceWhenItIsStoppedAndNobodyIsConnected) {
+    TestService service("com.norvik.test", kAnHour);
+    service.start();
+    service.listener().stop();
+}
+
+TEST(XPCListener, StopsAtOnceWhenTheLastPeerHasLeft) {
+    TestService service("com.norvik.test", kAnHour);
+    service.start();
+    const Client client(service);
+    client.connection->resume();
+    EXPECT_EQ(ask(client.connection, "/a"), "success");
+    service.listener().stop();
+    EXPECT_EQ(ask(client.connection, "/b"), "success");
+    client.connection->invalidate();
+}
+
+TEST(XPCListener, TakesAPeerThatCameBeforeItWasStopped) {
+    TestService service("com.norvik.test", kAnHour);
+    const Platform::Posix::Descriptor peer = connectTo(service.socketPath());
+    service.listener().stop();
+    service.start();
+    char first = 0;
+    EXPECT_EQ(::recv(peer.get(), &first, 1, 0), 1);
+}
+
+TEST(XPCListener, APeerThatStaysConnectedDoesNotKeepAListenerThatDisregardsPeers) {
+    auto service = std::make_unique<TestService>("com.norvik.test", 0);
+    std::shared_ptr<void> work = service->listener().transaction();
+    service->start();
+    const Client client(*service);
+    client.connection->resume();
+    EXPECT_EQ(ask(client.connection, "/a"), "success");
+    service->listener().disregardPeers();
+    work.reset();
+    // Waits until it has returned.
+    service.reset();
+    EXPECT_EQ(client.events->lines(), Lines());
+    client.connection->invalidate();
+}
+
+TEST(XPCListener, ATransactionKeepsAStoppedListenerWhichGoesOnServing) {
+    TestService service("com.norvik.test", 0);
+    std::shared_ptr<void> work = service.listener().transaction();
+    service.start();
+    service.listener().stop();
+    const Client client(service);
+    client.connection->resume();
+    EXPECT_EQ(ask(client.connection, "/a"), "success");
+    work.reset();
 }
 
 TEST(XPCListener, RefusesAPeerOfAnotherIdentityBeforeReadingAByteAndGoesOnServing) {

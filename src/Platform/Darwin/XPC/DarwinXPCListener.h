@@ -25,6 +25,8 @@ class DarwinXPCListener final : public XPCListener {
 
     void run(const Accept& accept, const Refused& refused, std::uint32_t idleSeconds) override;
     [[nodiscard]] std::shared_ptr<void> transaction() override;
+    void disregardPeers() override { door_->disregardPeers(); }
+    void stop() override { door_->stop(); }
 
   private:
     [[nodiscard]] bool admit(NSXPCConnection* connection, const Accept& accept, const Refused& refused);

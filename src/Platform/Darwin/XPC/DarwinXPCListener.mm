@@ -46,9 +46,9 @@ DarwinXPCListener::DarwinXPCListener(const std::string& machServiceName,
 
 std::shared_ptr<void> DarwinXPCListener::transaction() {
     xpc_transaction_begin();
-    door_->begin();
+    door_->begin(ListenerDoor::Work::transaction);
     return {door_.get(), [door = door_](void*) {
-                door->end();
+                door->end(ListenerDoor::Work::transaction);
                 xpc_transaction_end();
             }};
 }
@@ -73,8 +73,9 @@ bool DarwinXPCListener::admit(NSXPCConnection* connection, const Accept& accept,
         refused(name + ": " + *why);
         return false;
     }
-    door_->begin();
-    std::shared_ptr<void> inUse(door_.get(), [door = door_](void*) { door->end(); });
+    door_->begin(ListenerDoor::Work::connection);
+    std::shared_ptr<void> inUse(door_.get(),
+                                [door = door_](void*) { door->end(ListenerDoor::Work::connection); });
     const auto taken = std::make_shared<DarwinXPCConnection>(
         connection, std::move(inUse),
         [refused, name](const std::string& why) { refused(name + ": " + why); });

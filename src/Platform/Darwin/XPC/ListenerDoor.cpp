@@ -14,13 +14,19 @@ bool ListenerDoor::knock(void* connection) {
     return visitor.isAdmitted;
 }
 
+bool ListenerDoor::isIdle() const {
+    return transactions_ == 0 && (connections_ == 0 || disregardsPeers_);
+}
+
 ListenerDoor::Visitor* ListenerDoor::next(std::chrono::milliseconds idleTime) {
     std::unique_lock lock(mutex_);
     while (visitors_.empty()) {
-        if (underWay_ > 0) {
+        if (!isIdle()) {
             changed_.wait(lock);
+        } else if (isStopping_ && connections_ == 0) {
+            return nullptr;
         } else if (changed_.wait_for(lock, idleTime) == std::cv_status::timeout && visitors_.empty() &&
-                   underWay_ == 0) {
+                   isIdle()) {
             return nullptr;
         }
     }
@@ -48,19 +54,32 @@ void ListenerDoor::serve(const Admit& admit, std::chrono::milliseconds idleTime)
 
 bool ListenerDoor::shut() {
     const std::lock_guard lock(mutex_);
-    isOpen_ = !visitors_.empty() || underWay_ > 0;
+    isOpen_ = !visitors_.empty() || !isIdle();
     return !isOpen_;
 }
 
-void ListenerDoor::begin() {
+void ListenerDoor::begin(Work work) {
     const std::lock_guard lock(mutex_);
-    ++underWay_;
+    ++(work == Work::transaction ? transactions_ : connections_);
     changed_.notify_all();
 }
 
-void ListenerDoor::end() {
+void ListenerDoor::end(Work work) {
     const std::lock_guard lock(mutex_);
-    --underWay_;
+    --(work == Work::transaction ? transactions_ : connections_);
+    changed_.notify_all();
+}
+
+void ListenerDoor::disregardPeers() {
+    const std::lock_guard lock(mutex_);
+    disregardsPeers_ = true;
+    changed_.notify_all();
+}
+
+void ListenerDoor::stop() {
+    const std::lock_guard lock(mutex_);
+    disregardsPeers_ = true;
+    isStopping_ = true;
     changed_.notify_all();
 }
 

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <condition_variable>
+#include <cstdint>
 #include <deque>
 #include <functional>
 #include <mutex>
@@ -25,15 +26,22 @@ class ListenerDoor {
     void open();
 
     /// Opens the door and has `admit` decide on every connection, one at a time, on this thread. Returns,
-    /// with the door still open, when for `idleTime` none has come and nothing has been under way.
+    /// with the door still open, when for `idleTime` none has come and nothing that counts has been under
+    /// way.
     void serve(const Admit& admit, std::chrono::milliseconds idleTime);
 
     /// Shuts the door, unless somebody has come or something has begun since `serve` returned: false then.
     [[nodiscard]] bool shut();
 
-    /// Something that must not be interrupted begins and ends: a connection in use, a transaction.
-    void begin();
-    void end();
+    /// Something that must not be interrupted begins and ends.
+    enum class Work : std::uint8_t { connection, transaction };
+    void begin(Work work);
+    void end(Work work);
+
+    /// From now on connections in use do not count: XPCListener::disregardPeers.
+    void disregardPeers();
+    /// The same, and `serve` returns at once when nothing is under way: XPCListener::stop.
+    void stop();
 
   private:
     struct Visitor {
@@ -43,12 +51,16 @@ class ListenerDoor {
     };
 
     [[nodiscard]] Visitor* next(std::chrono::milliseconds idleTime);
+    [[nodiscard]] bool isIdle() const;
 
     std::mutex mutex_;
     std::condition_variable changed_;
     std::deque<Visitor*> visitors_;
-    int underWay_ = 0;
+    int connections_ = 0;
+    int transactions_ = 0;
     bool isOpen_ = false;
+    bool disregardsPeers_ = false;
+    bool isStopping_ = false;
 };
 
 }  // namespace Platform::Darwin
