@@ -34,6 +34,17 @@ struct FileIdentity {
 /// Error descriptions name the item's path. Nothing is logged. All calls are synchronous and may come from
 /// any thread. "Link" means symbolic link; unless said otherwise the last component is never followed if it
 /// is a link.
+///
+/// The way to an item: removal, copying (both ends), creation of folders and the change of modes and owners
+/// go down from the root folder component by component, and follow a link on the way only when nobody but
+/// root can have put it there (/tmp, /var and /etc of a Mac): it belongs to root, in a folder that root alone
+/// can change, reached through such folders and links only. Any other link gives ELOOP with a description
+/// that names it. A path with a component "." or ".." gives EINVAL.
+///
+/// Folders of the system: whatever the caller says, removal and the change of modes and owners refuse (EPERM)
+/// the root folder, /Applications, /Library and its shared folders, /System, /Users, /Users/Shared, every
+/// home in the password database, the folders of Unix, /Volumes, and every folder that one of these lies in.
+/// They are known by device and inode, not by spelling. What lies in them is not protected.
 class FileManager {
   public:
     virtual ~FileManager() = default;
@@ -52,14 +63,15 @@ class FileManager {
     /// folders and never steps through a link, also one that is swapped in while it runs; never leaves the
     /// item's tree or file system mount by way of a link. Constant memory and stack for any width and depth.
     /// Entries that cannot be removed are passed over, everything else goes; the first failure is returned.
-    /// An absent item is an error (ENOENT).
+    /// A folder that somebody keeps adding to is given up after three goes (ENOTEMPTY). An absent item is an
+    /// error (ENOENT).
     [[nodiscard]] virtual std::optional<Error> removeItem(const Base::URL& item) = 0;
 
     /// Copies an item, a folder with everything in it. Keeps modes, times, extended attributes, owners where
     /// permitted, and links as links; shares blocks where the file system can. Never replaces: an existing
     /// destination (also a dangling link) is an error (EEXIST) and stays as it was. A folder is not copied
     /// into itself (EINVAL). Stops at the first failure and leaves what was copied so far. The destination's
-    /// parent must exist.
+    /// parent must exist. A copy keeps set-id bits only together with the owner and group.
     [[nodiscard]] virtual std::optional<Error> copyItem(const Base::URL& source,
                                                         const Base::URL& destination) = 0;
 
@@ -71,17 +83,23 @@ class FileManager {
 
     /// Opens the item itself (a link as the link, open(2) O_SYMLINK) and sets its mode bits, sticky and
     /// set-id bits included (fchmod). Returns 0 or errno; EBADF when the item cannot be opened. Never changes
-    /// a link's target; where links have no mode of their own, a link gives EOPNOTSUPP.
+    /// a link's target; where links have no mode of their own, a link gives EOPNOTSUPP. A way that cannot be
+    /// gone to its end, for whatever reason, gives EBADF too.
     [[nodiscard]] virtual int setMode(const Base::URL& item, std::uint16_t mode) = 0;
 
     /// The same with owner and group (fchown). A link's own owner is changed, never its target's.
+    /// - A file loses its set-id bits when its owner or group changes, so that nobody's program comes to run
+    /// as
+    ///   its new owner, and keeps them when both are the same already, on both systems.
+    /// - A file with hard links elsewhere that belongs to somebody else is refused (EMLINK): it may be
+    ///   anybody's, linked here by whoever may write to this folder.
     [[nodiscard]] virtual int setOwner(const Base::URL& item, std::uint32_t owner, std::uint32_t group) = 0;
 
     /// Sets owner and group of everything below a folder, hidden entries included, links as themselves, not
-    /// of the folder itself. Never steps through a link. `failed` is called on this thread with each item
-    /// whose owner could not be set and its errno (EBADF for one that has gone), and the walk goes on.
-    /// Something that is not a folder or cannot be read has nothing below it. Constant memory and stack for
-    /// any width and depth.
+    /// of the folder itself; each item as setOwner does. Never steps through a link. `failed` is called on
+    /// this thread with each item whose owner could not be set and its errno (EBADF for one that cannot be
+    /// opened or has gone), and the walk goes on. Something that is not a folder, cannot be read or is a
+    /// folder of the system has nothing below it. Constant memory and stack for any width and depth.
     virtual void setOwnerOfContents(const Base::URL& directory, std::uint32_t owner, std::uint32_t group,
                                     const std::function<void(const Base::URL& item, int error)>& failed) = 0;
 

@@ -46,6 +46,8 @@ void FolderListing::start(int folder) {
         state_ = std::unique_ptr<State>(new State);
     }
     state_->folder = folder;
+    // Somebody may have read it already, with this listing or another one.
+    (void)::lseek(folder, 0, SEEK_SET);
     state_->position = state_->end = 0;
 }
 

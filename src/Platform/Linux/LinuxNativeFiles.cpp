@@ -29,8 +29,8 @@ int setModeByName(int item, mode_t mode) {
 
 }  // namespace
 
-int openItemItself(const char* path) {
-    return ::open(path, O_PATH | O_NOFOLLOW | O_CLOEXEC);
+int openItemItself(int parent, const char* name) {
+    return ::openat(parent, name, O_PATH | O_NOFOLLOW | O_CLOEXEC);
 }
 
 int setModeOfOpenItem(int item, mode_t mode) {
@@ -52,8 +52,13 @@ int setOwnerOfOpenItem(int item, uid_t owner, gid_t group) {
     return ::fchownat(item, "", owner, group, AT_EMPTY_PATH);
 }
 
-int openFolderForLookup(const char* path) {
-    return ::open(path, O_PATH | O_DIRECTORY | O_CLOEXEC);
+int openFolderForLookup(int parent, const char* name) {
+    return ::openat(parent, name, O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+}
+
+// The group's mode bits are the list's mask: nothing in it gives more than they show.
+bool listLetsOthersChange(int /*folder*/) {
+    return false;
 }
 
 timespec changeTime(const struct stat& status) {

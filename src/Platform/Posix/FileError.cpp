@@ -9,12 +9,16 @@ std::string errorText(int code) {
 }
 
 Error fileError(std::string_view path, std::string_view outcome, int code) {
+    return fileError(path, outcome, errorText(code), code);
+}
+
+Error fileError(std::string_view path, std::string_view outcome, std::string_view reason, int code) {
     std::string description = "\"";
     description += path;
     description += "\" could not be ";
     description += outcome;
     description += ": ";
-    description += errorText(code);
+    description += reason;
     return Error{std::move(description), code};
 }
 

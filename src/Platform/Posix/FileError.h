@@ -14,4 +14,8 @@ namespace Platform::Posix {
 /// `outcome` is "created", "listed", "removed" or `copied to "DESTINATION"`; `code` is an errno value.
 [[nodiscard]] Error fileError(std::string_view path, std::string_view outcome, int code);
 
+/// The same with a reason of one's own instead of the errno value's words.
+[[nodiscard]] Error fileError(std::string_view path, std::string_view outcome, std::string_view reason,
+                              int code);
+
 }  // namespace Platform::Posix

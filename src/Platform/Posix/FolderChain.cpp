@@ -6,12 +6,15 @@
 #include <algorithm>
 #include <cerrno>
 
+#include "Platform/Posix/Moments.h"
+
 namespace Platform::Posix {
 
 namespace {
 
 /// Opens the folder that `folder` lies in at this moment.
 int openParent(int folder, Descriptor& parent, Identity& identity) {
+    atMoment(Moment::climbing, folder, "..");
     parent = Descriptor(::openat(folder, "..", O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     return parent ? identityOf(parent.get(), identity) : errno;
 }
@@ -33,10 +36,7 @@ void FolderChain::push(Descriptor folder) {
         Identity identity;
         // Cannot fail on an open folder; if it did, the empty identity would match nothing on the way up.
         (void)identityOf(oldest.get(), identity);
-        remembered_[lowestHeld_ % kRemembered] = identity;
-        if (lowestHeld_ == 0) {
-            root_ = identity;
-        }
+        remember(lowestHeld_, identity);
         ++lowestHeld_;
         if (lowestHeld_ - lowestRemembered_ > kRemembered) {
             lowestRemembered_ = lowestHeld_ - kRemembered;
@@ -44,6 +44,21 @@ void FolderChain::push(Descriptor folder) {
     }
     held_[depth_ % kHeld] = std::move(folder);
     ++depth_;
+}
+
+/// Keeps the identity of the lowest level that is no longer held open.
+void FolderChain::remember(std::size_t level, const Identity& identity) {
+    remembered_[level % kRemembered] = identity;
+    if (level % stride_ != 0) {
+        return;
+    }
+    if (level / stride_ == kCheckpoints) {
+        for (std::size_t each = 1; each < kCheckpoints / 2; ++each) {
+            checkpoints_[each] = checkpoints_[2 * each];
+        }
+        stride_ *= 2;
+    }
+    checkpoints_[level / stride_] = identity;
 }
 
 int FolderChain::pop(Identity& left) {
@@ -83,11 +98,12 @@ int FolderChain::reopenParent(Descriptor& parent) {
 }
 
 int FolderChain::rememberAnew() {
-    const std::size_t highest = depth_ - 1;
-    lowestRemembered_ = highest > kRemembered ? highest - kRemembered : 0;
+    const std::size_t parent = depth_ - 2;
+    const std::size_t checkpoint = parent / stride_ * stride_;
+    lowestRemembered_ = std::max(checkpoint, parent - std::min(parent, kRemembered - 1));
     Descriptor folder;
     Identity identity;
-    for (std::size_t level = highest; level-- > 0;) {
+    for (std::size_t level = parent + 1; level-- > checkpoint;) {
         Descriptor above;
         if (const int failure = openParent(folder ? folder.get() : top(), above, identity); failure != 0) {
             return failure;
@@ -97,12 +113,13 @@ int FolderChain::rememberAnew() {
             remembered_[level % kRemembered] = identity;
         }
     }
-    return identity == root_ ? 0 : ESTALE;
+    return identity == checkpoints_[checkpoint / stride_] ? 0 : ESTALE;
 }
 
 void FolderChain::clear() {
     std::for_each(held_.begin(), held_.end(), [](Descriptor& each) { each.reset(-1); });
     depth_ = lowestHeld_ = lowestRemembered_ = 0;
+    stride_ = kFirstStride;
 }
 
 }  // namespace Platform::Posix

@@ -25,13 +25,18 @@ struct Identity {
 ///
 /// Only the lowest kHeld folders are held open. A higher one is reached again through ".." and is trusted
 /// only when it is the folder that the way down went through: somebody may have moved a folder out of the
-/// tree meanwhile. The identities of kRemembered levels are kept for that. When they are used up, they are
-/// taken anew from the way up, which has to end at the top of the tree after exactly the right number of
-/// steps: a folder from which it does is inside the tree.
+/// tree meanwhile. The identities of kRemembered levels are kept for that, and those of checkpoints: one
+/// every kFirstStride levels, every twice as many when the table is full. When the remembered ones are used
+/// up, they are taken anew from the way up to the next checkpoint, which has to be reached after exactly the
+/// right number of steps: a folder from which it is lies inside one that the way down went through. Each
+/// level is climbed twice at most, as long as checkpoints are not further apart than kRemembered: down to
+/// 262,144 levels.
 class FolderChain {
   public:
     static constexpr std::size_t kHeld = 16;
     static constexpr std::size_t kRemembered = 1024;
+    static constexpr std::size_t kCheckpoints = 256;
+    static constexpr std::size_t kFirstStride = 64;
 
     /// The number of folders on the way.
     [[nodiscard]] std::size_t depth() const { return depth_; }
@@ -51,11 +56,14 @@ class FolderChain {
   private:
     [[nodiscard]] int reopenParent(Descriptor& parent);
     [[nodiscard]] int rememberAnew();
+    void remember(std::size_t level, const Identity& identity);
     void clear();
 
     std::array<Descriptor, kHeld> held_;
     std::array<Identity, kRemembered> remembered_;
-    Identity root_;
+    /// The identities of the levels 0, stride_, 2 * stride_, ... that are not held open.
+    std::array<Identity, kCheckpoints> checkpoints_;
+    std::size_t stride_ = kFirstStride;
     std::size_t depth_ = 0;
     /// Levels [lowestHeld_, depth_) are open; the identities of [lowestRemembered_, lowestHeld_) are known.
     std::size_t lowestHeld_ = 0;

@@ -5,9 +5,12 @@
 
 #include <cerrno>
 
+#include "Platform/Posix/Moments.h"
+
 namespace Platform::Posix {
 
 int openFolder(int parent, const char* name, Descriptor& folder) {
+    atMoment(Moment::openingFolder, parent, name);
     folder = Descriptor(::openat(parent, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     return folder ? 0 : errno;
 }

@@ -7,10 +7,13 @@
 #include <cerrno>
 
 #include "Platform/Posix/FileError.h"
-#include "Platform/Posix/FolderWalk.h"
+#include "Platform/Posix/FolderListing.h"
 #include "Platform/Posix/NativeFiles.h"
+#include "Platform/Posix/SystemFolders.h"
+#include "Platform/Posix/TreeCopy.h"
 #include "Platform/Posix/TreeOwnership.h"
 #include "Platform/Posix/TreeRemoval.h"
+#include "Platform/Posix/TrustedPath.h"
 
 namespace Platform::Posix {
 
@@ -18,73 +21,46 @@ namespace {
 
 constexpr mode_t kNewFolderMode = 0777;
 
-bool isFolder(const std::string& path) {
-    struct stat status {};
-    return ::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
-}
-
-/// Makes one folder; one that is already there is no error. Returns 0 or errno.
-int makeFolder(const std::string& path) {
-    if (::mkdir(path.c_str(), kNewFolderMode) == 0) {
+/// Makes the last folder of a way; with `mayExist`, one that is there already is no error. Returns 0 or
+/// errno.
+int makeFolder(const OpenedParent& parent, bool mayExist) {
+    if (::mkdirat(parent.folder.get(), parent.name.c_str(), kNewFolderMode) == 0) {
         return 0;
     }
     const int failure = errno;
-    return failure == EEXIST && isFolder(path) ? 0 : failure;
+    struct stat status {};
+    const bool isThere = failure == EEXIST && mayExist &&
+                         ::fstatat(parent.folder.get(), parent.name.c_str(), &status, 0) == 0 &&
+                         S_ISDIR(status.st_mode);
+    return isThere ? 0 : failure;
 }
 
-/// Makes a folder and those above it that are missing, beginning below the lowest one that is there.
-int makeFolders(const std::string& path) {
-    std::size_t length = path.size();
-    int failure = makeFolder(path);
-    while (failure == ENOENT && length > 1) {
-        length = path.rfind('/', length - 1);
-        if (length == 0 || length == std::string::npos) {
-            return failure;
-        }
-        failure = makeFolder(path.substr(0, length));
+/// Opens the item itself for a change of its mode or owner. Returns 0 or an errno value.
+int openForChange(const Base::URL& item, Descriptor& opened, struct stat& status) {
+    OpenedParent parent;
+    if (openParent(item, parent).code != 0) {
+        return EBADF;
     }
-    while (failure == 0 && length < path.size()) {
-        const std::size_t slash = path.find('/', length + 1);
-        length = slash == std::string::npos ? path.size() : slash;
-        failure = makeFolder(path.substr(0, length));
+    opened = Descriptor(openItemItself(parent.folder.get(), parent.name.c_str()));
+    if (!opened) {
+        return EBADF;
     }
-    return failure;
-}
-
-/// Whether the entry is the root folder, which can be reached under other names too.
-bool isRoot(int parent, const std::string& name) {
-    struct stat item {};
-    struct stat root {};
-    return ::fstatat(parent, name.c_str(), &item, AT_SYMLINK_NOFOLLOW) == 0 && ::stat("/", &root) == 0 &&
-           item.st_dev == root.st_dev && item.st_ino == root.st_ino;
+    if (::fstat(opened.get(), &status) != 0) {
+        return errno;
+    }
+    return isSystemFolder(status) ? EPERM : 0;
 }
 
 }  // namespace
 
-int openParent(const Base::URL& item, OpenedParent& parent) {
-    const std::string& path = item.path();
-    const std::size_t slash = path.rfind('/');
-    parent.name = path.substr(slash + 1);
-    if (parent.name.empty()) {
-        return EBUSY;
-    }
-    if (parent.name == "." || parent.name == "..") {
-        return EINVAL;
-    }
-    parent.folder = Descriptor(openFolderForLookup(slash == 0 ? "/" : path.substr(0, slash).c_str()));
-    return parent.folder ? 0 : errno;
-}
-
 std::optional<Error> PosixFileManager::createDirectory(const Base::URL& directory, bool withIntermediates) {
-    const std::string& path = directory.path();
-    int failure = 0;
-    if (withIntermediates) {
-        failure = makeFolders(path);
-    } else if (::mkdir(path.c_str(), kNewFolderMode) != 0) {
-        failure = errno;
+    OpenedParent parent;
+    WayEnd end = withIntermediates ? makeParent(directory, parent) : openParent(directory, parent);
+    if (end.code == 0) {
+        end.code = makeFolder(parent, withIntermediates);
     }
-    if (failure != 0) {
-        return fileError(path, "created", failure);
+    if (end.code != 0) {
+        return wayError(directory, "created", end);
     }
     return std::nullopt;
 }
@@ -114,14 +90,24 @@ std::optional<bool> PosixFileManager::hasVisibleEntries(const Base::URL& directo
 
 std::optional<Error> PosixFileManager::removeItem(const Base::URL& item) {
     OpenedParent parent;
-    int failure = openParent(item, parent);
-    if (failure == 0 && isRoot(parent.folder.get(), parent.name)) {
-        failure = EBUSY;
-    }
-    if (failure != 0) {
-        return fileError(item.path(), "removed", failure);
+    if (const WayEnd end = openParent(item, parent); end.code != 0) {
+        return wayError(item, "removed", end);
     }
     return removeTree(parent.folder.get(), parent.name, item.path());
+}
+
+std::optional<Error> PosixFileManager::copyItem(const Base::URL& source, const Base::URL& destination) {
+    OpenedParent from;
+    OpenedParent to;
+    WayEnd end = openParent(source, from);
+    if (end.code == 0) {
+        end = openParent(destination, to);
+    }
+    if (end.code != 0) {
+        return wayError(source, "copied to \"" + destination.path() + "\"", end);
+    }
+    return copyTree(CopyPlace{from.folder.get(), from.name, source.path()},
+                    CopyPlace{to.folder.get(), to.name, destination.path()});
 }
 
 bool PosixFileManager::itemExists(const Base::URL& item) {
@@ -140,25 +126,30 @@ std::optional<FileIdentity> PosixFileManager::identity(const Base::URL& item) {
 }
 
 int PosixFileManager::setMode(const Base::URL& item, std::uint16_t mode) {
-    const Descriptor opened(openItemItself(item.path().c_str()));
-    if (!opened) {
-        return EBADF;
+    Descriptor opened;
+    struct stat status {};
+    if (const int failure = openForChange(item, opened, status); failure != 0) {
+        return failure;
     }
     return setModeOfOpenItem(opened.get(), mode) == 0 ? 0 : errno;
 }
 
 int PosixFileManager::setOwner(const Base::URL& item, std::uint32_t owner, std::uint32_t group) {
-    const Descriptor opened(openItemItself(item.path().c_str()));
-    if (!opened) {
-        return EBADF;
+    Descriptor opened;
+    struct stat status {};
+    if (const int failure = openForChange(item, opened, status); failure != 0) {
+        return failure;
     }
-    return setOwnerOfOpenItem(opened.get(), owner, group) == 0 ? 0 : errno;
+    return giveItem(opened.get(), status, owner, group);
 }
 
 void PosixFileManager::setOwnerOfContents(
     const Base::URL& directory, std::uint32_t owner, std::uint32_t group,
     const std::function<void(const Base::URL& item, int error)>& failed) {
-    setOwnerBelow(directory, owner, group, failed);
+    OpenedParent parent;
+    if (openParent(directory, parent).code == 0) {
+        setOwnerBelow(parent.folder.get(), parent.name, directory.path(), owner, group, failed);
+    }
 }
 
 }  // namespace Platform::Posix

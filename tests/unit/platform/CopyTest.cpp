@@ -1,7 +1,11 @@
 #include <fcntl.h>
 #include <sys/socket.h>
 #include <sys/un.h>
+#include <sys/xattr.h>
 #include <unistd.h>
+
+#include <cstring>
+#include <vector>
 
 #include "CopyContract.h"
 #include "CopyDetailsContract.h"
@@ -47,6 +51,24 @@ TEST_F(CopyItem, KeepsHoles) {
     EXPECT_EQ(statusOf(path("copy")).st_size, 50 << 20);
     EXPECT_LT(statusOf(path("copy")).st_blocks * 512, 1 << 20);
     EXPECT_TRUE(contentsOf(path("copy")) == contentsOf(path("sparse")));
+}
+
+// The first buffer for the names holds 1,024 bytes.
+TEST_F(CopyItem, KeepsExtendedAttributesWithManyLongNames) {
+    const Scratch onDisk(Scratch::currentFolder());
+    makeFile(onDisk.path("file"));
+    std::vector<std::string> names;
+    for (char letter = 'a'; letter < 'k'; ++letter) {
+        names.push_back("user." + std::string(150, letter));
+        ASSERT_EQ(::setxattr(onDisk.path("file").c_str(), names.back().c_str(), &letter, 1, 0), 0)
+            << std::strerror(errno);
+    }
+    ASSERT_FALSE(files.copyItem(onDisk.url("file"), onDisk.url("copy")));
+    for (const std::string& name : names) {
+        char value = 0;
+        EXPECT_EQ(::getxattr(onDisk.path("copy").c_str(), name.c_str(), &value, 1), 1) << name;
+        EXPECT_EQ(value, name.back());
+    }
 }
 
 TEST_F(CopyItem, CopiesFIFOsAndSockets) {

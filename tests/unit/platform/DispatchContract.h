@@ -223,14 +223,20 @@ TYPED_TEST_P(DispatchContract, TimerTakesItsIntervalAsItIs) {
 
 TYPED_TEST_P(DispatchContract, TimerDoesNotFireOnceItIsCancelledOrDestroyed) {
     std::atomic<int> fired = 0;
-    auto timer = this->dispatch.makeTimer([&] { ++fired; });
-    timer->schedule(Platform::kTimeNow, kMillisecond, 0);
-    timer->resume();
-    timer->cancel();
-    // One firing may have been under way; no other comes.
-    const int untilCancelled = fired;
-    std::this_thread::sleep_for(std::chrono::milliseconds(80));
-    EXPECT_LE(fired, untilCancelled + 1);
+    std::unique_ptr<Platform::Timer> timer;
+    bool cancelledInTime = false;
+    for (std::uint64_t delay = 50 * kMillisecond; !cancelledInTime; delay *= 2) {
+        fired = 0;
+        timer = this->dispatch.makeTimer([&] { ++fired; });
+        const std::uint64_t start = this->clock.time(delay);
+        timer->schedule(start, kMillisecond, 0);
+        timer->resume();
+        timer->cancel();
+        // This thread may have had to wait for longer than that.
+        cancelledInTime = this->clock.now() < start;
+        std::this_thread::sleep_for(std::chrono::nanoseconds(delay) + std::chrono::milliseconds(30));
+    }
+    EXPECT_EQ(fired, 0);
     timer = this->dispatch.makeTimer([&] { ++fired; });
     timer->schedule(Platform::kTimeNow, kMillisecond, 0);
     timer->resume();

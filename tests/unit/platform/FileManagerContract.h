@@ -33,11 +33,18 @@ class FileManagerContract : public testing::Test {
 TYPED_TEST_SUITE_P(FileManagerContract);
 
 TYPED_TEST_P(FileManagerContract, CreatesAFolderWithModeLessUmask) {
-    const mode_t before = ::umask(027);
-    const auto error = this->files.createDirectory(this->url("new"), false);
+    const mode_t before = ::umask(0);
+    const auto error = this->files.createDirectory(this->url("open"), false);
+    ::umask(0325);
+    const auto masked = this->files.createDirectory(this->url("new"), false);
+    const auto below = this->files.createDirectory(this->url("a/b"), true);
     ::umask(before);
     EXPECT_FALSE(error);
-    EXPECT_EQ(statusOf(this->path("new")).st_mode, S_IFDIR | mode_t{0750});
+    EXPECT_FALSE(masked);
+    EXPECT_EQ(statusOf(this->path("open")).st_mode, S_IFDIR | mode_t{0777});
+    EXPECT_EQ(statusOf(this->path("new")).st_mode, S_IFDIR | mode_t{0452});
+    EXPECT_EQ(statusOf(this->path("a")).st_mode, S_IFDIR | mode_t{0452});
+    EXPECT_EQ(!below, ::geteuid() == 0) << "the mask leaves no right to write to \"a\"";
 }
 
 TYPED_TEST_P(FileManagerContract, CreatesMissingParentsWhenAsked) {
@@ -213,10 +220,15 @@ TYPED_TEST_P(FileManagerContract, ReportsAnAbsentItem) {
 TYPED_TEST_P(FileManagerContract, RefusesTheRootFolderAndDots) {
     makeFolder(this->path("top"));
     makeFile(this->path("top/kept"));
-    EXPECT_EQ(this->files.removeItem(Base::URL::fileURL("/"))->code, EBUSY);
+    EXPECT_EQ(*this->files.removeItem(Base::URL::fileURL("/")),
+              (Platform::Error{"\"/\" could not be removed: it is a folder of the system", EPERM}));
     EXPECT_EQ(this->files.removeItem(this->url("top/."))->code, EINVAL);
     makeFolder(this->path("top/below"));
     EXPECT_EQ(this->files.removeItem(this->url("top/below/.."))->code, EINVAL);
+    EXPECT_EQ(this->files.removeItem(this->url("top/below/../kept"))->code, EINVAL);
+    EXPECT_EQ(this->files.removeItem(this->url("top/./kept"))->code, EINVAL);
+    EXPECT_EQ(this->files.createDirectory(this->url("top/../new"), true)->code, EINVAL);
+    EXPECT_EQ(this->files.setMode(this->url("top/below/../kept"), 0600), EBADF);
     EXPECT_TRUE(exists(this->path("top/kept")));
 }
 

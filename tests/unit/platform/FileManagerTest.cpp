@@ -4,9 +4,6 @@
 
 #include <sched.h>
 
-#include <atomic>
-#include <thread>
-
 #include "FileManagerContract.h"
 #include "Platform/Linux/LinuxFileManager.h"
 
@@ -86,31 +83,6 @@ TEST(RemoveItem, NeedsFewDescriptors) {
     EXPECT_EQ(status, 0);
 }
 
-TEST(RemoveItem, RemovesWhatIsAddedWhileItRuns) {
-    const Scratch scratch;
-    LinuxFileManager files;
-    for (int round = 0; round < 20; ++round) {
-        makeFolder(scratch.path("top"));
-        for (int number = 0; number < 50; ++number) {
-            makeFolder(scratch.path("top/" + std::to_string(number)));
-            makeFile(scratch.path("top/" + std::to_string(number) + "/file"), "");
-        }
-        std::thread adder([&] {
-            for (int number = 0; number < 50; ++number) {
-                const std::string name = scratch.path("top/" + std::to_string(number % 50) + "/added");
-                const int file = ::open(name.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
-                if (file >= 0) {
-                    ::close(file);
-                }
-            }
-        });
-        const auto error = files.removeItem(scratch.url("top"));
-        adder.join();
-        EXPECT_FALSE(error) << error->description;
-        EXPECT_FALSE(exists(scratch.path("top")));
-    }
-}
-
 // In a mount namespace of its own where this process may make one: otherwise the mount point is /proc, which
 // nobody can remove anything from.
 TEST(RemoveItem, DoesNotEnterAMountPoint) {
@@ -139,6 +111,47 @@ TEST(RemoveItem, DoesNotEnterAMountPoint) {
     int status = -1;
     ASSERT_EQ(::waitpid(child, &status, 0), child);
     EXPECT_EQ(status, 0);
+}
+
+// A folder that something is mounted on is listed with the number of the folder below it. After the walk has
+// come back to where it is listed, it has to go on behind it.
+TEST(SetOwnerOfContents, GoesOnBehindAMountPointThatItCameBackFromADeepWay) {
+    if (::geteuid() != 0) {
+        GTEST_SKIP() << "only root can mount";
+    }
+    const Scratch scratch;
+    makeFolder(scratch.path("top"));
+    const auto makeFiles = [&](const std::string& name) {
+        for (int number = 0; number < 50; ++number) {
+            makeFile(scratch.path("top/" + name + std::to_string(number)), "");
+        }
+    };
+    makeFiles("before ");
+    makeFolder(scratch.path("top/mounted"));
+    makeFiles("behind ");
+    const pid_t child = ::fork();
+    if (child == 0) {
+        LinuxFileManager files;
+        const std::string mounted = scratch.path("top/mounted");
+        const bool ready = ::unshare(CLONE_NEWNS) == 0 &&
+                           ::mount("", "/", "", MS_REC | MS_PRIVATE, nullptr) == 0 &&
+                           ::mount("tmpfs", mounted.c_str(), "tmpfs", 0, nullptr) == 0;
+        if (!ready) {
+            ::_exit(2);
+        }
+        makeDeepFolders(mounted, 40);
+        int failures = 0;
+        files.setOwnerOfContents(scratch.url("top"), 1234, 4321, [&](const Base::URL&, int) { ++failures; });
+        ::_exit(failures == 0 && statusOf(mounted + "/d/d").st_uid == 1234 ? 0 : 1);
+    }
+    int status = -1;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+    for (const std::string name : {"before ", "behind "}) {
+        for (int number = 0; number < 50; ++number) {
+            EXPECT_EQ(statusOf(scratch.path("top/" + name + std::to_string(number))).st_uid, 1234U);
+        }
+    }
 }
 
 TEST(SetMode, GivesOperationNotSupportedForALink) {

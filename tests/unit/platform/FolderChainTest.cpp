@@ -7,6 +7,7 @@
 
 #include <cerrno>
 
+#include "Interference.h"
 #include "Platform/Posix/FolderWalk.h"
 #include "Scratch.h"
 
@@ -41,7 +42,8 @@ int goUp(FolderChain& chain) {
 class Depths : public testing::TestWithParam<int> {};
 
 // On both sides of the number of folders held open, and of the number of remembered ones.
-INSTANTIATE_TEST_SUITE_P(FolderChain, Depths, testing::Values(1, 15, 16, 17, 40, 1040, 1041, 2100));
+INSTANTIATE_TEST_SUITE_P(FolderChain, Depths,
+                         testing::Values(1, 15, 16, 17, 40, 1040, 1041, 2100, 16'400, 17'000));
 
 TEST_P(Depths, ComesBackToTheTop) {
     const Scratch scratch;
@@ -60,25 +62,94 @@ TEST_P(Depths, ComesBackToTheTop) {
     EXPECT_EQ(chain.depth(), 0U);
 }
 
-class MovedAway : public testing::TestWithParam<int> {};
+/// How deep the walk stands, and the level whose folder is moved away then.
+struct Move {
+    int depth;
+    int level;
+};
 
-// Remembered identities refuse the parameter 100, the way up to the top refuses 2100 as soon as they are used
-// up.
-INSTANTIATE_TEST_SUITE_P(FolderChain, MovedAway, testing::Values(100, 2100));
+class MovedAway : public testing::TestWithParam<Move> {};
+
+// Remembered identities refuse the first three. The others are met when those are used up: right at a
+// checkpoint, before it, behind it, and with checkpoints that are twice as far apart.
+INSTANTIATE_TEST_SUITE_P(FolderChain, MovedAway,
+                         testing::Values(Move{100, 1}, Move{100, 64}, Move{100, 84}, Move{2100, 1},
+                                         Move{2100, 63}, Move{2100, 64}, Move{2100, 65}, Move{2100, 128},
+                                         Move{17'000, 64}, Move{17'000, 128}, Move{17'000, 129}));
 
 TEST_P(MovedAway, IsNoticedOnTheWayUp) {
+    const auto [depth, level] = GetParam();
     const Scratch scratch;
     makeFolder(scratch.path("top"));
     makeFolder(scratch.path("elsewhere"));
-    makeDeepFolders(scratch.path("top"), GetParam());
+    makeDeepFolders(scratch.path("top"), depth);
     FolderChain chain;
     const int before = openDescriptors();
-    goDown(chain, scratch.path("top"), GetParam());
+    goDown(chain, scratch.path("top"), depth);
     EXPECT_LE(openDescriptors() - before, static_cast<int>(FolderChain::kHeld));
-    ASSERT_EQ(::rename(scratch.path("top/d/d/d").c_str(), scratch.path("elsewhere/d").c_str()), 0);
+    std::string moved = scratch.path("top");
+    for (int each = 0; each < level; ++each) {
+        moved += "/d";
+    }
+    ASSERT_EQ(::rename(moved.c_str(), scratch.path("elsewhere/d").c_str()), 0);
     EXPECT_EQ(goUp(chain), ESTALE);
     EXPECT_EQ(chain.depth(), 0U);
     EXPECT_EQ(openDescriptors(), before);
+}
+
+// A folder with as many folders below it as the one that was moved is not taken for it.
+TEST(FolderChain, DoesNotTakeAnotherFolderOfTheSameDepthForTheOneThatWasMoved) {
+    for (const char* where : {"/d", "/d/d/d"}) {
+        const Scratch scratch;
+        makeFolder(scratch.path("top"));
+        makeDeepFolders(scratch.path("top"), 2100);
+        FolderChain chain;
+        goDown(chain, scratch.path("top"), 2100);
+        const std::string place = scratch.path("top") + where;
+        ASSERT_EQ(::rename((place + "/d").c_str(), scratch.path("moved").c_str()), 0);
+        ASSERT_EQ(::rename(place.c_str(), scratch.path("original").c_str()), 0);
+        makeFolder(place);
+        ASSERT_EQ(::rename(scratch.path("moved").c_str(), (place + "/d").c_str()), 0);
+        // Inside the tree all the same: a stranger between two checkpoints is one of the tree's folders now.
+        EXPECT_EQ(goUp(chain), 0) << where;
+    }
+}
+
+// Linear: no level is climbed more than twice.
+TEST(FolderChain, ClimbsEachLevelTwiceAtMost) {
+    for (const int depth : {3000, 9000, 18'000}) {
+        const Scratch scratch;
+        makeFolder(scratch.path("top"));
+        makeDeepFolders(scratch.path("top"), depth);
+        FolderChain chain;
+        goDown(chain, scratch.path("top"), depth);
+        Interference climb(Platform::Posix::Moment::climbing, "..", [](int) {});
+        climb.always();
+        ASSERT_EQ(goUp(chain), 0);
+        EXPECT_GE(climb.count(), depth - static_cast<int>(FolderChain::kHeld));
+        EXPECT_LE(climb.count(), 2 * depth);
+    }
+}
+
+// Down, up and down again, over the same levels.
+TEST(FolderChain, KnowsItsWayAfterComingBack) {
+    const Scratch scratch;
+    makeFolder(scratch.path("top"));
+    makeDeepFolders(scratch.path("top"), 3000);
+    FolderChain chain;
+    goDown(chain, scratch.path("top"), 3000);
+    Identity left;
+    Descriptor folder;
+    for (const int level : {2000, 1500, 64, 63, 1}) {
+        while (chain.depth() > static_cast<std::size_t>(level)) {
+            ASSERT_EQ(chain.pop(left), 0);
+        }
+        for (int each = 0; each < 40; ++each) {
+            ASSERT_EQ(openFolder(chain.top(), "d", folder), 0);
+            chain.push(std::move(folder));
+        }
+    }
+    EXPECT_EQ(goUp(chain), 0);
 }
 
 TEST(FolderChain, StaysAtTheFoldersItHoldsWhenOneIsMoved) {
@@ -94,6 +165,36 @@ TEST(FolderChain, StaysAtTheFoldersItHoldsWhenOneIsMoved) {
     Identity identity;
     ASSERT_EQ(Platform::Posix::identityOf(chain.top(), identity), 0);
     EXPECT_EQ(identity, (Identity{top.st_dev, top.st_ino}));
+}
+
+// On a layered file system a listing and a folder's status may differ in the number of its inode; here the
+// folder is a mount point, or was moved away.
+TEST(FolderWalk, SaysThatAFolderHasGoneFromItsPlace) {
+    const Scratch scratch;
+    makeFolder(scratch.path("top"));
+    makeDeepFolders(scratch.path("top"), 30);
+    Platform::Posix::FolderWalk walk(scratch.path("top"));
+    Descriptor folder;
+    ASSERT_EQ(openFolder(AT_FDCWD, scratch.path("top").c_str(), folder), 0);
+    walk.enterTop(std::move(folder));
+    for (int level = 0; level < 30; ++level) {
+        ASSERT_EQ(openFolder(walk.folder(), "d", folder), 0);
+        walk.enter(std::move(folder), "d");
+    }
+    int named = 0;
+    while (walk.depth() > 3) {
+        ASSERT_EQ(walk.leave(), 0);
+        ASSERT_NE(walk.leftName(), nullptr);
+        EXPECT_STREQ(walk.leftName(), "d");
+        ++named;
+    }
+    EXPECT_EQ(named, 28);
+    // Its name is taken by another folder, and it lies beside that one.
+    ASSERT_EQ(::rename(scratch.path("top/d/d").c_str(), scratch.path("top/d/x").c_str()), 0);
+    makeFolder(scratch.path("top/d/d"));
+    ASSERT_EQ(walk.leave(), 0);
+    ASSERT_NE(walk.leftName(), nullptr);
+    EXPECT_STREQ(walk.leftName(), "x");
 }
 
 TEST(FolderWalk, ShortensPathsThatAreVeryLong) {

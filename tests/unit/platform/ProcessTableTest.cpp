@@ -116,6 +116,34 @@ TEST(ProcessTable, KnowsTheWholeNameOfAScript) {
     EXPECT_TRUE(pathOf(child.pid()).starts_with('/'));
 }
 
+// Its first argument may be the one that the kernel's cut name stands for.
+TEST(ProcessTable, KnowsTheWholeNameInTheFirstArgument) {
+    int ready[2];
+    int never[2];
+    ASSERT_EQ(::pipe(ready), 0);
+    ASSERT_EQ(::pipe(never), 0);
+    const pid_t child = ::fork();
+    if (child == 0) {
+        ::dup2(never[0], 0);
+        ::dup2(ready[1], 1);
+        const char* const arguments[] = {"A name of its own", "-c",
+                                         "printf 'A name of its o' > /proc/$$/comm; echo x; read never",
+                                         nullptr};
+        ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+        ::execv("/bin/sh", const_cast<char* const*>(arguments));
+        ::_exit(127);
+    }
+    ::close(ready[1]);
+    char byte = 0;
+    EXPECT_EQ(::read(ready[0], &byte, 1), 1);
+    EXPECT_EQ(nameOf(child), "A name of its own");
+    for (const int end : {ready[0], never[0], never[1]}) {
+        ::close(end);
+    }
+    ::kill(child, SIGKILL);
+    EXPECT_EQ(::waitpid(child, nullptr, 0), child);
+}
+
 TEST(ProcessTable, KeepsAShortNameOfItsOwn) {
     char before[16];
     ASSERT_EQ(::prctl(PR_GET_NAME, before), 0);

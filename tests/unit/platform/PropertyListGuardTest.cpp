@@ -18,6 +18,32 @@ TEST(PropertyListGuard, PassesOrdinaryLists) {
     EXPECT_TRUE(isTamePropertyList(""));
 }
 
+TEST(PropertyListGuard, TakesOffsetsOfOneToEightBytes) {
+    for (int size = 1; size <= 8; ++size) {
+        EXPECT_TRUE(isTamePropertyList(binaryPropertyList({"\xD1\1\2"s, "\x51k"s, "\x51v"s}, 0, size)))
+            << size;
+    }
+    EXPECT_FALSE(isTamePropertyList(binaryPropertyList({"\x51v"s}, 0, 0)));
+    EXPECT_FALSE(isTamePropertyList(binaryPropertyList({"\x51v"s}, 0, 9)));
+}
+
+// 4,096 of all kinds together.
+TEST(PropertyListGuard, CountsEveryContainerOfXML) {
+    const auto many = [](const std::string& tag, int count) {
+        std::string text;
+        for (int number = 0; number < count; ++number) {
+            text += tag;
+        }
+        return text;
+    };
+    for (const char* tag : {"<plist>", "<dict>", "<array>", "<dict a=\"\">"}) {
+        EXPECT_TRUE(isTamePropertyList(many(tag, 4096))) << tag;
+        EXPECT_FALSE(isTamePropertyList(many(tag, 4097))) << tag;
+    }
+    EXPECT_FALSE(isTamePropertyList(many("<plist><dict><array>", 1366)));
+    EXPECT_TRUE(isTamePropertyList(many("<string></plist>", 5000)));
+}
+
 TEST(PropertyListGuard, RefusesDeepNesting) {
     EXPECT_FALSE(isTamePropertyList(nestedArraysBinary(66)));
     EXPECT_FALSE(isTamePropertyList(nestedArraysBinary(100'000)));

@@ -6,19 +6,22 @@
 
 namespace PlatformTests {
 
-/// Puts together a binary property list from objects in their coded form; references are one byte wide.
-inline std::string binaryPropertyList(const std::vector<std::string>& objects, std::size_t top = 0) {
+/// Puts together a binary property list from objects in their coded form; references are one byte wide,
+/// offsets as wide as told.
+inline std::string binaryPropertyList(const std::vector<std::string>& objects, std::size_t top = 0,
+                                      int offsetSize = 4) {
     std::string bytes = "bplist00";
     std::string offsets;
     for (const std::string& object : objects) {
-        for (int shift = 24; shift >= 0; shift -= 8) {
-            offsets += static_cast<char>(bytes.size() >> static_cast<unsigned>(shift) & 0xFFU);
+        for (int shift = (offsetSize - 1) * 8; shift >= 0; shift -= 8) {
+            const std::size_t byte = shift < 64 ? bytes.size() >> static_cast<unsigned>(shift) : 0;
+            offsets += static_cast<char>(byte & 0xFFU);
         }
         bytes += object;
     }
     const std::size_t table = bytes.size();
     bytes += offsets;
-    bytes += std::string(6, '\0') + '\4' + '\1';
+    bytes += std::string(6, '\0') + static_cast<char>(offsetSize) + '\1';
     for (const std::uint64_t number :
          {std::uint64_t{objects.size()}, std::uint64_t{top}, std::uint64_t{table}}) {
         for (int shift = 56; shift >= 0; shift -= 8) {

@@ -5,7 +5,10 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
+#include <cerrno>
 #include <thread>
+#include <vector>
 
 #include "Platform/Posix/PosixTaskRunner.h"
 #include "Scratch.h"
@@ -156,18 +159,45 @@ TEST(Task, InheritsEnvironmentAndStandardInput) {
 TEST(Task, StartsWithSignalsReset) {
     sigset_t blocked;
     sigset_t before;
-    ::sigemptyset(&blocked);
-    ::sigaddset(&blocked, SIGTERM);
+    ::sigfillset(&blocked);
     ASSERT_EQ(::pthread_sigmask(SIG_BLOCK, &blocked, &before), 0);
-    const auto handler = ::signal(SIGPIPE, SIG_IGN);
-    const Result result = runShell("grep -E 'SigBlk|SigIgn' /proc/self/status");
-    ::signal(SIGPIPE, handler);
+    const std::array ignored = {SIGPIPE, SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGUSR1, SIGALRM, SIGXFSZ};
+    std::vector<sighandler_t> handlers;
+    for (const int signal : ignored) {
+        handlers.push_back(::signal(signal, SIG_IGN));
+    }
+    // Not by way of a shell: it has a mind of its own about signals.
+    Platform::Posix::PosixTaskRunner tasks;
+    const auto task = tasks.launch("/bin/grep", Arguments({"-E", "SigBlk|SigIgn", "/proc/self/status"}));
+    Result result;
+    if (task) {
+        task->waitUntilExit();
+        result.output = task->readOutputToEnd();
+    }
+    for (std::size_t index = 0; index < ignored.size(); ++index) {
+        ::signal(ignored[index], handlers[index]);
+    }
     ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    ASSERT_TRUE(task);
     EXPECT_TRUE(result.output.starts_with("SigBlk:\t0000000000000000\nSigIgn:\t")) << result.output;
     // Signals 32 and 33 are the C library's own business.
     constexpr std::uint64_t kOwnSignals = std::uint64_t{3} << 31U;
     EXPECT_EQ(std::stoull(result.output.substr(result.output.rfind('\t') + 1), nullptr, 16) & ~kOwnSignals,
               0U);
+}
+
+// A child that still writes when nobody will read it is told so; otherwise it would never end, nor the wait
+// for it.
+TEST(Task, ThatIsDestroyedWaitsForNoUnreadBytes) {
+    for (const char* script : {"head -c 1000000 /dev/zero", "head -c 1000000 /dev/zero >&2"}) {
+        Platform::Posix::PosixTaskRunner tasks;
+        auto task = tasks.launch("/bin/sh", Arguments({"-c", script}));
+        ASSERT_TRUE(task);
+        task.reset();
+        // It was waited for.
+        EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1);
+        EXPECT_EQ(errno, ECHILD);
+    }
 }
 
 // The standard descriptors of a program without a terminal may be closed, and the pipes then get their

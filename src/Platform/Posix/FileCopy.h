@@ -5,11 +5,12 @@
 
 #include <memory>
 
-namespace Platform::Linux {
+namespace Platform::Posix {
 
-/// Copies single items between open folders, with their attributes. All operations return 0 or an errno
-/// value, EEXIST when there is something called `newName`, a dangling link included. One object serves one
-/// copy on one thread: it remembers what the file systems at hand cannot do.
+/// Copies single items between open folders, with their attributes; each system has its own source file for
+/// it. All operations return 0 or an errno value, EEXIST when there is something called `newName`, a dangling
+/// link included. One object serves one copy on one thread: it remembers what the file systems at hand cannot
+/// do.
 class FileCopy {
   public:
     FileCopy();
@@ -22,7 +23,7 @@ class FileCopy {
     /// A link, as itself; `status` is its own.
     [[nodiscard]] int copyLink(int from, const char* name, const struct stat& status, int to,
                                const char* newName);
-    /// A FIFO, a socket's name or a device.
+    /// A FIFO, a socket's name or a device; ENOTSUP where the system cannot make them relative to a folder.
     [[nodiscard]] int copySpecial(int from, const char* name, const struct stat& status, int to,
                                   const char* newName);
     /// Gives an open copy the owner, extended attributes, mode and times of its source.
@@ -42,4 +43,4 @@ class FileCopy {
     bool tryCopyRange_ = true;
 };
 
-}  // namespace Platform::Linux
+}  // namespace Platform::Posix

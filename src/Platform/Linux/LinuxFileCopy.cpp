@@ -1,4 +1,4 @@
-#include "Platform/Linux/FileCopy.h"
+#include "Platform/Posix/FileCopy.h"
 
 #include <fcntl.h>
 #include <linux/fs.h>
@@ -12,13 +12,12 @@
 
 #include "Platform/Linux/ExtendedAttributes.h"
 #include "Platform/Posix/Descriptor.h"
+#include "Platform/Posix/Moments.h"
 #include "Platform/Posix/NativeFiles.h"
 
-namespace Platform::Linux {
+namespace Platform::Posix {
 
 namespace {
-
-using Posix::Descriptor;
 
 constexpr mode_t kModeBits = 07777;
 constexpr mode_t kSetIdBits = S_ISUID | S_ISGID;
@@ -80,6 +79,7 @@ FileCopy::FileCopy() : user_(::geteuid()), group_(::getegid()), buffer_(new char
 FileCopy::~FileCopy() = default;
 
 int FileCopy::copyFile(int from, const char* name, int to, const char* newName) {
+    atMoment(Moment::copying, from, name);
     // Without O_NONBLOCK a FIFO that has taken the file's place would hold this up.
     const Descriptor source(::openat(from, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
     struct stat status {};
@@ -203,7 +203,7 @@ int FileCopy::copyAttributes(int source, const struct stat& sourceStatus, int co
         // Changing the owner takes set-id bits away.
         status.st_mode &= ~kSetIdBits;
     }
-    if (const int failure = copyExtendedAttributes(source, copy); failure != 0) {
+    if (const int failure = Linux::copyExtendedAttributes(source, copy); failure != 0) {
         return failure;
     }
     const mode_t mode = modeForCopy(sourceStatus, ownerKept);
@@ -227,7 +227,7 @@ int FileCopy::copyLink(int from, const char* name, const struct stat& status, in
     if (const int failure = giveOwner(to, newName, status, ownerKept); failure != 0) {
         return failure;
     }
-    if (const int failure = copyExtendedAttributes(from, name, to, newName); failure != 0) {
+    if (const int failure = Linux::copyExtendedAttributes(from, name, to, newName); failure != 0) {
         return failure;
     }
     return ::utimensat(to, newName, Times(status).values, AT_SYMLINK_NOFOLLOW) == 0 ? 0 : errno;
@@ -242,15 +242,15 @@ int FileCopy::copySpecial(int from, const char* name, const struct stat& status,
     if (const int failure = giveOwner(to, newName, status, ownerKept); failure != 0) {
         return failure;
     }
-    if (const int failure = copyExtendedAttributes(from, name, to, newName); failure != 0) {
+    if (const int failure = Linux::copyExtendedAttributes(from, name, to, newName); failure != 0) {
         return failure;
     }
     // Opened by reference only, so that a link in its place is never changed and no device is touched.
     const Descriptor copy(::openat(to, newName, O_PATH | O_NOFOLLOW | O_CLOEXEC));
-    if (!copy || Posix::setModeOfOpenItem(copy.get(), modeForCopy(status, ownerKept)) != 0) {
+    if (!copy || setModeOfOpenItem(copy.get(), modeForCopy(status, ownerKept)) != 0) {
         return errno;
     }
     return ::utimensat(to, newName, Times(status).values, AT_SYMLINK_NOFOLLOW) == 0 ? 0 : errno;
 }
 
-}  // namespace Platform::Linux
+}  // namespace Platform::Posix

@@ -1,4 +1,4 @@
-#include "Platform/Linux/TreeCopy.h"
+#include "Platform/Posix/TreeCopy.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -7,19 +7,15 @@
 #include <array>
 #include <cerrno>
 
-#include "Platform/Linux/FileCopy.h"
+#include "Platform/Posix/FileCopy.h"
 #include "Platform/Posix/FileError.h"
 #include "Platform/Posix/FolderWalk.h"
+#include "Platform/Posix/Moments.h"
+#include "Platform/Posix/NativeFiles.h"
 
-namespace Platform::Linux {
+namespace Platform::Posix {
 
 namespace {
-
-using Posix::Descriptor;
-using Posix::FolderChain;
-using Posix::FolderEntry;
-using Posix::FolderWalk;
-using Posix::Identity;
 
 constexpr mode_t kFolderBeingFilled = 0700;
 
@@ -69,11 +65,11 @@ int liesIn(int folder, int parent, const std::string& name, bool& inside) {
         return errno;
     }
     const Identity tree{status.st_dev, status.st_ino};
-    Descriptor current(::openat(folder, ".", O_PATH | O_DIRECTORY | O_CLOEXEC));
+    Descriptor current(openFolderForLookup(folder, "."));
     Identity previous;
     while (current) {
         Identity identity;
-        if (const int failure = Posix::identityOf(current.get(), identity); failure != 0) {
+        if (const int failure = identityOf(current.get(), identity); failure != 0) {
             return failure;
         }
         inside = identity == tree;
@@ -81,7 +77,7 @@ int liesIn(int folder, int parent, const std::string& name, bool& inside) {
             return 0;
         }
         previous = identity;
-        current = Descriptor(::openat(current.get(), "..", O_PATH | O_DIRECTORY | O_CLOEXEC));
+        current = Descriptor(openFolderForLookup(current.get(), ".."));
     }
     return errno;
 }
@@ -134,7 +130,7 @@ int TreeCopy::copyEntry(const char* name, const char* newName, unsigned char typ
 
 int TreeCopy::copyFolder(const char* name, const char* newName) {
     Descriptor folder;
-    if (const int failure = Posix::openFolder(from(), name, folder); failure != 0) {
+    if (const int failure = openFolder(from(), name, folder); failure != 0) {
         return failure;
     }
     struct stat status {};
@@ -148,12 +144,13 @@ int TreeCopy::copyFolder(const char* name, const char* newName) {
     if (::mkdirat(to(), newName, kFolderBeingFilled) != 0) {
         return errno;
     }
+    atMoment(Moment::fillingFolder, to(), newName);
     Descriptor made;
-    if (const int failure = Posix::openFolder(to(), newName, made); failure != 0) {
+    if (const int failure = openFolder(to(), newName, made); failure != 0) {
         return failure;
     }
     if (top) {
-        if (const int failure = Posix::identityOf(made.get(), copy_); failure != 0) {
+        if (const int failure = identityOf(made.get(), copy_); failure != 0) {
             return failure;
         }
         walk_.enterTop(std::move(folder));
@@ -195,11 +192,11 @@ Error copyError(std::string_view source, std::string_view destination, int code)
     std::string outcome = "copied to \"";
     outcome += destination;
     outcome += '"';
-    return Posix::fileError(source, outcome, code);
+    return fileError(source, outcome, code);
 }
 
 std::optional<Error> copyTree(const CopyPlace& source, const CopyPlace& destination) {
     return TreeCopy(source, destination).run();
 }
 
-}  // namespace Platform::Linux
+}  // namespace Platform::Posix

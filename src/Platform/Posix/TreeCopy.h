@@ -6,7 +6,7 @@
 
 #include "Platform/Error.h"
 
-namespace Platform::Linux {
+namespace Platform::Posix {
 
 /// An entry of an open folder, and what it is called in messages.
 struct CopyPlace {
@@ -19,15 +19,16 @@ struct CopyPlace {
 /// them:
 /// - A folder is not copied into itself (EINVAL, before anything is made).
 /// - Hard links inside the tree become files of their own. Holes stay holes.
-/// - FIFOs, sockets (as names that nobody listens on) and, where permitted, devices are made anew.
+/// - FIFOs, sockets (as names that nobody listens on) and, where permitted, devices are made anew on Linux,
+/// and
+///   give ENOTSUP on macOS.
 /// - Where the owner or the group cannot be kept, for lack of permission, the copy is this process's own and
-/// has no set-id
-///   bits. Extended attributes that this process may not set, or the destination's file system does not know,
-///   stay behind.
+///   has no set-id bits. Extended attributes that this process may not set, or the destination's file system
+///   does not know, stay behind.
 /// - A folder that is being filled has mode 0700, and keeps it when the copy stops inside it.
 [[nodiscard]] std::optional<Error> copyTree(const CopyPlace& source, const CopyPlace& destination);
 
 /// The error of a copy.
 [[nodiscard]] Error copyError(std::string_view source, std::string_view destination, int code);
 
-}  // namespace Platform::Linux
+}  // namespace Platform::Posix

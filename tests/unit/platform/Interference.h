@@ -1,0 +1,34 @@
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "Platform/Posix/Moments.h"
+
+namespace PlatformTests {
+
+/// Does something at the first moment of a kind that concerns an entry of this name of an open folder, once,
+/// on the thread that works; takes the place of the product's Moments.cpp. One at a time.
+class Interference {
+  public:
+    Interference(Platform::Posix::Moment moment, std::string name, std::function<void(int folder)> act);
+    Interference(const Interference&) = delete;
+    Interference& operator=(const Interference&) = delete;
+    ~Interference();
+
+    /// Does it every time instead.
+    Interference& always();
+    /// How often it was done.
+    [[nodiscard]] int count() const { return count_; }
+
+  private:
+    friend void meet(Platform::Posix::Moment moment, int folder, const char* name);
+
+    const Platform::Posix::Moment moment_;
+    const std::string name_;
+    const std::function<void(int folder)> act_;
+    bool once_ = true;
+    int count_ = 0;
+};
+
+}  // namespace PlatformTests

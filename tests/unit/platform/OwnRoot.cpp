@@ -1,0 +1,67 @@
+#include "OwnRoot.h"
+
+#include <gtest/gtest.h>
+#include <sched.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdio>
+
+namespace PlatformTests {
+
+namespace {
+
+/// Becomes root without being it: of a namespace that knows this user alone.
+bool becomeRoot() {
+    const std::string map = "0 " + std::to_string(::geteuid()) + " 1";
+    if (::unshare(CLONE_NEWUSER) != 0) {
+        return false;
+    }
+    std::FILE* file = std::fopen("/proc/self/uid_map", "w");
+    const bool written = file != nullptr && std::fputs(map.c_str(), file) >= 0;
+    return file != nullptr && std::fclose(file) == 0 && written && ::geteuid() == 0;
+}
+
+}  // namespace
+
+OwnRoot::OwnRoot() {
+    for (const char* name : {"Library", "Library/Application Support", "Library/LaunchDaemons", "Users",
+                             "private", "private/etc", "private/var", "System", "usr", "Volumes"}) {
+        makeFolder(scratch_.path(name));
+    }
+    makeFolder(scratch_.path("Applications"), 0775);
+    makeFolder(scratch_.path("Users/alice"));
+    makeFolder(scratch_.path("private/tmp"), 01777);
+    for (const std::string name : {"tmp", "var", "etc"}) {
+        makeLink("private/" + name, scratch_.path(name));
+    }
+    makeFile(scratch_.path("private/etc/passwd"),
+             "root:x:0:0::/private/var/root:/bin/sh\nalice:x:1501:1501::/Users/alice:/bin/sh\n");
+    makeFolder(scratch_.path("private/var/root"));
+    if (knowsOthers()) {
+        EXPECT_EQ(::chown(scratch_.path("Users/alice").c_str(), kAlice, kAlice), 0);
+    }
+}
+
+bool OwnRoot::run(const std::function<void()>& check) const {
+    std::fflush(stdout);
+    const pid_t child = ::fork();
+    if (child == 0) {
+        const bool inside =
+            (::geteuid() == 0 || becomeRoot()) && ::chroot(scratch_.path().c_str()) == 0 && ::chdir("/") == 0;
+        EXPECT_TRUE(inside) << "no root folder of its own";
+        if (inside) {
+            check();
+        }
+        std::fflush(stdout);
+        ::_exit(testing::Test::HasFailure() ? 1 : 0);
+    }
+    int status = -1;
+    return child > 0 && ::waitpid(child, &status, 0) == child && status == 0;
+}
+
+bool OwnRoot::knowsOthers() {
+    return ::geteuid() == 0;
+}
+
+}  // namespace PlatformTests
