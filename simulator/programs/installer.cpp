@@ -185,7 +185,7 @@ int install(const std::string& package) {
 int main(int argc, char** argv) {
     std::vector<std::string> executed{"executed"};
     executed.insert(executed.end(), argv + (argc > 0 ? 1 : 0), argv + argc);
-    static_cast<void>(Platform::Linux::requestMacService(executed));
+    static_cast<void>(Platform::Linux::MacServices().request(executed));
     std::string package;
     std::string target;
     for (int index = 1; index + 1 < argc; index += 2) {

@@ -18,7 +18,7 @@ int main(int argc, char** argv) {
     }
     std::vector<std::string> executed{"executed"};
     executed.insert(executed.end(), argv + 1, argv + argc);
-    static_cast<void>(Platform::Linux::requestMacService(executed));
+    static_cast<void>(Platform::Linux::MacServices().request(executed));
     std::string line;
     for (int index = 1; index < argc; ++index) {
         line += (index > 1 ? "\t" : "");

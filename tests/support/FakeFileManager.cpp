@@ -34,7 +34,7 @@ bool isRootsAlone(const FakeFileManager::Node& node) {
 
 void FakeFileManager::addFolder(const std::string& path) {
     for (std::string each = path; each != "/"; each = parentOf(each)) {
-        nodes.try_emplace(each, Node{Node::Kind::folder, "", 0755, 0, 0, ++inodes_});
+        nodes.try_emplace(each, Node{Node::Kind::folder, "", 0755, 0, 0, "", ++inodes_});
     }
 }
 
@@ -47,7 +47,7 @@ void FakeFileManager::addFile(const std::string& path, const std::string& conten
 
 void FakeFileManager::addLink(const std::string& path, const std::string& target) {
     addFolder(parentOf(path));
-    nodes[path] = Node{Node::Kind::link, target, 0755, 501, 20, ++inodes_};
+    nodes[path] = Node{Node::Kind::link, target, 0755, 501, 20, "", ++inodes_};
 }
 
 void FakeFileManager::failOn(const std::string& operation, const std::string& path, Platform::Error error) {

@@ -131,7 +131,9 @@ void endWith(bool logFails) {
                                       fakes.clock,
                                       fakes.dispatch,
                                       fakes.distantObjects,
-                                      fakes.codeModules};
+                                      fakes.codeModules,
+                                      fakes.privateCopies,
+                                      fakes.termination};
     const TestSupport::ScopedSystemPorts scope(ports);
     mac.tasks.notExecutable.insert("/bin/launchctl");
     static_cast<void>(SwiftUtils::execute(std::string("/bin/launchctl"), std::nullopt));
