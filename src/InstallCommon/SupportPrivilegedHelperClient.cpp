@@ -49,7 +49,11 @@ bool SupportPrivilegedHelperClient::installSwiftSupportPackage() {
     std::vector<Platform::XPCValue> arguments;
     arguments.emplace_back(*package);
     const std::unique_ptr<Platform::Timer> lastResort =
-        ports.dispatch.makeTimer([connection] { connection->invalidate(); });
+        ports.dispatch.makeTimer([waiting = std::weak_ptr(connection)] {
+            if (const std::shared_ptr<Platform::XPCConnection> stuck = waiting.lock()) {
+                stuck->invalidate();
+            }
+        });
     lastResort->schedule(ports.clock.time(kReplyTimeout), kReplyTimeout, 0);
     lastResort->resume();
     helper->message(installSelector, std::move(arguments),
