@@ -74,9 +74,10 @@ def measure(place):
     try:
         tree = os.path.join(scratch, "tree")
         build(tree)
-        # Ownership goes back and forth, so that every call changes something. Only root may give files away.
+        # Ownership goes back and forth, so that every call changes something. Only root may give files away; as in
+        # the product, the owner is root, so that nobody else can change the folders meanwhile.
         root = os.geteuid() == 0
-        owners = [(1001, 1001), (1002, 1002)] if root else [(os.geteuid(), os.getegid())] * 2
+        owners = [(0, 1001), (0, 1002)] if root else [(os.geteuid(), os.getegid())] * 2
         for number in range(rounds + 1):
             ours, theirs = os.path.join(scratch, "ours"), os.path.join(scratch, "theirs")
             steps = {

@@ -44,6 +44,10 @@ int setOwnerOfOpenItem(int item, uid_t owner, gid_t group) {
 }
 
 // Opening for search alone came long after 10.13, so the folder has to be readable.
+bool changeOfOwnerKeepsSetIdBits() {
+    return true;
+}
+
 int openFolderForLookup(int parent, const char* name) {
     return ::openat(parent, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
 }

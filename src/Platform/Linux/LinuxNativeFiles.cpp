@@ -52,6 +52,10 @@ int setOwnerOfOpenItem(int item, uid_t owner, gid_t group) {
     return ::fchownat(item, "", owner, group, AT_EMPTY_PATH);
 }
 
+bool changeOfOwnerKeepsSetIdBits() {
+    return false;
+}
+
 int openFolderForLookup(int parent, const char* name) {
     return ::openat(parent, name, O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
 }

@@ -18,6 +18,9 @@ namespace Platform::Posix {
 /// fchown for such a descriptor or that of an open folder. Whether a file then has its set-id bits is the
 /// system's choice: see giveItem() in TreeOwnership.h, which settles it.
 [[nodiscard]] int setOwnerOfOpenItem(int item, uid_t owner, gid_t group);
+/// Whether a file that root gives away keeps its set-id bits, or loses them even if it had that owner
+/// already.
+[[nodiscard]] bool changeOfOwnerKeepsSetIdBits();
 
 /// Opens the folder `name` of the open folder `parent` as the starting point of descriptor-relative calls; a
 /// link gives ENOTDIR or ELOOP. Where the system can, permission to search the folder is enough.

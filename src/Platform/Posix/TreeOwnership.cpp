@@ -1,5 +1,6 @@
 #include "Platform/Posix/TreeOwnership.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -8,6 +9,7 @@
 #include "Platform/Posix/Moments.h"
 #include "Platform/Posix/NativeFiles.h"
 #include "Platform/Posix/SystemFolders.h"
+#include "Platform/Posix/TrustedPath.h"
 
 namespace Platform::Posix {
 
@@ -24,13 +26,52 @@ bool isProgram(const struct stat& status) {
     return S_ISREG(status.st_mode) && (status.st_mode & kSetIdBits) != 0;
 }
 
-/// Gives the entry away and leaves it open in `folder` when it is a folder that can be read.
-int giveEntry(int parent, const FolderEntry& entry, std::uint32_t owner, std::uint32_t group,
-              Descriptor& folder) {
+/// Gives away, by its name, an entry of a folder that root alone can change. Returns 0, an errno value, or
+/// kToBeOpened for an item that needs more than that.
+constexpr int kToBeOpened = -1;
+int giveByName(int parent, const char* name, std::uint32_t owner, std::uint32_t group) {
+    struct stat status {};
+    if (::fstatat(parent, name, &status, AT_SYMLINK_NOFOLLOW) != 0) {
+        return EBADF;
+    }
+    const bool changes = status.st_uid != owner || status.st_gid != group;
+    const bool simple =
+        !S_ISREG(status.st_mode) ||
+        (!isProgram(status) && (!changes || status.st_nlink == 1) && !changeOfOwnerKeepsSetIdBits());
+    if (!simple) {
+        return kToBeOpened;
+    }
+    if (::fchownat(parent, name, owner, group, AT_SYMLINK_NOFOLLOW) == 0) {
+        return 0;
+    }
+    return errno == ENOENT ? EBADF : errno;
+}
+
+class TreeOwnership {
+  public:
+    TreeOwnership(std::uint32_t owner, std::uint32_t group) : owner_(owner), group_(group) {}
+
+    /// Tells whether root alone can change the folder at hand.
+    void setSheltered(bool sheltered) { sheltered_ = sheltered; }
+    /// Gives the entry away; opens `folder` when it is a folder that can be read.
+    [[nodiscard]] int give(int parent, const FolderEntry& entry, Descriptor& folder) const;
+
+  private:
+    const std::uint32_t owner_;
+    const std::uint32_t group_;
+    bool sheltered_ = false;
+};
+
+int TreeOwnership::give(int parent, const FolderEntry& entry, Descriptor& folder) const {
     atMoment(Moment::givingOwner, parent, entry.name);
     folder.reset(-1);
-    Descriptor item;
     const bool isFolder = mayBeFolder(entry) && openFolder(parent, entry.name, folder) == 0;
+    if (!isFolder && sheltered_) {
+        if (const int result = giveByName(parent, entry.name, owner_, group_); result != kToBeOpened) {
+            return result;
+        }
+    }
+    Descriptor item;
     if (!isFolder) {
         item = Descriptor(openItemItself(parent, entry.name));
         if (!item) {
@@ -39,7 +80,7 @@ int giveEntry(int parent, const FolderEntry& entry, std::uint32_t owner, std::ui
     }
     const int opened = isFolder ? folder.get() : item.get();
     struct stat status {};
-    return ::fstat(opened, &status) == 0 ? giveItem(opened, status, owner, group) : errno;
+    return ::fstat(opened, &status) == 0 ? giveItem(opened, status, owner_, group_) : errno;
 }
 
 }  // namespace
@@ -75,21 +116,25 @@ void setOwnerBelow(int parent, const std::string& name, const std::string& path,
         isSystemFolder(status)) {
         return;
     }
+    TreeOwnership ownership(owner, group);
     FolderWalk walk(path);
     walk.enterTop(std::move(folder));
+    ownership.setSheltered(onlyRootChanges(walk.folder()));
     while (walk.depth() > 0) {
         FolderEntry entry;
         if (walk.next(entry) <= 0) {
             if (const int failure = walk.leave(); failure != 0) {
                 failed(Base::URL::fileURL(walk.path()), failure);
             }
+            ownership.setSheltered(walk.depth() > 0 && onlyRootChanges(walk.folder()));
             continue;
         }
-        if (const int failure = giveEntry(walk.folder(), entry, owner, group, folder); failure != 0) {
+        if (const int failure = ownership.give(walk.folder(), entry, folder); failure != 0) {
             failed(Base::URL::fileURL(walk.pathOf(entry.name)), failure);
         }
         if (folder) {
             walk.enter(std::move(folder), entry.name);
+            ownership.setSheltered(onlyRootChanges(walk.folder()));
         }
     }
 }

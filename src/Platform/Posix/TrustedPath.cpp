@@ -22,13 +22,6 @@ constexpr int kMostLinks = 32;
 constexpr mode_t kNewFolderMode = 0777;
 constexpr uid_t kRoot = 0;
 
-/// Whether root alone can add and remove entries of an open folder.
-bool onlyRootChanges(int folder) {
-    struct stat status {};
-    return ::fstat(folder, &status) == 0 && status.st_uid == kRoot &&
-           (status.st_mode & (S_IWGRP | S_IWOTH)) == 0 && !listLetsOthersChange(folder);
-}
-
 class Way {
   public:
     Way(std::string_view path, bool makeMissing)
@@ -192,6 +185,12 @@ WayEnd goToParent(const Base::URL& item, bool makeMissing, OpenedParent& parent)
 }
 
 }  // namespace
+
+bool onlyRootChanges(int folder) {
+    struct stat status {};
+    return ::fstat(folder, &status) == 0 && status.st_uid == kRoot &&
+           (status.st_mode & (S_IWGRP | S_IWOTH)) == 0 && !listLetsOthersChange(folder);
+}
 
 WayEnd openParent(const Base::URL& item, OpenedParent& parent) {
     return goToParent(item, false, parent);

@@ -24,6 +24,9 @@ struct WayEnd {
     std::string refusedLink;
 };
 
+/// Whether root alone can add and remove entries of an open folder.
+[[nodiscard]] bool onlyRootChanges(int folder);
+
 /// Walks from the root folder to the folder that `item` lies in, component by component, each relative to the
 /// open folder before it and as itself.
 ///

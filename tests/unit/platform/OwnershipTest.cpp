@@ -15,14 +15,15 @@ namespace {
 
 using Platform::Linux::LinuxFileManager;
 
-/// Items that belong to user 1111 and group 1112; without privileges, to this user.
-class ChangeOfOwner : public testing::Test {
+/// The folder is one that root alone can change (mode 0755), where names may be trusted, or one that others
+/// can.
+class ChangeOfOwner : public testing::TestWithParam<mode_t> {
   protected:
     void SetUp() override {
         if (::geteuid() != 0) {
             GTEST_SKIP() << "only root can give items to others";
         }
-        makeFolder(path("top"));
+        makeFolder(path("top"), GetParam());
     }
     [[nodiscard]] std::string path(std::string_view name) const { return scratch_.path(name); }
     void make(const std::string& name, uid_t owner, gid_t group, mode_t mode) {
@@ -49,7 +50,9 @@ class ChangeOfOwner : public testing::Test {
     std::vector<std::pair<std::string, int>> failures_;
 };
 
-TEST_F(ChangeOfOwner, TakesSetIdBitsAway) {
+INSTANTIATE_TEST_SUITE_P(Folder, ChangeOfOwner, testing::Values(0755, 0775, 0757));
+
+TEST_P(ChangeOfOwner, TakesSetIdBitsAway) {
     make("top/user", 1111, 1112, 04755);
     make("top/group", 1111, 1112, 02755);
     make("top/both", 1111, 1112, 06711);
@@ -69,7 +72,7 @@ TEST_F(ChangeOfOwner, TakesSetIdBitsAway) {
     expect("alone", 2221, 2222, 0755);
 }
 
-TEST_F(ChangeOfOwner, ThatIsNoneKeepsSetIdBits) {
+TEST_P(ChangeOfOwner, ThatIsNoneKeepsSetIdBits) {
     make("top/both", 2221, 2222, 06755);
     make("top/user", 2221, 2222, 04511);
     giveTop(2221, 2222);
@@ -79,7 +82,7 @@ TEST_F(ChangeOfOwner, ThatIsNoneKeepsSetIdBits) {
     expect("top/both", 2221, 2222, 06755);
 }
 
-TEST_F(ChangeOfOwner, KeepsEveryBitOfAFolder) {
+TEST_P(ChangeOfOwner, KeepsEveryBitOfAFolder) {
     makeFolder(path("top/folder"));
     ASSERT_EQ(::chown(path("top/folder").c_str(), 1111, 1112), 0);
     ASSERT_EQ(::chmod(path("top/folder").c_str(), 07755), 0);
@@ -88,7 +91,7 @@ TEST_F(ChangeOfOwner, KeepsEveryBitOfAFolder) {
 }
 
 // As a copy of a root program goes: copyItem keeps the bits, and root's own copy keeps them.
-TEST_F(ChangeOfOwner, ACopyOfRootsProgramKeepsItsSetIdBits) {
+TEST_P(ChangeOfOwner, ACopyOfRootsProgramKeepsItsSetIdBits) {
     make("top/program", 0, 0, 04755);
     ASSERT_FALSE(files_.copyItem(scratch_.url("top"), scratch_.url("copy")));
     EXPECT_EQ(files_.setOwner(scratch_.url("copy"), 0, 0), 0);
@@ -98,7 +101,7 @@ TEST_F(ChangeOfOwner, ACopyOfRootsProgramKeepsItsSetIdBits) {
 }
 
 // Whoever may write to the folder may have linked anybody's file there.
-TEST_F(ChangeOfOwner, RefusesAFileWithHardLinks) {
+TEST_P(ChangeOfOwner, RefusesAFileWithHardLinks) {
     make("victim", 1111, 1112, 06640);
     make("top/file", 1111, 1112, 0640);
     ASSERT_EQ(::link(path("victim").c_str(), path("top/linked").c_str()), 0);
@@ -114,9 +117,12 @@ TEST_F(ChangeOfOwner, RefusesAFileWithHardLinks) {
     // Nothing to change, nothing to fear.
     EXPECT_EQ(files_.setOwner(scratch_.url("top/linked"), 1111, 1112), 0);
     expect("victim", 1111, 1112, 06640);
+    giveTop(1111, 1112);
+    EXPECT_TRUE(failures_.empty());
+    expect("victim", 1111, 1112, 06640);
 }
 
-TEST_F(ChangeOfOwner, TakesALinkWithAnotherNameForItself) {
+TEST_P(ChangeOfOwner, TakesALinkWithAnotherNameForItself) {
     makeLink("nowhere", path("top/link"));
     ASSERT_EQ(::link(path("top/link").c_str(), path("top/same link").c_str()), 0);
     giveTop(2221, 2222);
