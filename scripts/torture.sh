@@ -45,16 +45,16 @@ trap 'exit 130' INT TERM
 
 # Rows, one a line: name, rounds wanted, share of its line's time, lanes (simulated Macs at a time). The rows of one line
 # run one after another; those of the second mostly wait.
-busy_rows="commands 75 10 2
-moments 1000 50 3
+busy_rows="commands 75 10 3
+moments 1000 50 5
 race-removal 10000 5 1
 race-ownership 10000 5 1
 race-copy 10000 5 1
 race-way 60000 10 1"
 waiting_rows="refused 144 15 8
-blessings 40 15 4
-peers 1000 20 2
-folders 120 25 2
+blessings 40 15 6
+peers 1000 20 3
+folders 120 25 3
 two 20 8 2
 ten 10 12 1"
 

@@ -27,6 +27,12 @@ bool isHelperLabel(const std::string& label) {
     return std::find(kHelperLabels.begin(), kHelperLabels.end(), label) != kHelperLabels.end();
 }
 
+/// The folders that command 74 removes, if they are empty, after the last one that counts as an installation.
+bool isEmptiedFolder(const std::string& path) {
+    return path == "/Library/Application Support/Norvik" || path == "/Applications/Norvik" ||
+           path == "/Applications/NORVIK";
+}
+
 std::string hashOfFile(const fs::path& file) {
     std::ifstream stream(file, std::ios::binary);
     std::ostringstream text;
@@ -223,7 +229,7 @@ End TortureMac::end(const Inventory& undisturbed) const {
         differences.add("kernel extension " + extension.get<std::string>(), false);
     }
     for (const std::string& path : left(undisturbed)) {
-        differences.add("left " + path, isHelperFile(path));
+        differences.add("left " + path, isHelperFile(path) || isEmptiedFolder(path));
     }
     if (const std::string harm = harmed(undisturbed); !harm.empty()) {
         differences.add(harm, false);

@@ -22,7 +22,9 @@ struct End {
     enum class Kind {
         /// Exactly what it leaves on an identical Mac where nothing interferes.
         clean,
-        /// The same, and files or jobs of the privileged helpers.
+        /// The same, and what goes after the product's last folder: files or jobs of the privileged helpers,
+        /// the
+        /// maker's emptied folders.
         helpersLeft,
         /// Anything else.
         lost,
