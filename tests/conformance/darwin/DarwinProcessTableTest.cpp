@@ -1,6 +1,9 @@
 // The macOS process table, over operations that stand in for libproc's.
 #include "Platform/Darwin/DarwinProcessTable.h"
 
+#include <array>
+#include <span>
+
 #include "ProcessTableContract.h"
 #include "RealProcesses.h"
 
@@ -15,7 +18,7 @@ namespace {
 using DarwinProcesses = ProcessTableContract<RealProcesses<DarwinProcessTable>>;
 
 TEST_F(DarwinProcesses, AreCountedInBytesAsTheSystemCountsThem) {
-    world.start("one");
+    (void)world.start("one");
     std::array<std::int32_t, 4> pids{0, 0, 0, -1};
     EXPECT_EQ(table.listPids(Platform::PidListType::all, 0, std::span(pids).first(1)), 4);
     EXPECT_GT(pids[0], 0);
