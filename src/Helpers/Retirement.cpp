@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "Helpers/LaunchdJob.h"
+#include "Helpers/PackageInstaller.h"
 #include "NorvikCommon/Product Paths Information/ComponentPathProvider.h"
 #include "NorvikCommon/Product Paths Information/SystemPathProvider.h"
 #include "Platform/SystemPorts.h"
@@ -112,6 +113,7 @@ void Retirement::removeSupportHelper() {
         Platform::FileManager& files = Platform::SystemPorts::current().files;
         static_cast<void>(files.removeItem(*support.executable->location));
         static_cast<void>(files.removeItem(*support.launchd->plistLocation()));
+        static_cast<void>(removeLeftPackage());
     }
 }
 

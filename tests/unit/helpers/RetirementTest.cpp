@@ -85,6 +85,18 @@ TEST_F(Retirement, RemovesTheSupportHelpersJobBeforeItsTool) {
     EXPECT_LT(job, tool);
 }
 
+TEST_F(Retirement, RemovesThePackagesFolderThatAKilledSupportHelperLeft) {
+    runList();
+    EXPECT_EQ(mac_.callsOf("remove private folder "),
+              CallList{"remove private folder " + kTools + "com.norvik.SupportPrivilegedHelper.package"});
+}
+
+TEST_F(Retirement, LeavesThePackagesFolderWithASupportHelperThatStays) {
+    mac_.tasks.results[kPrint + kSupport].output = kRunningJob;
+    runList();
+    EXPECT_EQ(mac_.callsOf("remove private folder "), CallList());
+}
+
 TEST_F(Retirement, LeavesEverythingWhileTheOwnToolIsThere) {
     mac_.files.addFile(kTools + kOwn);
     runList();
