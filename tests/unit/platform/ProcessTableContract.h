@@ -72,8 +72,8 @@ TYPED_TEST_P(ProcessTableContract, ListsTheProcessesOfOneUser) {
 TYPED_TEST_P(ProcessTableContract, CountsAtLeastWhatItLists) {
     (void)this->world.start("one");
     (void)this->world.start("two");
-    // Others may start between two calls; these two and this process are there all the time.
-    EXPECT_GE(this->table.listPids(PidListType::all, 0, {}), 3);
+    // Others come and go between two calls; these two are there all the time.
+    EXPECT_GE(this->table.listPids(PidListType::all, 0, {}), 2);
 }
 
 TYPED_TEST_P(ProcessTableContract, FillsNoMoreThanTheSpan) {
