@@ -26,8 +26,9 @@ namespace Platform::Linux {
 ///                                                 could have written; else 1
 ///   lookup NAME                STATUS PID START   0, process id and start time (/proc) of the process that
 ///                                                 has registered the name of a distant object; else 1
-///   executed ARGUMENT...       0                  writes down that the sending tool runs with these arguments
-///   launchctl ARGUMENT...      STATUS OUT ERR     exit status, text for standard output and standard error
+///   executed ARGUMENT...       0                  writes down that the sending tool runs with these
+///   arguments launchctl ARGUMENT...      STATUS OUT ERR     exit status, text for standard output and
+///   standard error
 inline constexpr std::string_view kServicesSocket = "/var/run/mac-services.socket";
 inline constexpr std::size_t kMaximumPacket = 65536;
 
