@@ -4,6 +4,7 @@ import argparse
 import collections
 import concurrent.futures
 import dataclasses
+import itertools
 import json
 import os
 import pathlib
@@ -44,6 +45,8 @@ def options():
     parser.add_argument("--sample", type=int, metavar="N", help="mutants that count in each room; default: all")
     parser.add_argument("--seed", type=int, default=1, help="chooses the sample (default: 1)")
     parser.add_argument("--changed", metavar="BASE", nargs="?", const="main", help="only lines that differ from a commit")
+    parser.add_argument("--quick", action="store_true",
+                        help="only what can be chosen while a program runs; survivors are not compared at -O2")
     parser.add_argument("--list", action="store_true", help="show the mutants, build nothing")
     parser.add_argument("--results", metavar="FILE", help="keep the results here and go on from there")
     parser.add_argument("--again", action="store_true", help="run those again that survived in the file of results")
@@ -66,7 +69,7 @@ def changed_lines(base):
     return lines
 
 
-def candidates(wanted, changed):
+def candidates(wanted, changed, quick):
     """The mutations of every room that was asked for."""
     found = collections.OrderedDict()
     unknown = set(wanted)
@@ -80,7 +83,7 @@ def candidates(wanted, changed):
         if wanted and not names or changed is not None and path not in changed:
             continue
         for mutation in mutations.mutations_of(path, (CHECKOUT / path).read_text()):
-            if changed is None or mutation.line in changed[path]:
+            if (changed is None or mutation.line in changed[path]) and (mutation.unit or not quick):
                 found.setdefault(room, []).append(mutation)
     if unknown:
         raise workshop.Refusal(f"No such room or file with mutants: {', '.join(sorted(unknown))}. "
@@ -145,23 +148,55 @@ class Run:
                 work.result()
 
     def run_share(self, room, shop, mutants):
-        for mutant in mutants:
-            start = time.monotonic()
-            verdict, test = self.judge(room, shop, mutant)
-            self.keep(self.make(room, mutant, verdict, test, time.monotonic() - start))
+        for path, of_file in itertools.groupby(mutants, lambda mutant: mutant.path):
+            of_file = list(of_file)
+            together = [mutant for mutant in of_file if mutant.unit is not None]
+            chosen, refused = {}, []
+            if len(together) > 1:
+                chosen, refused = shop.compile_many(path, together[0].text, together)
+            for mutant in refused:
+                self.keep(self.make(room, mutant, "invalid", "", 0))
+            usual = self.judge(room, shop, path) if chosen else ("passed", "")
+            if usual[0] != "passed":
+                raise workshop.Refusal(f"{path} with its mutants, none of them chosen: {usual[0]} ({usual[1]})")
+            survivors = []
+            for number, mutant in chosen.items():
+                start = time.monotonic()
+                verdict, test = self.judge(room, shop, path, number)
+                if verdict == "passed":
+                    survivors.append((mutant, time.monotonic() - start))
+                else:
+                    self.keep(self.make(room, mutant, verdict, test, time.monotonic() - start))
+            for mutant, seconds in survivors:
+                identical = not self.arguments.quick and shop.makes_no_difference(mutant)
+                verdict = "identical" if identical else "survived"
+                self.keep(self.make(room, mutant, verdict, "", seconds))
+            done = {*refused, *chosen.values()}
+            for mutant in of_file:
+                if mutant not in done:
+                    start = time.monotonic()
+                    verdict, test = self.judge_alone(room, shop, mutant)
+                    self.keep(self.make(room, mutant, verdict, test, time.monotonic() - start))
 
-    def judge(self, room, shop, mutant):
+    def judge_alone(self, room, shop, mutant):
         made = shop.compile(mutant)
         if made != "different":
             return made, ""
+        verdict, test = self.judge(room, shop, mutant.path)
+        if verdict != "passed":
+            return verdict, test
+        return ("identical" if shop.makes_no_difference(mutant) else "survived"), ""
+
+    def judge(self, room, shop, path, number=0):
+        """What the tests of the room say to the object that was compiled last, and the test that noticed it."""
         # The tests that noticed other mutants of the file notice most of the rest.
-        known = ":".join(self.killers[mutant.path])
+        known = ":".join(self.killers[path])
         for tests in [known, None] if known else [None]:
             for program in room.programs:
-                outcome, test = shop.test(program, mutant.path, tests or program.tests)
+                outcome, test = shop.test(program, path, tests or program.tests, number)
                 if outcome != "passed":
                     return {"failed": "killed"}.get(outcome, outcome), test
-        return ("identical" if shop.makes_no_difference(mutant) else "survived"), ""
+        return "passed", ""
 
     def make(self, room, mutant, verdict, test, seconds):
         return Result(mutant.key, room.name, mutant.path, mutant.line, mutant.kind, mutant.before, mutant.after, verdict, test,
@@ -199,7 +234,7 @@ def show_table(by_room):
 def main():
     arguments = options()
     changed = changed_lines(arguments.changed) if arguments.changed else None
-    found = candidates(arguments.where, changed)
+    found = candidates(arguments.where, changed, arguments.quick)
     if arguments.list:
         for room, mutants in found.items():
             print(f"{room.name}: {len(mutants)} mutants")

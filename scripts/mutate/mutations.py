@@ -30,6 +30,7 @@ WORDS = {
     "true": "false", "false": "true", "min": "max", "max": "min", "front": "back", "back": "front",
     "find": "rfind", "rfind": "find",
 }
+DECLARATION = re.compile(r"(?:[\w:]+(?:<[^;]*?>)?[&*]*\s+)+[&*]*\w+\s*(?:=(?!=)|\(|\{|;|\[)|(?:const )?auto[&*]* \[", re.DOTALL)
 BLOCK_BEFORE = {")", "]", "else", "do", "try", "const", "override", "noexcept", "mutable", ":"}
 TYPES = {"namespace", "class", "struct", "union", "enum", "@interface", "@implementation"}
 UNTOUCHED_STATEMENTS = {"using", "static_assert", "typedef", "namespace", "friend", "public", "private", "protected"}
@@ -56,6 +57,7 @@ class Mutation:
     before: str
     after: str
     occurrence: int
+    unit: tuple = dataclasses.field(default=None, repr=False)
 
     @property
     def key(self):
@@ -84,6 +86,7 @@ class Finder:
         self.text = text
         self.tokens = tokens_of(text)
         self.found = []
+        self.units = []  # (start, end, shape): what can be chosen between while a program runs; see schemata.py
         self.partner = {}
         self.stack = []  # (bracket, what it encloses, statement that it interrupts)
         self.statement = None
@@ -137,6 +140,8 @@ class Finder:
             kind = self.brace_kind(index)
         if bracket == "(" and self.before(index) in ("if", "while") and self.blocks:
             self.condition(index)
+        if bracket == "(" and self.before(index) in ("if", "while", "for") and self.blocks:
+            self.header_units(index)
         self.stack.append((bracket, kind, self.statement))
         if kind == "block":
             self.blocks += 1
@@ -174,11 +179,55 @@ class Finder:
             self.whole_statement(self.statement, index)
         self.statement = None
 
+    # What can be chosen while the program runs
+
+    def header_units(self, index):
+        """The parts of what stands in brackets behind if, while and for."""
+        end = self.partner[index]
+        parts, depth = [index + 1], 0
+        for at in range(index + 1, end):
+            depth += (self.tokens[at].text in ("(", "[", "{")) - (self.tokens[at].text in (")", "]", "}"))
+            if self.tokens[at].text == ";" and depth == 0:
+                parts.append(at + 1)
+        if self.before(index) == "for" and len(parts) != 3:
+            return
+        condition = parts[1] if self.before(index) == "for" else parts[-1]
+        condition_end = parts[2] - 1 if self.before(index) == "for" else end
+        if condition < condition_end:
+            self.expression_unit(condition, condition_end, "truth")
+        if self.before(index) == "for" and parts[2] < end:
+            self.units.append((self.tokens[parts[2]].start, self.tokens[end - 1].end, "effect"))
+
+    def expression_unit(self, first, end, shape):
+        """The tokens as an expression; of a declaration, what initialises it."""
+        text = self.text[self.tokens[first].start:self.tokens[end - 1].end]
+        if DECLARATION.match(text) or text.startswith("const auto ["):
+            depth = 0
+            for at in range(first, end):
+                depth += (self.tokens[at].text in ("(", "[", "{")) - (self.tokens[at].text in (")", "]", "}"))
+                if self.tokens[at].text == "=" and depth == 0 and at + 1 < end and self.tokens[at + 1].text != "{":
+                    self.units.append((self.tokens[at + 1].start, self.tokens[end - 1].end, "value"))
+                    return
+            return
+        self.units.append((self.tokens[first].start, self.tokens[end - 1].end, shape))
+
+    def statement_unit(self, first, last):
+        if self.tokens[first].text in ("static", "constexpr", "using", "static_assert", "typedef"):
+            return
+        text = self.text[self.tokens[first].start:self.tokens[last].end]
+        leaves = self.tokens[first].text in ("return", "delete", "throw")
+        if DECLARATION.match(text) and not leaves or text.startswith("const auto ["):
+            self.expression_unit(first, last, "value")
+        else:
+            self.units.append((self.tokens[first].start, self.tokens[last].end, "statement"))
+
     # What can be changed
 
     def whole_statement(self, first, last):
         while self.tokens[first].text in ("case", "default"):
             first = next((at for at in range(first, last) if self.tokens[at].text == ":"), last) + 1
+        if first < last:
+            self.statement_unit(first, last)
         if first >= last or self.tokens[first].text in UNTOUCHED_STATEMENTS:
             return
         start, end = self.tokens[first].start, self.tokens[last].end
@@ -276,7 +325,10 @@ def squeeze(text):
 def mutations_of(path, text):
     """All mutations of the file, in the order of the text."""
     result, seen = [], {}
-    for kind, start, end, replacement in sorted(set(Finder(text).run()), key=lambda found: (found[1], found[2], found[3])):
+    finder = Finder(text)
+    for kind, start, end, replacement in sorted(set(finder.run()), key=lambda found: (found[1], found[2], found[3])):
+        around = [unit for unit in finder.units if unit[0] <= start and end <= unit[1]]
+        unit = min(around, key=lambda unit: unit[1] - unit[0], default=None)
         first = text.rfind("\n", 0, start) + 1
         last = text.find("\n", end)
         last = len(text) if last < 0 else last
@@ -284,5 +336,5 @@ def mutations_of(path, text):
         after = squeeze(text[first:start] + replacement + text[end:last])
         occurrence = seen[(before, after)] = seen.get((before, after), 0) + 1
         line = text.count("\n", 0, start) + 1
-        result.append(Mutation(path, text, line, kind, start, end, replacement, before, after, occurrence))
+        result.append(Mutation(path, text, line, kind, start, end, replacement, before, after, occurrence, unit))
     return result

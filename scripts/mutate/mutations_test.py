@@ -1,9 +1,11 @@
 """What counts as a mutation, and what is left alone."""
 
+import re
 import unittest
 
 import equivalents
 import mutations
+import schemata
 
 
 def changes(text):
@@ -81,6 +83,64 @@ class Mutations(unittest.TestCase):
         moved = [mutation.key for mutation in mutations.mutations_of("F.cpp", f"\n\nvoid g() {{\n{line}{line}}}\n")]
         self.assertEqual(keys, moved)
         self.assertEqual(len(set(keys)), len(keys))
+
+
+class Schemata(unittest.TestCase):
+    TEXT = """int f(int a) {
+    const int b = a + 1;
+    if (a < b) {
+        note();
+    }
+    for (int i = 0; i < a; ++i) {
+        run([&] { return b - i; });
+    }
+    return b;
+}
+constexpr int kA = 1;
+"""
+
+    def schema(self):
+        found = [mutation for mutation in mutations.mutations_of("F.cpp", self.TEXT) if mutation.unit]
+        return schemata.Schema(self.TEXT, found)
+
+    def run_as(self, number, schema):
+        """The text that remains when this number is chosen: conditions of the choices are worked out, nothing else."""
+        text = "".join(piece for piece, _, _ in schema.pieces[1:])
+        token = re.compile(rf"\s*if \({schemata.CHOICE}\((\d+)\)\) {{\n(.*?)\n}} else ", re.DOTALL)
+        while found := token.search(text):
+            if int(found.group(1)) == number:
+                return found.group(2)
+            text = text[:found.start()] + text[found.end():]
+        return text
+
+    def test_every_mutant_is_in_the_text_under_its_number(self):
+        schema = self.schema()
+        self.assertEqual(sorted(schema.mutants), list(range(1, len(schema.mutants) + 1)))
+        for number in schema.mutants:
+            self.assertEqual(schema.text.count(f"{schemata.CHOICE}({number})"), 1)
+
+    def test_constants_of_the_compiler_are_not_chosen_at_run_time(self):
+        found = mutations.mutations_of("F.cpp", self.TEXT)
+        self.assertEqual([mutation.after for mutation in found if mutation.unit is None],
+                         ["for (int i = 1; i < a; ++i) {", "constexpr int kA = 0;", "constexpr int kA = 2;"])
+
+    def test_a_declaration_stays_and_chooses_its_value(self):
+        self.assertRegex(self.schema().text, rf"const int b = \(\n{schemata.CHOICE}\(\d+\) \?\n\(a - 1\)")
+
+    def test_lines_are_their_mutants(self):
+        schema = self.schema()
+        for number, mutant in schema.mutants.items():
+            changed = schema.alternative(number, mutant.unit)
+            if not changed.strip() or mutant.unit[2] != "statement":
+                continue
+            line = schema.text[:schema.text.index(f"{schemata.CHOICE}({number})")].count("\n") + 2
+            self.assertEqual(schema.owner_of_line(line), (mutant.unit, number))
+
+    def test_a_chosen_statement_takes_the_place_of_the_original(self):
+        schema = self.schema()
+        number = next(number for number, mutant in schema.mutants.items() if mutant.before == "note();")
+        self.assertEqual(self.run_as(number, schema).strip(), ";")
+        self.assertIn("note();", self.run_as(0, schema))
 
 
 class Equivalents(unittest.TestCase):

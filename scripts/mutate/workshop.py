@@ -4,6 +4,7 @@ import hashlib
 import json
 import os
 import pathlib
+import re
 import resource
 import shlex
 import shutil
@@ -11,7 +12,9 @@ import signal
 import subprocess
 import time
 
-COPIED = ("CMakeLists.txt", "CMakePresets.json", "cmake", "resources", "src", "simulator", "tests", "tools")
+import schemata
+
+COPIED = ("CMakeLists.txt", "CMakePresets.json", "cmake", "resources", "scripts", "src", "simulator", "tests", "tools")
 # Built like this preset, so that the compiler cache knows nearly all of it. Mutants are compiled for speed of compiling.
 PRESET = "release"
 QUICK = ("-O0", "-g0", "-w")
@@ -50,6 +53,8 @@ class Workshop:
         self.log = self.source / "log"
         self.commands = {}  # how each file is compiled
         self.links = {}  # how each program is linked
+        self.linked = set()  # the programs that have the object that was compiled last
+        self.messages = ""  # the compiler's last
         self.unmutated = {}  # digests of objects
         self.limits = {}  # seconds of wall clock and of processor time, by test program
 
@@ -95,8 +100,9 @@ class Workshop:
         entry = self.commands[path]
         arguments = [part for part in shlex.split(entry["command"]) if not part.endswith("ccache")]
         arguments[arguments.index("-o") + 1] = str(output)
-        if options == QUICK:
+        if options[0] == QUICK[0]:
             arguments += ["-include", str(self.own / "headers.h")]
+        self.linked.clear()
         place = self.source / path
         original, times = place.read_text(), place.stat()
         place.write_text(text)
@@ -106,6 +112,7 @@ class Workshop:
             place.write_text(original)
             # The build's own objects are still newer.
             os.utime(place, ns=(times.st_atime_ns, times.st_mtime_ns))
+        self.messages = done.stdout
         return hashlib.sha256(output.read_bytes()).hexdigest() if done.returncode == 0 else None
 
     def compile(self, mutant):
@@ -114,6 +121,26 @@ class Workshop:
         if made is None:
             return "invalid"
         return "identical" if made == self.digest(mutant, QUICK) else "different"
+
+    def compile_many(self, path, text, mutants):
+        """Compiles as many of the mutants of a file as possible into one object. Returns those in it by their numbers, and
+        those that the compiler refuses."""
+        refused, alone = [], set()
+        while mutants := [mutant for mutant in mutants if mutant not in refused and mutant not in alone]:
+            schema = schemata.Schema(text, mutants)
+            output = self.own / "mutant.o"
+            if self.compiled(path, schema.text, (*QUICK, "-fmax-errors=0"), output) is not None:
+                return schema.mutants, refused
+            lines = {int(line) for line in re.findall(rf"{re.escape(os.path.basename(path))}:(\d+):\d+: error", self.messages)}
+            blamed = {schema.owner_of_line(line) for line in lines}
+            numbers = {number for _, number in blamed if number}
+            # A statement that stands by itself is as wrong alone; of the rest, only being compiled alone can tell.
+            refused += [schema.mutants[number] for number in numbers if schema.mutants[number].unit[2] == "statement"]
+            alone |= {schema.mutants[number] for number in numbers if schema.mutants[number].unit[2] != "statement"}
+            if not numbers:
+                units = {unit for unit, _ in blamed if unit is not None}
+                alone |= {mutant for mutant in mutants if mutant.unit in units or not units}
+        return {}, refused
 
     def makes_no_difference(self, mutant):
         """Whether the optimising compiler makes the same of the mutant as of the original."""
@@ -148,24 +175,28 @@ class Workshop:
 
     # Tests
 
-    def test(self, program, path, tests):
-        """Runs tests of a program against the mutant that was compiled last: "passed", "failed", "timeout" or "invalid", and
-        the test that noticed it."""
+    def test(self, program, path, tests, number=0):
+        """Runs tests of a program against the object that was compiled last, and the mutant of this number in it: "passed",
+        "failed", "timeout" or "invalid", and the test that noticed it."""
         executable = self.build / "bin" / program.target
         kept = None
         try:
             if program.under_test is None:
                 executable = self.own / program.target
-                linked = self.link(program.target, path, executable)
+                linked = program.target in self.linked or self.link(program.target, path, executable)
             else:
                 place = self.build / "bin" / program.under_test
+                mutated = self.own / program.under_test
+                linked = program.target in self.linked or self.link(program.under_test, path, mutated)
                 kept = place.with_name(place.name + ".unmutated")
                 place.rename(kept)
-                linked = self.link(program.under_test, path, place)
+                if linked:
+                    shutil.copy(mutated, place)
             if not linked:
                 return "invalid", ""
+            self.linked.add(program.target)
             outcome, test, _ = self.run(executable, tests, self.limits[program.target], "--gtest_fail_fast",
-                                        "--gtest_catch_exceptions=0")
+                                        "--gtest_catch_exceptions=0", number=number)
             return outcome, test
         finally:
             if kept is not None:
@@ -181,7 +212,7 @@ class Workshop:
                 "--unshare-pid", "--unshare-ipc", "--die-with-parent", "--new-session", *capabilities,
                 "--setenv", "TMPDIR", "/tmp", "--chdir", "/tmp", "--", *command]
 
-    def run(self, executable, tests, limits, *more):
+    def run(self, executable, tests, limits, *more, number=0):
         """Runs a test program: what became of it, the test that failed or ran last, and the seconds that it took."""
         wall, processor = limits
 
@@ -195,7 +226,7 @@ class Workshop:
         start, before = time.monotonic(), resource.getrusage(resource.RUSAGE_CHILDREN)
         with open(self.log, "w", encoding="utf-8") as log:
             child = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=log, stderr=log, start_new_session=True,
-                                     preexec_fn=bounds)
+                                     preexec_fn=bounds, env={**os.environ, schemata.VARIABLE: str(number)})
             try:
                 status = child.wait(timeout=wall)
             except subprocess.TimeoutExpired:
