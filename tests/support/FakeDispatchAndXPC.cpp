@@ -10,7 +10,12 @@ class FakeSemaphore final : public Platform::Semaphore {
     FakeSemaphore(std::int64_t value, FakeDispatch& owner, CallList& calls)
         : value_(value), owner_(owner), calls_(calls) {}
 
-    void signal() override { ++value_; }
+    void signal() override {
+        if (owner_.onSignal) {
+            owner_.onSignal();
+        }
+        ++value_;
+    }
     [[nodiscard]] bool wait(std::uint64_t deadline) override {
         calls_.push_back("wait until " + std::to_string(deadline));
         if (owner_.onWait) {

@@ -138,7 +138,10 @@ int FakeProcessTable::listPids(Platform::PidListType type, std::uint32_t user, s
     calls_.push_back("listPids " + std::to_string(static_cast<std::uint32_t>(type)) + " " +
                      std::to_string(pids.size()));
     if (pids.empty()) {
-        return static_cast<int>(listed.size());
+        if (onCounted) {
+            onCounted();
+        }
+        return refusesToCount ? -1 : static_cast<int>(listed.size());
     }
     if (refusesToList) {
         return -1;

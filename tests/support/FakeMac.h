@@ -158,6 +158,9 @@ class FakeProcessTable final : public Platform::ProcessTable {
     int noName = 0;
     /// Counting works, filling a buffer fails.
     bool refusesToList = false;
+    bool refusesToCount = false;
+    /// Called when the processes have been counted, before they can be listed.
+    std::function<void()> onCounted;
 
   private:
     [[nodiscard]] const Process* find(std::int32_t pid) const;
@@ -304,6 +307,8 @@ class FakeDispatch final : public Platform::Dispatch {
 
     /// Called in each wait, before it is decided.
     std::function<void()> onWait;
+    /// Called in each signal, before it counts.
+    std::function<void()> onSignal;
     /// The handlers of the timers that were made.
     std::vector<std::function<void()>> timerHandlers;
     /// Queues keep their blocks until `runKept`.

@@ -60,6 +60,15 @@ TEST_F(AuthorizationTest, PromptLengthCountsCharactersNotBytes) {
     EXPECT_EQ(mac_.authorization.requests[0].flags, 3U);
 }
 
+TEST_F(AuthorizationTest, PromptLengthCountsTwoForEveryCharacterBeyondTheBasicPlane) {
+    const std::vector<std::pair<std::string, std::size_t>> prompts{
+        {"", 0}, {"\xEF\xBC\xA1", 1}, {"\xF0\x90\x80\x80", 2}, {"\xF4\x8F\xBF\xBF", 2}};
+    for (const auto& [prompt, length] : prompts) {
+        static_cast<void>(AuthorizationUtils::askAuthorizationForRight("right", prompt));
+        EXPECT_EQ(mac_.authorization.requests.back().environment.at(0).valueLength, length) << prompt;
+    }
+}
+
 TEST_F(AuthorizationTest, ARightAloneIsAskedForWithAnEmptyMessage) {
     static_cast<void>(AuthorizationUtils::askAuthorizationForRight("right"));
     ASSERT_EQ(mac_.authorization.requests.size(), 1U);

@@ -5,6 +5,7 @@
 
 #include <optional>
 #include <string>
+#include <thread>
 
 #include "NorvikCommon/PMProcess.h"
 #include "support/FakeMac.h"
@@ -23,7 +24,10 @@ using TestSupport::FakeMac;
 TEST(ProcessUtil, IsOneSharedInstance) {
     FakeMac mac;
 
+    const PMProcessUtil* elsewhere = nullptr;
+    std::thread([&elsewhere] { elsewhere = &PMProcessUtil::shared(); }).join();
     EXPECT_EQ(&PMProcessUtil::shared(), &PMProcessUtil::shared());
+    EXPECT_EQ(elsewhere, &PMProcessUtil::shared());
 }
 
 // collectPidsForUser
@@ -67,6 +71,31 @@ TEST(CollectPids, IsEmptyWhenTheListCannotBeHad) {
 
     EXPECT_THAT(PMProcessUtil::shared().collectPidsForUser(kAllUsersId), IsEmpty());
     EXPECT_EQ(mac.log.lines, CallList{});
+}
+
+TEST(CollectPids, IsEmptyWhenTheCountCannotBeHad) {
+    FakeMac mac;
+    mac.processes.processes = {{5, 0, "a", "/a"}};
+    mac.processes.refusesToCount = true;
+
+    EXPECT_THAT(PMProcessUtil::shared().collectPidsForUser(kAllUsersId), IsEmpty());
+    EXPECT_EQ(mac.calls, (CallList{"listPids 1 0"}));
+}
+
+TEST(CollectPids, LeavesOutWhatEndsBetweenTheCountAndTheList) {
+    FakeMac mac;
+    mac.processes.processes = {{5, 0, "a", "/a"}, {6, 0, "b", "/b"}, {7, 0, "c", "/c"}};
+    mac.processes.onCounted = [&mac] { mac.processes.processes.pop_back(); };
+
+    EXPECT_THAT(PMProcessUtil::shared().collectPidsForUser(kAllUsersId), UnorderedElementsAre(5, 6));
+}
+
+TEST(CollectPids, ListsNoMoreThanWasCounted) {
+    FakeMac mac;
+    mac.processes.processes = {{5, 0, "a", "/a"}};
+    mac.processes.onCounted = [&mac] { mac.processes.processes.push_back({6, 0, "b", "/b"}); };
+
+    EXPECT_THAT(PMProcessUtil::shared().collectPidsForUser(kAllUsersId), UnorderedElementsAre(5));
 }
 
 // One process
@@ -137,6 +166,13 @@ TEST(ProcessName, IsTheLastPathComponentWhenTheNameGivenIsEmpty) {
     mac.processes.processes = {{5, 0, std::string(1, '\0'), "/usr/bin/tool"}};
 
     EXPECT_EQ(PMProcessUtil::shared().processNameForPid(5), "tool");
+}
+
+TEST(ProcessName, EndsAtTheFirstByteThatEndsAText) {
+    FakeMac mac;
+    mac.processes.processes = {{5, 0, std::string("ab\0cd\0ef", 8), "/usr/bin/tool"}};
+
+    EXPECT_EQ(PMProcessUtil::shared().processNameForPid(5), "ab");
 }
 
 TEST(ProcessName, IsNothingWithoutNameAndPath) {

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "Base/KeyedArchiver.h"
 #include "NorvikCommon/Product Paths Information/ProductComponents.h"
 #include "support/FakeMac.h"
 
@@ -120,6 +121,27 @@ TEST_F(KextInfoTest, TakesClassNameAndPlaceWhenGiven) {
     const auto kext = KextInfo::kextWithName("F", "Io", URL::fileURL("/E"), "id");
     EXPECT_EQ(kext.bundle->location, URL::fileURL("/E/F.kext"));
     EXPECT_EQ(kext.ioClassName, "Io");
+}
+
+/// Whether the archive of the record has the key: a property list's string, its length before its characters.
+template <class Record>
+bool isWrittenWith(const Record& record, const std::string& key) {
+    const Base::CodedRecord<Record> object(record);
+    const Base::CodedObject* const list[] = {&object};
+    const std::vector<std::uint8_t> bytes = Base::archivedArray(list);
+    const std::string archive(bytes.begin(), bytes.end());
+    return archive.find(static_cast<char>(0x50 + key.size()) + key) != std::string::npos;
+}
+
+TEST_F(ProductComponents, APropertyWithoutAValueIsWrittenUnderItsKeyAsNil) {
+    EXPECT_TRUE(isWrittenWith(FilesystemItemInfo(), "name"));
+    EXPECT_TRUE(isWrittenWith(FilesystemItemInfo(), "location"));
+    EXPECT_TRUE(isWrittenWith(BundleInfo(), "bundleId"));
+    EXPECT_TRUE(isWrittenWith(LaunchdInfo(), "label"));
+    EXPECT_TRUE(isWrittenWith(LaunchdInfo(), "plist"));
+    EXPECT_TRUE(isWrittenWith(KextInfo(), "bundle"));
+    EXPECT_TRUE(isWrittenWith(KextInfo(), "ioClassName"));
+    EXPECT_FALSE(isWrittenWith(KextInfo(), "name"));
 }
 
 }  // namespace

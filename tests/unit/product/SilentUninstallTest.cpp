@@ -159,6 +159,13 @@ TEST_F(SilentMode, ReportsThatArriveWhileItWaitsEndTheWait) {
               (Lines{kFound, "Uninstallation finished", "[SNTM Installer] Uninstallation finished."}));
 }
 
+TEST_F(SilentMode, TheFinishedLineIsWrittenBeforeTheWaitIsEnded) {
+    std::vector<Lines> linesAtSignal;
+    mac_.dispatch.onSignal = [&] { linesAtSignal.push_back(mac_.log.lines); };
+    Uninstall_Sentrel::runSilently();
+    EXPECT_EQ(linesAtSignal, (std::vector<Lines>{{kFound, "Uninstallation finished"}}));
+}
+
 TEST_F(SilentMode, TimeOutIs60Seconds) {
     EXPECT_EQ(Uninstall_Sentrel::kUninstallationTimeout.count(), 60);
 }

@@ -42,6 +42,8 @@ class WindowMode : public testing::Test {
 
 TestSupport::FakeApplicationFramework* WindowMode::offered = nullptr;
 
+using WindowModeDeathTest = WindowMode;
+
 TEST_F(WindowMode, LoadsTheWindowsLibraryAndHandsTheArgumentsToTheMainRoutineThenRuns) {
     runWindowApplication(2, arguments_);
     EXPECT_EQ(mac_.calls, (CallList{"load /Applications/Uninstall Sentrel.app/Contents/Frameworks/"
@@ -87,6 +89,19 @@ TEST_F(WindowMode, TheInterfaceOnceLoadedIsTiedTogether) {
     EXPECT_EQ(mac_.calls.back(), "run");
 }
 
+TEST_F(WindowMode, BeforeTheInterfaceIsLoadedTheWindowMayCloseAndActionsDoNothing) {
+    WindowProgram program(framework_);
+    EXPECT_TRUE(program.windowShouldClose());
+    program.uninstallAction();
+    program.cancelAction();
+    EXPECT_EQ(mac_.calls, CallList());
+}
+
+TEST_F(WindowMode, AVersionThatIsItsOwnBuildIsSaidOnce) {
+    mac_.bundles.mainInfo = {{"CFBundleShortVersionString", "6.4"}, {"CFBundleVersion", "6.4"}};
+    EXPECT_EQ(WindowProgram(framework_).version(), "6.4");
+}
+
 TEST_F(WindowMode, InterfaceTextsComeFromTheirTable) {
     mac_.bundles.mainTexts = {{{"Interface", "cancel"}, "Abbrechen"}};
     EXPECT_EQ(WindowProgram(framework_).interfaceText("cancel"), "Abbrechen");
@@ -94,8 +109,17 @@ TEST_F(WindowMode, InterfaceTextsComeFromTheirTable) {
 
 TEST_F(WindowMode, InterfaceTextsWithoutTheirTableArePlainEnglish) {
     const WindowProgram program(framework_);
-    EXPECT_EQ(program.interfaceText("cancel"), "Cancel");
+    EXPECT_EQ(program.interfaceText("headline"), "Uninstall");
     EXPECT_EQ(program.interfaceText("label"), "%@ will be removed from this Mac.");
+    EXPECT_EQ(program.interfaceText("uninstall"), "Uninstall");
+    EXPECT_EQ(program.interfaceText("cancel"), "Cancel");
+    EXPECT_EQ(program.interfaceText("about"), "About Uninstall Sentrel");
+    EXPECT_EQ(program.interfaceText("hide"), "Hide Uninstall Sentrel");
+    EXPECT_EQ(program.interfaceText("quit"), "Quit Uninstall Sentrel");
+}
+
+TEST_F(WindowModeDeathTest, ATextThatTheInterfaceDoesNotHaveIsFatal) {
+    const WindowProgram program(framework_);
     EXPECT_DEATH(static_cast<void>(program.interfaceText("other")), "The interface has no text \"other\"");
 }
 
@@ -117,8 +141,6 @@ TEST_F(WindowMode, VersionAndResourcesAreTheBundles) {
     EXPECT_EQ(program.resourcePath("AppIcon", "png"),
               "/Applications/Uninstall Sentrel.app/Contents/Resources/AppIcon.png");
 }
-
-using WindowModeDeathTest = WindowMode;
 
 TEST_F(WindowModeDeathTest, NoApplicationAfterTheMainRoutineIsFatal) {
     framework_.hasApplication = false;
