@@ -22,6 +22,8 @@
 #include "Files.h"
 #include "Platform/SystemPorts.h"
 #include "ReadOnlyPorts.h"
+#include "inspect/explain/Explain.h"
+#include "inspect/explain/RunReport.h"
 
 namespace Inspect {
 
@@ -77,6 +79,29 @@ int printCatalogue(bool json) {
     return print(json ? jsonText(all) : catalogueText(all));
 }
 
+/// The report on a log: text, JSON, or a page that is written to `page`.
+int explain(const std::string& file, bool json, bool allSteps, const std::optional<std::string>& page) {
+    std::string why;
+    std::string notice;
+    const auto runs = runsOfLog(file, why, notice);
+    if (!runs) {
+        return refuse(file, "standard input", why);
+    }
+    if (!notice.empty()) {
+        std::cerr << "sentrel-inspect: " << notice << '\n';
+    }
+    if (page && *page != "-") {
+        const std::string text = runPage(*runs);
+        const auto* const bytes = reinterpret_cast<const std::uint8_t*>(text.data());
+        if (!replaceFile(*page, {bytes, text.size()}, why)) {
+            return refuse(*page, "standard output", why);
+        }
+    } else if (page) {
+        return print(runPage(*runs));
+    }
+    return print(json ? jsonText(runJson(*runs)) : runReport(*runs, allSteps, outputWidth()));
+}
+
 /// The folders of a payload as the command line names them.
 struct PayloadFolders {
     std::optional<std::string> applications;
@@ -91,7 +116,9 @@ struct Request {
     PayloadFolders payload;
     std::string file;
     std::optional<std::string> archive;
+    std::optional<std::string> page;
     bool json = false;
+    bool allSteps = false;
 };
 
 /// The folder that an option names, which is given exactly where the list uses it.
@@ -166,6 +193,24 @@ void addCatalogue(CLI::App& app, Request& request) {
     command->callback([&request] { request.run = [&request] { return printCatalogue(request.json); }; });
 }
 
+void addExplain(CLI::App& app, Request& request) {
+    auto* command = app.add_subcommand("explain", "Says what happened, from a system log");
+    command
+        ->add_option("LOG", request.file, "A system log in any of its forms; - or nothing is standard input")
+        ->type_name("")
+        ->default_str("-");
+    auto* json = command->add_flag("--json", request.json, "An object with every run and step");
+    command->add_flag("--all", request.allSteps, "Shows every step, not only what failed")->excludes(json);
+    command->add_option("--html", request.page, "Writes the report as one page as well; - is standard output")
+        ->type_name("FILE");
+    command->callback([&request] {
+        request.run = [&request] {
+            return explain(request.file.empty() ? "-" : request.file, request.json, request.allSteps,
+                           request.page);
+        };
+    });
+}
+
 int run(int argc, char** argv) {
     CLI::App app{
         "Shows what an uninstallation or installation of Sentrel would do and what was sent. Changes "
@@ -177,6 +222,7 @@ int run(int argc, char** argv) {
     addCommands(app, request);
     addDecode(app, request);
     addCatalogue(app, request);
+    addExplain(app, request);
     try {
         app.parse(argc, argv);
     } catch (const CLI::Success& asked) {
@@ -187,7 +233,7 @@ int run(int argc, char** argv) {
         return fail(kMisuse, shown(std::string_view(misuse.what())));
     }
     return request.run ? request.run()
-                       : fail(kMisuse, "a subcommand is required: commands, decode or catalogue");
+                       : fail(kMisuse, "a subcommand is required: commands, decode, catalogue or explain");
 }
 
 }  // namespace

@@ -1,0 +1,53 @@
+#include "inspect/explain/Explain.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <system_error>
+
+#include "Platform/Posix/Descriptor.h"
+#include "inspect/explain/LogReader.h"
+#include "inspect/explain/RunAnalyzer.h"
+
+namespace Inspect {
+
+std::optional<std::vector<Run>> runsOfLog(const std::string& file, std::string& refusal,
+                                          std::string& notice) {
+    Platform::Posix::Descriptor opened;
+    if (file != "-") {
+        opened = Platform::Posix::Descriptor(::open(file.c_str(), O_RDONLY | O_CLOEXEC));
+        if (!opened) {
+            refusal = std::generic_category().message(errno);
+            return std::nullopt;
+        }
+    }
+    const int descriptor = file == "-" ? STDIN_FILENO : opened.get();
+    int failure = 0;
+    LogReader reader([descriptor, &failure](char* buffer, std::size_t size) -> std::size_t {
+        ssize_t count = 0;
+        do {
+            count = ::read(descriptor, buffer, size);
+        } while (count < 0 && errno == EINTR);
+        failure = count < 0 ? errno : 0;
+        return count < 0 ? 0 : static_cast<std::size_t>(count);
+    });
+    RunAnalyzer analyzer;
+    while (const std::optional<LogEntry> entry = reader.next()) {
+        analyzer.add(*entry);
+    }
+    if (failure != 0) {
+        refusal = std::generic_category().message(failure);
+        return std::nullopt;
+    }
+    if (reader.entries() == 0) {
+        refusal = "not a system log: no line has the form of an entry";
+        return std::nullopt;
+    }
+    if (reader.endsInTheMiddle()) {
+        notice = "The log ends in the middle of an entry.";
+    }
+    return analyzer.finish();
+}
+
+}  // namespace Inspect

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <vector>
+
+#include "inspect/explain/LogEntry.h"
+#include "inspect/explain/Run.h"
+#include "inspect/explain/StepMatcher.h"
+
+namespace Inspect {
+
+/// Puts the runs of the uninstaller together from a log's entries. Memory grows with the number of runs, not
+/// with that of entries.
+class RunAnalyzer {
+  public:
+    /// Takes the log's entries in order.
+    void add(const LogEntry& entry);
+
+    /// All runs in the order in which they began. Nothing may be added afterwards.
+    [[nodiscard]] std::vector<Run> finish();
+
+  private:
+    /// How many lines that belong to no step are kept for each run.
+    static constexpr std::size_t kMostWords = 50;
+
+    struct Open {
+        Run run;
+        std::optional<StepMatcher> steps;
+        /// The uninstaller has written its last line.
+        bool hasOutcome = false;
+        /// What its last line but one has told.
+        std::optional<RunEnding> reason;
+    };
+
+    void addFromUninstaller(const LogEntry& entry);
+    void addFromHelper(const LogEntry& entry);
+    void addFromOthers(const LogEntry& entry);
+    void conclude(Open& open, bool finished) const;
+
+    [[nodiscard]] Open& begin(const LogEntry& entry);
+    [[nodiscard]] Open* runOfUninstaller(std::int32_t pid);
+    [[nodiscard]] Open* runOfHelper(std::int32_t pid);
+    /// The first run that still waits for a helper.
+    [[nodiscard]] Open* runWithoutHelper();
+    static void note(Open& open, const LogEntry& entry);
+    static void touch(Open& open, const LogEntry& entry);
+
+    std::vector<Open> runs_;
+};
+
+}  // namespace Inspect

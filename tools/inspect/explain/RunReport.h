@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "inspect/RecordJson.h"
+#include "inspect/explain/Run.h"
+
+namespace Inspect {
+
+/// Runs for people, at most `width` columns wide where words allow it: for each run when it began and ended,
+/// its result, what failed and why, and what to do. With `allSteps` every step is shown with what it did.
+/// Foreign text is escaped (see `shown`).
+[[nodiscard]] std::string runReport(const std::vector<Run>& runs, bool allSteps, std::size_t width);
+
+/// The same as a JSON document, every step included:
+///   formatVersion   1
+///   runs            for each run: ending, result, advice (array), began, ended, seconds, uninstaller and
+///   helper
+///                   (process ids), consoleFound, reached, helperFinished, helperDied, words (array), and
+///                   steps: number, class, description, outcome, pauses, details: outcome, subject, reason,
+///                   advice
+/// What the log does not tell is null.
+[[nodiscard]] Json runJson(const std::vector<Run>& runs);
+
+/// The same as one HTML page that needs nothing else: no script, no network, no file.
+[[nodiscard]] std::string runPage(const std::vector<Run>& runs);
+
+}  // namespace Inspect

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "InstallCommon/Command.h"
+#include "inspect/explain/StepReports.h"
+
+namespace Inspect {
+
+/// One command of the list, as the lines show it that the helper writes while it executes it.
+class Step {
+  public:
+    virtual ~Step() = default;
+
+    /// Takes a line that this step could have written next; returns false, changing nothing, for any other.
+    [[nodiscard]] virtual bool take(std::string_view text) = 0;
+    /// Whether nothing more can follow from this step.
+    [[nodiscard]] virtual bool isComplete() const = 0;
+    /// What it means when the helper went past this step and no line of it is there.
+    [[nodiscard]] virtual StepOutcome outcomeOfSilence() const = 0;
+    [[nodiscard]] virtual bool pauses() const { return false; }
+
+    [[nodiscard]] const std::vector<StepDetail>& details() const { return details_; }
+
+  protected:
+    void add(StepDetail detail) { details_.push_back(std::move(detail)); }
+    [[nodiscard]] StepDetail* last() { return details_.empty() ? nullptr : &details_.back(); }
+
+  private:
+    std::vector<StepDetail> details_;
+};
+
+/// The step of a command of an uninstallation's list; null for a class that is in no such list.
+[[nodiscard]] std::unique_ptr<Step> makeStep(const InstallCommon::Command& command);
+
+/// done when anything was done, failed when anything failed, otherwise notThere or unknown.
+[[nodiscard]] StepOutcome combinedOutcome(const std::vector<StepDetail>& details);
+
+}  // namespace Inspect
