@@ -92,7 +92,9 @@ struct LookingPorts::Guards {
                                 clock,
                                 none.dispatch,
                                 none.distantObjects,
-                                none.codeModules};
+                                none.codeModules,
+                                none.privateCopies,
+                                none.termination};
 };
 
 LookingPorts::LookingPorts(const Platform::SystemPorts& real) : guards_(std::make_unique<Guards>(real)) {}
