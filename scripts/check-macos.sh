@@ -64,7 +64,6 @@ if $with_sdk; then
     mkdir -p "$build"
     build=$(realpath "$build")
     make_sdk_root "$sdk" "$build/root"
-    export PKG_CONFIG_LIBDIR="$build/root/usr/local/lib/pkgconfig"
     arguments+=("-DSENTREL_CHECK_ROOT=$build/root" -DSENTREL_INSPECT=ON -DCMAKE_BUILD_TYPE=RelWithDebInfo)
 else
     [ -e /usr/include/GNUstep/AppKit/AppKit.h ] ||
@@ -78,7 +77,7 @@ else
     mkdir -p "$build/runtime"
     ln -sfn "$runtime" "$build/runtime/objc"
     # Not -D__APPLE__: the sources need no such test, and GNUstep's headers would take this system for a Mac.
-    arguments+=(-DSENTREL_CHECK_ROOT= -DSENTREL_INSPECT=OFF -DCMAKE_OSX_DEPLOYMENT_TARGET= -DCMAKE_OSX_ARCHITECTURES=
+    arguments+=(-DSENTREL_CHECK_ROOT= -DSENTREL_INSPECT=ON -DCMAKE_OSX_DEPLOYMENT_TARGET= -DCMAKE_OSX_ARCHITECTURES=
         "-DSENTREL_CHECK_FLAGS=-isystem \"$check/include\" -isystem \"$build/runtime\" -isystem /usr/include/GNUstep -fblocks"
         "-DSENTREL_CHECK_OBJC_FLAGS=-fobjc-exceptions -fconstant-string-class=NSConstantString")
 fi

@@ -35,10 +35,12 @@ ROOMS = (
     Room("Uninstaller", ("src/Uninstaller/*.cpp",), (PRODUCT,), without=("src/Uninstaller/main.cpp",)),
     Room("Helpers", ("src/Helpers/*.cpp",), (Program("HelperTests"),), without=("src/Helpers/*Main.cpp",)),
     Room("Platform/Posix", ("src/Platform/Posix/*.cpp", "src/Platform/*.cpp"),
-         (Program("PlatformTests"), Program("PlatformReaddirTests"), Program("XPCTests"), PRODUCT),
+         (Program("PlatformTests"), Program("PlatformReaddirTests"), Program("XPCTests"), PRODUCT,
+          Program("InspectUnitTests")),
          without=("src/Platform/Linux/*", "src/Platform/Darwin/*")),
     Room("Platform/Linux", ("src/Platform/Linux/*.cpp",), (Program("PlatformTests"), Program("XPCTests"))),
-    Room("tools", ("tools/*.cpp",), (Program("InspectTests", under_test="sentrel-inspect"),)),
+    Room("tools", ("tools/*.cpp",),
+         (Program("InspectUnitTests"), Program("InspectTests", under_test="sentrel-inspect"))),
 )
 
 

@@ -210,6 +210,12 @@ int JobRegistry::setEnabled(const DomainId& domain, const std::string& label, bo
                : kInputOutputError;
 }
 
+const std::map<std::string, bool>& JobRegistry::overrides(const DomainId& domain) const {
+    static const std::map<std::string, bool> none;
+    const auto found = disabled_.find(domain);
+    return found == disabled_.end() ? none : found->second;
+}
+
 std::string JobRegistry::disabledFile(const DomainId& domain) const {
     return std::string(kDisabledFolder) +
            (domain.uid ? "/disabled." + std::to_string(*domain.uid) : "/disabled") + ".plist";

@@ -76,6 +76,8 @@ class JobRegistry {
     /// Calls `done` when the removal of a job has ended that is under way; at once when none is.
     void afterRemoval(const DomainId& domain, const std::string& label, const std::function<void()>& done);
     int setEnabled(const DomainId& domain, const std::string& label, bool enabled);
+    /// What was enabled (false) or disabled (true) by hand, by label.
+    [[nodiscard]] const std::map<std::string, bool>& overrides(const DomainId& domain) const;
     int kickstart(const DomainId& domain, const std::string& label, bool killFirst);
     int kill(const DomainId& domain, const std::string& label, int signal);
 

@@ -48,6 +48,7 @@ const std::string& launchctlHelp() {
         "\tkickstart       Forces an existing service to start.\n"
         "\tkill            Sends a signal to the service instance.\n"
         "\tprint           Prints a description of a domain or service.\n"
+        "\tprint-disabled  Prints which services are disabled.\n"
         "\tlist            Lists information about services.\n"
         "\tremove          Unloads the specified service name.\n";
     return text;

@@ -92,7 +92,7 @@ void LaunchctlVerbs::dispatch(const Caller& caller, const Arguments& arguments, 
         {"enable", &LaunchctlVerbs::enable},       {"disable", &LaunchctlVerbs::enable},
         {"print", &LaunchctlVerbs::print},         {"list", &LaunchctlVerbs::list},
         {"kickstart", &LaunchctlVerbs::kickstart}, {"kill", &LaunchctlVerbs::kill},
-        {"remove", &LaunchctlVerbs::remove}};
+        {"remove", &LaunchctlVerbs::remove},       {"print-disabled", &LaunchctlVerbs::printDisabled}};
     if (arguments.empty() || arguments.front() == "help") {
         done({arguments.empty() ? kUsage : 0, arguments.empty() ? "" : launchctlHelp(),
               arguments.empty() ? launchctlHelp() : ""});
@@ -206,6 +206,23 @@ void LaunchctlVerbs::print(const Caller& /*caller*/, const Arguments& arguments,
         text += "\t\t" + pidColumn(*job) + "\t" + job->definition.label + "\n";
     }
     done({0, text + "\t}\n}\n", ""});
+}
+
+void LaunchctlVerbs::printDisabled(const Caller& /*caller*/, const Arguments& arguments, const Done& done) {
+    const auto target = arguments.size() == 2 ? parseTarget(arguments[1]) : std::nullopt;
+    if (!target || !target->label.empty()) {
+        done(badTarget("print-disabled <domain-target>"));
+        return;
+    }
+    if (!exists(*target)) {
+        done(noDomain(target->domain.description()));
+        return;
+    }
+    std::string text = "\tdisabled services = {\n";
+    for (const auto& [label, isDisabled] : jobs_.overrides(target->domain)) {
+        text += "\t\t\"" + label + "\" => " + (isDisabled ? "true" : "false") + "\n";
+    }
+    done({0, text + "\t}\n", ""});
 }
 
 void LaunchctlVerbs::list(const Caller& caller, const Arguments& arguments, const Done& done) {

@@ -43,6 +43,7 @@ class LaunchctlVerbs {
     void bootout(const Caller& caller, const Arguments& arguments, const Done& done);
     void enable(const Caller& caller, const Arguments& arguments, const Done& done);
     void print(const Caller& caller, const Arguments& arguments, const Done& done);
+    void printDisabled(const Caller& caller, const Arguments& arguments, const Done& done);
     void list(const Caller& caller, const Arguments& arguments, const Done& done);
     void kickstart(const Caller& caller, const Arguments& arguments, const Done& done);
     void kill(const Caller& caller, const Arguments& arguments, const Done& done);

@@ -136,6 +136,10 @@ bool ServicesServer::handle(ConnectionId id, const Caller& caller, const Fields&
         reply(id, {std::to_string(services_.extensions.unload(caller, request[1]))});
         return true;
     }
+    if (verb == "is-kext-loaded" && request.size() == 2) {
+        reply(id, {services_.extensions.identifiers().contains(request[1]) ? "1" : "0"});
+        return true;
+    }
     if (verb == "identify" && request.size() == 2) {
         identify(id, request[1]);
         return true;

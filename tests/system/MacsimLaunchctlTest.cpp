@@ -57,6 +57,23 @@ TEST_F(MacsimLaunchctl, PrintSucceedsOnlyForARegisteredService) {
     expect("launchctl print gui/777/com.example.none", 112, "Could not find domain for user gui: 777\n");
 }
 
+TEST_F(MacsimLaunchctl, PrintsWhatWasEnabledAndDisabledByHand) {
+    const ProgramResult result =
+        mac_.shell("launchctl print-disabled gui/501; launchctl disable gui/501/com.example.agent; "
+                   "launchctl enable gui/501/com.example.other; launchctl print-disabled gui/501",
+                   "alice");
+    EXPECT_EQ(result.status, 0) << result.err;
+    EXPECT_EQ(result.out,
+              "\tdisabled services = {\n\t}\n"
+              "\tdisabled services = {\n\t\t\"com.example.agent\" => true\n"
+              "\t\t\"com.example.other\" => false\n\t}\n");
+    expect("launchctl print-disabled gui/777", 112, "Could not find domain for user gui: 777\n");
+    const char* const usage =
+        "Unrecognized target specifier.\nUsage: launchctl print-disabled <domain-target>\n";
+    expect("launchctl print-disabled", 64, usage);
+    expect("launchctl print-disabled system/com.example.agent", 64, usage);
+}
+
 TEST_F(MacsimLaunchctl, BootoutEndsTheProcessBeforeItReturns) {
     const ProgramResult result = mac_.shell(
         kFunctions + std::string("await '[ $(pgrep -x sleep | wc -l) = 4 ]'; launchctl bootout system ") +

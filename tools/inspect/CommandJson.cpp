@@ -54,6 +54,7 @@ Json toJson(const InstallCommon::CommandList& commands) {
     for (const auto& command : commands) {
         const CommandKind& kind = kindOf(*command);
         Json object = Json::object();
+        object["number"] = list.size() + 1;
         object["class"] = kind.className;
         object["runtimeName"] = kind.codedClass().runtimeName;
         object["description"] = toJson(command->commandDescription());

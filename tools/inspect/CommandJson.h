@@ -5,8 +5,8 @@
 
 namespace Inspect {
 
-/// A command list in JSON: an array of objects with `class`, `runtimeName`, `description`, `weight` and then
-/// the class's own fields:
+/// A command list in JSON: an array of objects with `number` (from 1), `class`, `runtimeName`, `description`,
+/// `weight` and then the class's own fields:
 ///   RemoveCommand                     items: objects with path, removeIfEmpty
 ///   CopyCommand                       items: objects with source, destination
 ///   Start-, StopLaunchdJobCommand     launchdJob (a LaunchdInfo), isDaemon

@@ -61,6 +61,14 @@ std::string describeCommandLists() {
     return text;
 }
 
+std::vector<std::string> commandListNameList() {
+    std::vector<std::string> names;
+    for (const NamedCommandList& list : kLists) {
+        names.emplace_back(list.name);
+    }
+    return names;
+}
+
 std::string commandListNames() {
     std::string text;
     for (const NamedCommandList& list : kLists) {

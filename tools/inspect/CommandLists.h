@@ -2,6 +2,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "InstallCommon/CommandLists.h"
 
@@ -29,6 +30,9 @@ struct NamedCommandList {
 
 /// All names with their summaries, one line each, for the help text.
 [[nodiscard]] std::string describeCommandLists();
+
+/// All names.
+[[nodiscard]] std::vector<std::string> commandListNameList();
 
 /// All names, separated by ", ".
 [[nodiscard]] std::string commandListNames();

@@ -21,6 +21,7 @@ namespace Platform::Linux {
 ///   release TOKEN              0
 ///   bless TOKEN LABEL          CODE TEXT          0, or the error's code and words
 ///   unload-kext BUNDLEID       CODE               kernel return code, decimal, signed
+///   is-kext-loaded BUNDLEID    ANSWER             1 or 0
 ///   identify PID               STATUS IDENTIFIER  0 and the code's identifier (CFBundleIdentifier) of a
 ///                                                 running program whose executable and bundle only root
 ///                                                 could have written; else 1

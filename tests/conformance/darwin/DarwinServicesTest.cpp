@@ -3,6 +3,7 @@
 
 #include "Platform/Darwin/DarwinAuthorization.h"
 #include "Platform/Darwin/DarwinKernelExtensions.h"
+#include "Platform/Darwin/DarwinLoadedExtensions.h"
 #include "Platform/Darwin/DarwinServiceManagement.h"
 #include "stand-ins/Services.h"
 
@@ -105,6 +106,25 @@ TEST_F(DarwinServices, UnloadTheKernelExtensionOfAnIdentifier) {
     EXPECT_EQ(services.kext, "com.norvik.kext");
     services.kextResult = static_cast<std::int32_t>(0xdc008006);
     EXPECT_EQ(DarwinKernelExtensions().unload("com.norvik.kext"), static_cast<std::int32_t>(0xdc008006));
+}
+
+TEST_F(DarwinServices, TellWhetherAKernelExtensionIsLoaded) {
+    Platform::Error error;
+    services.loadedKexts = {"com.norvik.kext", "com.norvik.other"};
+    EXPECT_EQ(Platform::Darwin::DarwinLoadedExtensions().isLoaded("com.norvik.kext", error), true);
+    EXPECT_EQ(Platform::Darwin::DarwinLoadedExtensions().isLoaded("com.norvik", error), false);
+    EXPECT_EQ(services.kextsAskedAbout, "com.norvik.kext com.norvik");
+    EXPECT_EQ(error, Platform::Error{});
+}
+
+TEST_F(DarwinServices, DoNotCallAnExtensionUnloadedThatCannotBeLookedUp) {
+    Platform::Error error;
+    services.knowsKexts = false;
+    EXPECT_EQ(Platform::Darwin::DarwinLoadedExtensions().isLoaded("com.norvik.kext", error), std::nullopt);
+    EXPECT_EQ(error, (Platform::Error{"the kernel extension com.norvik.kext could not be looked up: the kernel "
+                                      "does not answer",
+                                      0}));
+    EXPECT_EQ(Platform::Darwin::DarwinLoadedExtensions().isLoaded("\xff", error), std::nullopt);
 }
 
 TEST_F(DarwinServices, RefuseAnIdentifierThatIsNotText) {

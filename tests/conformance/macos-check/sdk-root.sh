@@ -37,25 +37,16 @@ add_framework() {
     stub_library "/System/Library/Frameworks/$2.framework/Versions/A/$2" "$framework/$2.tbd" <"$check/symbols/$2"
 }
 
-# add_inspect_libraries ROOT: what sentrel-inspect uses, where Homebrew puts it: two header-only libraries, and libplist.
+# add_inspect_libraries ROOT: what sentrel-inspect is built with, two header-only libraries, where Homebrew puts them.
 add_inspect_libraries() {
     local local="$1/usr/local" library
-    mkdir -p "$local/include" "$local/lib/pkgconfig" "$local/share/cmake"
-    for library in CLI nlohmann plist; do
+    mkdir -p "$local/include" "$local/share/cmake"
+    for library in CLI nlohmann; do
         [ -d "/usr/include/$library" ] || fail "/usr/include/$library is missing (run scripts/setup.sh)"
         ln -sfn "/usr/include/$library" "$local/include/$library"
     done
     ln -sfn /usr/share/cmake/CLI11 "$local/share/cmake/CLI11"
     ln -sfn /usr/share/cmake/nlohmann_json "$local/share/cmake/nlohmann_json"
-    library=$(find /usr/lib -name 'libplist-2.0.so' -print -quit)
-    symbols_of "$library" | stub_library /usr/local/lib/libplist-2.0.dylib "$local/lib/libplist-2.0.tbd"
-    cat >"$local/lib/pkgconfig/libplist-2.0.pc" <<END
-Name: libplist
-Description: property lists
-Version: 2.2.0
-Cflags: -I$local/include
-Libs: -L$local/lib -lplist-2.0
-END
 }
 
 make_sdk_root() {

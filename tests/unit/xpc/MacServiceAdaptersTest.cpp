@@ -6,6 +6,7 @@
 #include "Platform/Linux/LinuxAuthorization.h"
 #include "Platform/Linux/LinuxDistantObjects.h"
 #include "Platform/Linux/LinuxKernelExtensions.h"
+#include "Platform/Linux/LinuxLoadedExtensions.h"
 #include "Platform/Linux/LinuxServiceManagement.h"
 
 namespace {
@@ -43,6 +44,32 @@ TEST(LinuxKernelExtensions, AnAnswerThatMakesNoSenseIsAnInternalError) {
         const FakeProcessOne one(answer);
         EXPECT_EQ(LinuxKernelExtensions(one.services()).unload("k"), kInternalError) << answer.front();
     }
+}
+
+TEST(LinuxLoadedExtensions, TellsWhetherAnExtensionIsLoaded) {
+    FakeProcessOne one(Fields{"1"});
+    LinuxLoadedExtensions extensions(one.services());
+    Platform::Error error;
+    EXPECT_EQ(extensions.isLoaded("com.norvik.kext", error), true);
+    one.answerWith({"0"});
+    EXPECT_EQ(extensions.isLoaded("com.norvik.kext", error), false);
+    EXPECT_EQ(one.requests(),
+              (Requests{{"is-kext-loaded", "com.norvik.kext"}, {"is-kext-loaded", "com.norvik.kext"}}));
+    EXPECT_EQ(error, Platform::Error{});
+}
+
+TEST(LinuxLoadedExtensions, DoesNotKnowWithoutASensibleAnswer) {
+    const Platform::Error expected{"the kernel extension k could not be looked up: launchd does not answer",
+                                   0};
+    for (const Fields& answer : {Fields{"1", "1"}, Fields{""}, Fields{"2"}, Fields{"10"}}) {
+        const FakeProcessOne one(answer);
+        Platform::Error error;
+        EXPECT_EQ(LinuxLoadedExtensions(one.services()).isLoaded("k", error), std::nullopt);
+        EXPECT_EQ(error, expected) << answer.front();
+    }
+    Platform::Error error;
+    EXPECT_EQ(LinuxLoadedExtensions(nobody()).isLoaded("k", error), std::nullopt);
+    EXPECT_EQ(error, expected);
 }
 
 /// What blessing comes to: "success", or the error's code and words.

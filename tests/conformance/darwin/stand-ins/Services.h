@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -40,6 +41,10 @@ struct Services {
     // Kernel extensions.
     std::string kext;
     std::int32_t kextResult = 0;
+    /// Identifiers of loaded extensions, and those that were asked about, joined by a blank.
+    std::set<std::string> loadedKexts;
+    std::string kextsAskedAbout;
+    bool knowsKexts = true;
 };
 
 extern Services services;

@@ -112,6 +112,36 @@ OSReturn KextManagerUnloadKextWithIdentifier(CFStringRef kextIdentifier) {
     return services.kextResult;
 }
 
+CFDictionaryRef KextManagerCopyLoadedKextInfo(CFArrayRef kextIdentifiers, CFArrayRef /*infoKeys*/) {
+    if (!services.knowsKexts) {
+        return nullptr;
+    }
+    NSMutableDictionary* const loaded = [[NSMutableDictionary alloc] init];
+    for (NSString* identifier in reinterpret_cast<NSArray*>(const_cast<__CFArray*>(kextIdentifiers))) {
+        const std::string text = [identifier UTF8String];
+        services.kextsAskedAbout += (services.kextsAskedAbout.empty() ? "" : " ") + text;
+        if (services.loadedKexts.count(text) != 0) {
+            [loaded setObject:[NSDictionary dictionary] forKey:identifier];
+        }
+    }
+    return reinterpret_cast<CFDictionaryRef>(loaded);
+}
+
+struct CFArrayCallBacks {};
+const CFArrayCallBacks kCFTypeArrayCallBacks{};
+
+const void* CFDictionaryGetValue(CFDictionaryRef dictionary, const void* key) {
+    return [reinterpret_cast<NSDictionary*>(const_cast<__CFDictionary*>(dictionary))
+        objectForKey:static_cast<id>(const_cast<void*>(key))];
+}
+
+CFArrayRef CFArrayCreate(CFAllocatorRef /*allocator*/, const void** values, CFIndex count,
+                         const CFArrayCallBacks* /*callBacks*/) {
+    return reinterpret_cast<CFArrayRef>(
+        [[NSArray alloc] initWithObjects:reinterpret_cast<id*>(const_cast<void**>(values))
+                                   count:static_cast<NSUInteger>(count)]);
+}
+
 CFStringRef CFStringCreateWithBytes(CFAllocatorRef /*allocator*/, const UInt8* bytes, CFIndex count,
                                     CFStringEncoding /*encoding*/, Boolean /*isExternalRepresentation*/) {
     return reinterpret_cast<CFStringRef>([[NSString alloc] initWithBytes:bytes

@@ -25,6 +25,8 @@ typedef const struct __CFNumber* CFNumberRef;
 typedef const struct __CFURL* CFURLRef;
 typedef struct __CFError* CFErrorRef;
 
+typedef struct CFArrayCallBacks CFArrayCallBacks;
+extern const CFArrayCallBacks kCFTypeArrayCallBacks;
 typedef struct CFDictionaryKeyCallBacks CFDictionaryKeyCallBacks;
 typedef struct CFDictionaryValueCallBacks CFDictionaryValueCallBacks;
 extern const CFDictionaryKeyCallBacks kCFTypeDictionaryKeyCallBacks;
@@ -38,6 +40,19 @@ typedef enum : CFIndex {
     kCFNumberIntType = 9
 } CFNumberType;
 
+typedef CFTypeRef CFPropertyListRef;
+typedef unsigned long CFOptionFlags;
+typedef enum : CFIndex {
+    kCFPropertyListXMLFormat_v1_0 = 100,
+    kCFPropertyListBinaryFormat_v1_0 = 200
+} CFPropertyListFormat;
+enum { kCFPropertyListImmutable = 0 };
+/* The result and the error are owned by the caller. */
+CFPropertyListRef CFPropertyListCreateWithData(CFAllocatorRef allocator, CFDataRef data, CFOptionFlags options,
+                                               CFPropertyListFormat* format, CFErrorRef* error);
+CFDataRef CFPropertyListCreateData(CFAllocatorRef allocator, CFPropertyListRef propertyList,
+                                   CFPropertyListFormat format, CFOptionFlags options, CFErrorRef* error);
+
 CFTypeRef CFRetain(CFTypeRef object);
 void CFRelease(CFTypeRef object);
 CFTypeID CFGetTypeID(CFTypeRef object);
@@ -45,6 +60,10 @@ CFTypeID CFGetTypeID(CFTypeRef object);
 CFStringRef CFStringCreateWithBytes(CFAllocatorRef allocator, const UInt8* bytes, CFIndex count,
                                     CFStringEncoding encoding, Boolean isExternalRepresentation);
 CFDataRef CFDataCreate(CFAllocatorRef allocator, const UInt8* bytes, CFIndex length);
+CFArrayRef CFArrayCreate(CFAllocatorRef allocator, const void** values, CFIndex count,
+                         const CFArrayCallBacks* callBacks);
+const UInt8* CFDataGetBytePtr(CFDataRef data);
+CFIndex CFDataGetLength(CFDataRef data);
 CFNumberRef CFNumberCreate(CFAllocatorRef allocator, CFNumberType type, const void* value);
 Boolean CFNumberGetValue(CFNumberRef number, CFNumberType type, void* value);
 CFTypeID CFNumberGetTypeID(void);

@@ -7,6 +7,8 @@
 extern "C" {
 #endif
 
+/* Owned by the caller. */
+CFDictionaryRef KextManagerCopyLoadedKextInfo(CFArrayRef kextIdentifiers, CFArrayRef infoKeys);
 OSReturn KextManagerUnloadKextWithIdentifier(CFStringRef kextIdentifier);
 
 #ifdef __cplusplus

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "FolderAsRoot.h"
+#include "Look.h"
+#include "Verdict.h"
+
+namespace Inspect {
+
+/// This Mac, or the one in a folder, as the commands look at it.
+class MacView {
+  public:
+    /// The view of this Mac, or of the one in the folder `root`. Returns nothing and sets `why` to one line
+    /// when that is not the root folder of a Mac.
+    [[nodiscard]] static std::unique_ptr<MacView> make(const std::optional<std::string>& root,
+                                                       std::string& why);
+
+    /// Looks until two looks agree.
+    [[nodiscard]] Inventory::Inventory look() const;
+    /// What each place of `inventory` holds, with a line of progress.
+    [[nodiscard]] std::vector<Platform::TreeSize> sizesOf(const Inventory::Inventory& inventory) const;
+
+    [[nodiscard]] Platform::FileFacts& files() const;
+    [[nodiscard]] const std::string& root() const { return root_; }
+
+  private:
+    explicit MacView(std::string root);
+
+    std::string root_;
+    std::unique_ptr<Inventory::FolderAsRoot> folder_;
+};
+
+/// The version of the uninstaller that this program was built with.
+[[nodiscard]] Inventory::Version ownVersion();
+
+}  // namespace Inspect

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace Inventory {
+
+/// What launchctl's "print" says about one job.
+struct PrintedJob {
+    /// The process id while it runs.
+    std::optional<std::int32_t> pid;
+    /// The property list that it was loaded from, and its executable; empty when launchctl names none.
+    std::string plist;
+    std::string program;
+
+    friend bool operator==(const PrintedJob&, const PrintedJob&) = default;
+};
+
+/// The labels of the jobs that "launchctl print DOMAIN" lists, in its order. Nothing when the text has no
+/// list of services, or one without an end.
+[[nodiscard]] std::optional<std::vector<std::string>> printedLabels(std::string_view text);
+
+/// What "launchctl print DOMAIN/LABEL" says; only the job's own lines count, not those of what is nested in
+/// it.
+[[nodiscard]] PrintedJob printedJob(std::string_view text);
+
+/// A label that somebody has enabled or disabled by hand.
+struct PrintedOverride {
+    std::string label;
+    bool isDisabled = false;
+
+    friend bool operator==(const PrintedOverride&, const PrintedOverride&) = default;
+};
+
+/// What "launchctl print-disabled DOMAIN" says, in both spellings that there are: "true" or "disabled",
+/// "false" or "enabled". Nothing when the text has no such list.
+[[nodiscard]] std::optional<std::vector<PrintedOverride>> printedOverrides(std::string_view text);
+
+}  // namespace Inventory
