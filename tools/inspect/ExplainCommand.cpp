@@ -40,7 +40,7 @@ int runExplain(const Arguments& arguments) {
         }
     }
     return print(arguments.has("--json") ? jsonText(runJson(*runs))
-                                         : runReport(*runs, arguments.has("--all"), outputWidth()));
+                                         : runReport(*runs, arguments.has("--all"), reportWidth()));
 }
 
 }  // namespace Inspect

@@ -62,8 +62,8 @@ TEST_F(Explain, TellsOfAFinishedRun) {
               "  Ended     Nov 21 10:00:02, after 2 s\n"
               "  Who       Uninstall Sentrel, process 18; com.norvik.InstallerHelper, process 20\n"
               "  Result    Finished. The helper went through all 75 steps: 2 did something, 73 found nothing "
-              "to do, "
-              "0 failed.\n");
+              "to do,\n"
+              "            0 failed.\n");
 }
 
 TEST_F(Explain, ShowsEveryStepWhenAsked) {
