@@ -23,6 +23,8 @@ fi
 bin="$PWD/build/release/torture"
 scratch="$(mktemp -d "${TMPDIR:-/tmp}/sentrel-torture.XXXXXX")"
 chmod 755 "$scratch"
+# Races are won in memory.
+shared="$(mktemp -d /dev/shm/sentrel-torture.XXXXXX)"
 mkdir "$scratch/macs"
 chmod 755 "$scratch/macs"
 
@@ -38,7 +40,7 @@ clean_up() {
     for mac in "$scratch"/macs/*/mac; do
         [ ! -d "$mac" ] || "$PWD/build/release/bin/macsim" delete "$mac" >/dev/null 2>&1 || true
     done
-    "${as_root[@]}" rm -rf -- "$scratch"
+    "${as_root[@]}" rm -rf -- "$scratch" "$shared"
 }
 trap clean_up EXIT
 trap 'exit 130' INT TERM
@@ -63,7 +65,7 @@ race() { # KIND ROUNDS SECONDS
     local kind="$1" wanted="$2" end=$((SECONDS + $3)) count=0 swaps=0 losses=0 portion=250 rounds swapped lost
     while [ "$count" -lt "$wanted" ] && [ "$SECONDS" -lt "$end" ]; do
         # KIND: N rounds, N swaps, N losses
-        if ! read -r _ rounds _ swapped _ lost _ < <("$bin/swap-race" "$kind" "$portion"); then
+        if ! read -r _ rounds _ swapped _ lost _ < <("$bin/swap-race" "$kind" "$portion" "$shared"); then
             losses=$((losses + 1))
             echo "LOST: swap-race $kind $portion ended without a result" >&2
             break
@@ -96,7 +98,7 @@ do_line() { # NUMBER
 }
 
 echo "torture.sh: $minutes minutes, seed $seed"
-export TMPDIR="$scratch/macs" bin scratch minutes seed
+export TMPDIR="$scratch/macs" bin scratch shared minutes seed
 export -f race do_line
 start=$SECONDS
 # Each line has a process group of its own, so that all of it can be ended.

@@ -29,6 +29,7 @@ constexpr auto kFirstBlessing = 1900ms;
 constexpr auto kLastBlessing = 2100ms;
 constexpr auto kStep = 10ms;
 constexpr auto kPatience = 30s;
+constexpr auto kLongest = 90s;
 
 class Delegate final : public Platform::XPCObject {
   public:
@@ -86,10 +87,12 @@ int main(int argc, char* argv[]) {
         return 1;
     }
     blessBoth(*authorization, 0);
-    for (int round = 0; round < kRounds; ++round) {
+    const auto end = std::chrono::steady_clock::now() + kLongest;
+    for (int round = 0; round < kRounds && std::chrono::steady_clock::now() < end; ++round) {
         say(executeList(), "lists", "a list after a pause");
         const auto start = std::chrono::steady_clock::now();
-        for (auto moment = kFirstBlessing + shift; moment < kLastBlessing + shift; moment += kStep) {
+        for (auto moment = kFirstBlessing + shift;
+             moment < kLastBlessing + shift && std::chrono::steady_clock::now() < end; moment += kStep) {
             std::this_thread::sleep_until(start + moment);
             blessBoth(*authorization, moment.count());
         }
