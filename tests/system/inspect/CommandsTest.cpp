@@ -20,6 +20,14 @@ std::vector<std::string> linesOf(const std::string& text) {
     return lines;
 }
 
+/// Commands as they are numbered in a list of their own.
+nlohmann::json numbered(nlohmann::json commands) {
+    for (std::size_t index = 0; index < commands.size(); ++index) {
+        commands[index]["number"] = index + 1;
+    }
+    return commands;
+}
+
 TEST_F(Inspect, ListsTheCommandsOfEachSuite) {
     EXPECT_EQ(json({"commands", "uninstall", "--json"}).size(), 73U);
     EXPECT_EQ(json({"commands", "cleanup", "--json"}).size(), 2U);
@@ -62,7 +70,7 @@ TEST_F(Inspect, ComposesTheInstallationListsOfTheSuites) {
                 commands.push_back(command);
             }
         }
-        return commands;
+        return numbered(commands);
     };
     EXPECT_EQ(json(withPayload("clean-install")), pieces({"pre-install", "install", "post-install"}));
     EXPECT_EQ(json(withPayload("update")), pieces({"uninstall", "install", "post-install"}));
@@ -98,7 +106,7 @@ TEST_F(Inspect, CopiesEachPartFromItsFolderOfThePayload) {
                           "/Library/Services/Scan with Sentrel.workflow",
                       }));
     EXPECT_EQ(commands.at(12), nlohmann::json::parse(R"({
-        "class": "UpdateLaunchServices", "runtimeName": "_TtC13InstallCommon20UpdateLaunchServices",
+        "number": 13, "class": "UpdateLaunchServices", "runtimeName": "_TtC13InstallCommon20UpdateLaunchServices",
         "description": "Updating system databases...", "weight": 1})"));
 }
 
@@ -116,7 +124,7 @@ TEST_F(Inspect, SendsTheCleanupSuiteBehindTheUninstallSuite) {
     for (const auto& command : json({"commands", "cleanup", "--json"})) {
         expected.push_back(command);
     }
-    EXPECT_EQ(json({"commands", "uninstall-all", "--json"}), expected);
+    EXPECT_EQ(json({"commands", "uninstall-all", "--json"}), numbered(expected));
 }
 
 TEST_F(Inspect, DescribesTheCommandsInOrder) {
@@ -132,7 +140,7 @@ TEST_F(Inspect, DescribesTheCommandsInOrder) {
 TEST_F(Inspect, PrintsTheFieldsOfEachClassThatAnUninstallationUses) {
     const auto commands = json({"commands", "uninstall-all", "--json"});
     EXPECT_EQ(commands.at(0), nlohmann::json::parse(R"({
-        "class": "StopLaunchdJobCommand", "runtimeName": "_TtC13InstallCommon21StopLaunchdJobCommand",
+        "number": 1, "class": "StopLaunchdJobCommand", "runtimeName": "_TtC13InstallCommon21StopLaunchdJobCommand",
         "description": "Unloading daemon com.norvik.containmentd...", "weight": 1,
         "launchdJob": {"label": "com.norvik.containmentd",
                        "plist": {"name": "com.norvik.containmentd.plist",
@@ -140,17 +148,17 @@ TEST_F(Inspect, PrintsTheFieldsOfEachClassThatAnUninstallationUses) {
         "isDaemon": true})"));
     EXPECT_EQ(commands.at(6).at("isDaemon"), false);
     EXPECT_EQ(commands.at(16), nlohmann::json::parse(R"({
-        "class": "UnloadKextCommand", "runtimeName": "_TtC13InstallCommon17UnloadKextCommand",
+        "number": 17, "class": "UnloadKextCommand", "runtimeName": "_TtC13InstallCommon17UnloadKextCommand",
         "description": "Unloading KEXT FileAccessFilter.kext...", "weight": 1,
         "kext": {"bundle": {"name": "FileAccessFilter.kext",
                             "location": "/Library/Extensions/FileAccessFilter.kext",
                             "bundleId": "com.norvik.kext.FileAccessFilter"},
                  "ioClassName": "FileAccessFilter"}})"));
     EXPECT_EQ(commands.at(18), nlohmann::json::parse(R"({
-        "class": "KillProcessCommand", "runtimeName": "_TtC13InstallCommon18KillProcessCommand",
+        "number": 19, "class": "KillProcessCommand", "runtimeName": "_TtC13InstallCommon18KillProcessCommand",
         "description": "Closing user application Sentrel...", "weight": 1, "process": "Sentrel"})"));
     EXPECT_EQ(commands.at(30), nlohmann::json::parse(R"({
-        "class": "RemoveCommand", "runtimeName": "_TtC13InstallCommon13RemoveCommand",
+        "number": 31, "class": "RemoveCommand", "runtimeName": "_TtC13InstallCommon13RemoveCommand",
         "description": "Deleting user application Sentrel.app...", "weight": 1,
         "items": [{"path": "/Applications/Sentrel.app", "removeIfEmpty": false}]})"));
     EXPECT_EQ(commands.at(73).at("items").size(), 10U);

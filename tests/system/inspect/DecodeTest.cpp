@@ -82,13 +82,13 @@ TEST_F(Inspect, PrintsTheFieldsOfEachClassThatAnInstallationUses) {
     const InstallCommon::UpdateLaunchServices update("Updating...");
     const std::string archive = archiveOf({&copy, start.get(), &update});
     EXPECT_EQ(json({"decode", "-", "--json"}, archive), nlohmann::json::parse(R"([
-        {"class": "CopyCommand", "runtimeName": "_TtC13InstallCommon11CopyCommand", "description": "Copying...",
+        {"number": 1, "class": "CopyCommand", "runtimeName": "_TtC13InstallCommon11CopyCommand", "description": "Copying...",
          "weight": 1, "items": [{"source": "/from here", "destination": "/to"}]},
-        {"class": "StartLaunchdJobCommand", "runtimeName": "_TtC13InstallCommon22StartLaunchdJobCommand",
+        {"number": 2, "class": "StartLaunchdJobCommand", "runtimeName": "_TtC13InstallCommon22StartLaunchdJobCommand",
          "description": "Starting...", "weight": 1,
          "launchdJob": {"label": "label", "plist": {"name": "label.plist", "location": "/p/label.plist"}},
          "isDaemon": false},
-        {"class": "UpdateLaunchServices", "runtimeName": "_TtC13InstallCommon20UpdateLaunchServices",
+        {"number": 3, "class": "UpdateLaunchServices", "runtimeName": "_TtC13InstallCommon20UpdateLaunchServices",
          "description": "Updating...", "weight": 1}])"));
     const Outcome table = inspect({"decode", "-"}, archive);
     EXPECT_EQ(table.output,

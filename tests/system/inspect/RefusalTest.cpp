@@ -153,9 +153,22 @@ TEST_F(Inspect, BoundsWhatAHostileFileCosts) {
 }
 
 TEST_F(Inspect, ExplainsMisuseInOneLine) {
-    expectRefusal(inspect({}), 2, "a subcommand is required");
-    expectRefusal(inspect({"bogus"}), 2, "bogus");
-    expectRefusal(inspect({"--bogus"}), 2, "--bogus");
+    expectRefusal(inspect({}), 2, "a command is required; sentrel-inspect --help names them\n");
+    expectRefusal(inspect({"bogus"}), 2, "sentrel-inspect: \"bogus\" is not a command\n");
+    expectRefusal(inspect({"scna"}), 2, "\"scna\" is not a command: did you mean scan?\n");
+    expectRefusal(inspect({"--bogus"}), 2, "sentrel-inspect: --bogus is not an option\n");
+    expectRefusal(inspect({"--versoin"}), 2, "--versoin is not an option: did you mean --version?\n");
+    expectRefusal(inspect({"scan", "--jsno"}), 2, "--jsno is not an option of scan: did you mean --json?\n");
+    expectRefusal(inspect({"verify", "--wiat=5"}), 2,
+                  "--wiat is not an option of verify: did you mean --wait?\n");
+    expectRefusal(inspect({"verify", "--wait", "soon"}), 2,
+                  "--wait: \"soon\" is not a number of seconds up to 86400\n");
+    expectRefusal(inspect({"verify", "--wait", "86401"}), 2, "\"86401\" is not a number");
+    expectRefusal(inspect({"verify", "--wait", "5", "--root", "/"}), 2, "--root excludes --wait");
+    expectRefusal(inspect({"plan", "extra"}), 2, "\"extra\" is one word too many for plan\n");
+    expectRefusal(inspect({"find"}), 2, "WHAT is required");
+    expectRefusal(inspect({"find", "com.example"}), 1, "nothing of the product goes by \"com.example\"\n");
+    expectRefusal(inspect({"commands", "unistall"}), 2, "over-install: did you mean uninstall?\n");
     expectRefusal(inspect({"commands"}), 2, "LIST is required");
     expectRefusal(inspect({"commands", "everything"}), 2,
                   "\"everything\" is none of uninstall, cleanup, uninstall-all");
@@ -200,8 +213,12 @@ TEST_F(Inspect, ExplainsItselfWhenAsked) {
     const Outcome help = inspect({"--help"});
     EXPECT_EQ(help.status, 0);
     EXPECT_EQ(help.errors, "");
-    for (const char* subcommand : {"commands", "decode", "catalogue"}) {
-        EXPECT_NE(help.output.find(subcommand), std::string::npos) << subcommand;
+    for (const char* command : {"scan", "plan", "verify", "find", "commands", "decode", "catalogue"}) {
+        EXPECT_NE(help.output.find("\n  " + std::string(command) + " "), std::string::npos) << command;
+        const std::string text = inspect({command, "--help"}).output;
+        EXPECT_NE(text.find("\nExamples:\n  sentrel-inspect " + std::string(command)), std::string::npos)
+            << text;
+        EXPECT_NE(text.find("\nExit status:\n  0  "), std::string::npos) << text;
     }
     const Outcome lists = inspect({"commands", "--help"});
     EXPECT_EQ(lists.status, 0);
