@@ -39,7 +39,10 @@ TEST_F(LookingPorts, HandQuestionsOn) {
     EXPECT_EQ(ports.processes.path(7, text), 5);
     EXPECT_EQ(ports.bundles.open(Base::URL::fileURL("/App.app"))->infoString("CFBundleVersion"), "2");
     EXPECT_EQ(ports.clock.now(), mac.clock.present);
-    EXPECT_EQ(ports.tasks.launch("/bin/launchctl", {{"print", "system"}})->terminationStatus(), 3);
+    const auto printing = ports.tasks.launch("/bin/launchctl", {{"print", "system"}});
+    ASSERT_NE(printing, nullptr);
+    printing->waitUntilExit();
+    EXPECT_EQ(printing->terminationStatus(), 3);
     EXPECT_NE(ports.tasks.launch("/bin/launchctl", {{"print-disabled", "system"}}), nullptr);
     EXPECT_EQ(ports.files.localDirectory(Platform::SearchPathDirectory::users).path(), "/Users");
     EXPECT_EQ(mac.files.usersFolderQuestions, 0);

@@ -117,7 +117,9 @@ CFDictionaryRef KextManagerCopyLoadedKextInfo(CFArrayRef kextIdentifiers, CFArra
         return nullptr;
     }
     NSMutableDictionary* const loaded = [[NSMutableDictionary alloc] init];
-    for (NSString* identifier in reinterpret_cast<NSArray*>(const_cast<__CFArray*>(kextIdentifiers))) {
+    NSArray* const identifiers = reinterpret_cast<NSArray*>(const_cast<__CFArray*>(kextIdentifiers));
+    for (NSUInteger index = 0; index < [identifiers count]; ++index) {
+        NSString* const identifier = [identifiers objectAtIndex:index];
         const std::string text = [identifier UTF8String];
         services.kextsAskedAbout += (services.kextsAskedAbout.empty() ? "" : " ") + text;
         if (services.loadedKexts.count(text) != 0) {
