@@ -21,6 +21,7 @@ share/bash-completion/completions/sentrel-inspect
 share/man/man1/sentrel-inspect-catalogue.1
 share/man/man1/sentrel-inspect-commands.1
 share/man/man1/sentrel-inspect-decode.1
+share/man/man1/sentrel-inspect-explain.1
 share/man/man1/sentrel-inspect-find.1
 share/man/man1/sentrel-inspect-plan.1
 share/man/man1/sentrel-inspect-scan.1
@@ -53,7 +54,7 @@ completions() {
     bash --norc -c '. "$1"; shift; COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); _sentrel_inspect; echo ${COMPREPLY[*]-}' \
         bash "$scratch/prefix/share/bash-completion/completions/sentrel-inspect" "$@"
 }
-expect "commands" "scan plan verify find commands decode catalogue --help --version" "$(completions sentrel-inspect "")"
+expect "commands" "scan plan verify explain find commands decode catalogue --help --version" "$(completions sentrel-inspect "")"
 expect "a command" "scan" "$(completions sentrel-inspect sc)"
 expect "options of scan" "--removal-lines --root" "$(completions sentrel-inspect scan --r | tr ' ' '\n' | LC_ALL=C sort | xargs)"
 expect "lists" "uninstall uninstall-all" "$(completions sentrel-inspect commands unin)"
