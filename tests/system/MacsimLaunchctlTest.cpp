@@ -58,10 +58,10 @@ TEST_F(MacsimLaunchctl, PrintSucceedsOnlyForARegisteredService) {
 }
 
 TEST_F(MacsimLaunchctl, PrintsWhatWasEnabledAndDisabledByHand) {
-    const ProgramResult result =
-        mac_.shell("launchctl print-disabled gui/501; launchctl disable gui/501/com.example.agent; "
-                   "launchctl enable gui/501/com.example.other; launchctl print-disabled gui/501",
-                   "alice");
+    const ProgramResult result = mac_.shell(
+        "launchctl print-disabled gui/501; launchctl disable gui/501/com.example.agent; "
+        "launchctl enable gui/501/com.example.other; launchctl print-disabled gui/501",
+        "alice");
     EXPECT_EQ(result.status, 0) << result.err;
     EXPECT_EQ(result.out,
               "\tdisabled services = {\n\t}\n"

@@ -121,9 +121,10 @@ TEST_F(DarwinServices, DoNotCallAnExtensionUnloadedThatCannotBeLookedUp) {
     Platform::Error error;
     services.knowsKexts = false;
     EXPECT_EQ(Platform::Darwin::DarwinLoadedExtensions().isLoaded("com.norvik.kext", error), std::nullopt);
-    EXPECT_EQ(error, (Platform::Error{"the kernel extension com.norvik.kext could not be looked up: the kernel "
-                                      "does not answer",
-                                      0}));
+    EXPECT_EQ(error,
+              (Platform::Error{"the kernel extension com.norvik.kext could not be looked up: the kernel "
+                               "does not answer",
+                               0}));
     EXPECT_EQ(Platform::Darwin::DarwinLoadedExtensions().isLoaded("\xff", error), std::nullopt);
 }
 

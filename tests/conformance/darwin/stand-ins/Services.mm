@@ -139,9 +139,9 @@ const void* CFDictionaryGetValue(CFDictionaryRef dictionary, const void* key) {
 
 CFArrayRef CFArrayCreate(CFAllocatorRef /*allocator*/, const void** values, CFIndex count,
                          const CFArrayCallBacks* /*callBacks*/) {
-    return reinterpret_cast<CFArrayRef>(
-        [[NSArray alloc] initWithObjects:reinterpret_cast<id*>(const_cast<void**>(values))
-                                   count:static_cast<NSUInteger>(count)]);
+    return reinterpret_cast<CFArrayRef>([[NSArray alloc]
+        initWithObjects:reinterpret_cast<id*>(const_cast<void**>(values))
+                  count:static_cast<NSUInteger>(count)]);
 }
 
 CFStringRef CFStringCreateWithBytes(CFAllocatorRef /*allocator*/, const UInt8* bytes, CFIndex count,

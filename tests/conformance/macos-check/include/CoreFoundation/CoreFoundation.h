@@ -48,8 +48,9 @@ typedef enum : CFIndex {
 } CFPropertyListFormat;
 enum { kCFPropertyListImmutable = 0 };
 /* The result and the error are owned by the caller. */
-CFPropertyListRef CFPropertyListCreateWithData(CFAllocatorRef allocator, CFDataRef data, CFOptionFlags options,
-                                               CFPropertyListFormat* format, CFErrorRef* error);
+CFPropertyListRef CFPropertyListCreateWithData(CFAllocatorRef allocator, CFDataRef data,
+                                               CFOptionFlags options, CFPropertyListFormat* format,
+                                               CFErrorRef* error);
 CFDataRef CFPropertyListCreateData(CFAllocatorRef allocator, CFPropertyListRef propertyList,
                                    CFPropertyListFormat format, CFOptionFlags options, CFErrorRef* error);
 
