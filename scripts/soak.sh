@@ -30,7 +30,7 @@ for ((run = 1; run <= times; run++)); do
     log="$logs/$run.log"
     start=$SECONDS
     status=0
-    ctest --preset "$preset" --parallel "$(($(nproc) * 4))" --output-on-failure --no-tests=error </dev/null >"$log" 2>&1 || status=$?
+    ctest --preset "$preset" --parallel "$(($(nproc) * 8))" --output-on-failure --no-tests=error </dev/null >"$log" 2>&1 || status=$?
     summary="$(sed -nE 's/^[0-9]+% tests passed, ([0-9]+) tests? failed out of ([0-9]+)$/\1 \2/p' "$log")"
     read -r failed tests <<<"${summary:-? ?}"
     names="$(sed -nE '/^The following tests FAILED:/,$ s/^[[:space:]]+[0-9]+ - ([^ ]+) .*/\1/p' "$log" | paste -sd ' ')"

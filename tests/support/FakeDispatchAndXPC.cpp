@@ -128,8 +128,10 @@ void FakeConnection::setRemoteObjectInterface(Platform::XPCInterface interface) 
 }
 
 void FakeConnection::setExportedObject(Platform::XPCInterface interface,
-                                       std::shared_ptr<Platform::XPCObject> /*object*/) {
+                                       std::shared_ptr<Platform::XPCObject> object) {
     calls_.push_back("export " + std::string(interface.protocolName));
+    exportedInterface = std::move(interface);
+    exportedObject = std::move(object);
 }
 
 void FakeConnection::setInvalidationHandler(std::function<void()> handler) {
@@ -203,8 +205,10 @@ std::shared_ptr<Platform::XPCConnection> FakeXPC::makeConnection(const std::stri
 }
 
 std::unique_ptr<Platform::XPCListener> FakeXPC::makeListener(
-    const std::string& /*machServiceName*/, const std::vector<std::string>& /*clientRequirements*/) {
-    Base::fatalError("the fake Mac has no listeners");
+    const std::string& machServiceName, const std::vector<std::string>& clientRequirements) {
+    calls_.push_back("listen " + machServiceName);
+    requirements = clientRequirements;
+    return std::move(listener);
 }
 
 }  // namespace TestSupport

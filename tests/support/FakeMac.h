@@ -342,6 +342,8 @@ class FakeConnection final : public Platform::XPCConnection {
     std::function<void()> invalidationHandler;
     std::function<void()> interruptionHandler;
     std::optional<Platform::XPCInterface> remoteInterface;
+    std::optional<Platform::XPCInterface> exportedInterface;
+    std::shared_ptr<Platform::XPCObject> exportedObject;
     /// A synchronous call that has not been answered fails when the connection is invalidated.
     bool isInvalidated = false;
     /// Given instead of a remote object of the interface's protocol.
@@ -368,6 +370,10 @@ class FakeXPC final : public Platform::XPC {
     std::map<std::string, Platform::Error> unreachable;
     std::optional<std::string> protocolOfProxies;
     std::vector<std::shared_ptr<FakeConnection>> connections;
+    /// What launchd hands over to the process, once.
+    std::unique_ptr<Platform::XPCListener> listener;
+    /// What the last listener was asked to demand of its clients.
+    std::vector<std::string> requirements;
 
   private:
     CallList& calls_;

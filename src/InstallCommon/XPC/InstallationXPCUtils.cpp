@@ -42,12 +42,15 @@ class ExportedDelegate final : public Platform::XPCObject {
     std::shared_ptr<CommandExecutingDelegate> delegate_;
 };
 
-/// The same delegate, as the helper sees it.
+/// The same delegate, as the helper sees it. Null for a client that wants no reports.
 class DelegateProxy final : public CommandExecutingDelegate {
   public:
     explicit DelegateProxy(std::shared_ptr<Platform::XPCObject> proxy) : proxy_(std::move(proxy)) {}
 
     void commandExecutingDidExecuteCommand(const std::string& description, std::int32_t withWeight) override {
+        if (proxy_ == nullptr) {
+            return;
+        }
         std::vector<Platform::XPCValue> arguments;
         arguments.emplace_back(description);
         arguments.emplace_back(withWeight);
