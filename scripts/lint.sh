@@ -123,5 +123,7 @@ mapfile -t scripts < <(shell_scripts)
 step clang-format "${#sources[@]} files" formatting
 step shellcheck "${#scripts[@]} scripts" shellcheck --external-sources "${scripts[@]}"
 step check-layers "src and tools" ./scripts/check-layers.sh
+step architecture "the picture of the rooms" python3 -B scripts/architecture.py --check
+step check-docs "what the documents name" python3 -B scripts/check-docs.py
 tidy
 [ "$failures" -eq 0 ]
