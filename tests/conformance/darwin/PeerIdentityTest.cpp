@@ -39,7 +39,12 @@ TEST_F(PeerIdentity, OfAnyOfTheRequirementsIsEnough) {
 
 TEST_F(PeerIdentity, IsHeldAgainstAllRequirementsByTheSystemToo) {
     EXPECT_EQ(refusal(kRequirements), std::nullopt);
-    EXPECT_EQ(signing.held, Texts{"(identifier one) or (identifier two)"});
+    EXPECT_EQ(
+        signing.held,
+        Texts{"((identifier one) or (identifier two))"
+              " and !(entitlement[\"com.apple.security.get-task-allow\"] exists)"
+              " and !(entitlement[\"com.apple.security.cs.disable-library-validation\"] exists)"
+              " and !(entitlement[\"com.apple.security.cs.allow-dyld-environment-variables\"] exists)"});
 }
 
 TEST_F(PeerIdentity, IsEnoughOnASystemThatHoldsNothingAgainstMessages) {
@@ -53,6 +58,31 @@ TEST_F(PeerIdentity, OfNoRequirementIsRefused) {
     EXPECT_EQ(refusal(kRequirements), kNotAllowed);
     EXPECT_EQ(refusal({}), kNotAllowed);
     EXPECT_EQ(signing.held, Texts{});
+}
+
+// The requirement decides as a whole; that its parts hold one by one is not enough.
+TEST_F(PeerIdentity, IsRefusedWithTheFirstConditionThatItsProgramDoesNotMeet) {
+    const Texts requirements{"identifier one and team us and version 2", "identifier two and team us"};
+    signing.satisfied = {"identifier two", "identifier one", "team us"};
+    EXPECT_EQ(refusal(requirements), std::string(kNotAllowed) + ", not: version 2");
+    signing.satisfied = {"identifier two"};
+    EXPECT_EQ(refusal(requirements), std::string(kNotAllowed) + ", not: team us");
+    signing.satisfied = {"team us", "version 2"};
+    EXPECT_EQ(refusal(requirements), kNotAllowed);
+    signing.satisfied = {"identifier one", "team us", "version 2"};
+    EXPECT_EQ(refusal(requirements), kNotAllowed);
+}
+
+TEST_F(PeerIdentity, WithAnEntitlementThatOpensTheHardenedRuntimeIsRefused) {
+    for (const char* const entitlement :
+         {"com.apple.security.get-task-allow", "com.apple.security.cs.disable-library-validation",
+          "com.apple.security.cs.allow-dyld-environment-variables"}) {
+        signing.entitlements = {"com.apple.security.app-sandbox", entitlement};
+        EXPECT_EQ(refusal(kRequirements), std::string("its code has the entitlement ") + entitlement);
+        EXPECT_EQ(signing.held, Texts{});
+    }
+    signing.entitlements = {"com.apple.security.app-sandbox"};
+    EXPECT_EQ(refusal(kRequirements), std::nullopt);
 }
 
 TEST_F(PeerIdentity, OfCodeThatIsNotValidIsRefused) {

@@ -22,7 +22,15 @@ def equal(what, actual, expected):
 
 
 def requirement(identifier):
-    return f'identifier "{identifier}" and anchor apple generic and certificate leaf[subject.OU] = "{TEAM}"'
+    """Of a program of the team with a Developer ID certificate for applications."""
+    return (f'identifier "{identifier}" and anchor apple generic'
+            " and certificate 1[field.1.2.840.113635.100.6.2.6] exists"
+            " and certificate leaf[field.1.2.840.113635.100.6.1.13] exists"
+            f' and certificate leaf[subject.OU] = "{TEAM}"')
+
+
+def client(identifier):
+    return requirement(identifier) + ' and info[CFBundleVersion] >= "640"'
 
 
 app = load(APP, "Contents", "Info.plist")
@@ -35,10 +43,11 @@ for label in LABELS:
     equal(f"{label}: format", info["CFBundleInfoDictionaryVersion"], "6.0")
     equal(f"{label}: version", info["CFBundleVersion"], app["CFBundleVersion"])
     equal(f"{label}: clients", info["SMAuthorizedClients"],
-          [requirement(app["CFBundleIdentifier"]), requirement("com.NORVIK.Install-Sentrel")])
+          [client(app["CFBundleIdentifier"]), client("com.NORVIK.Install-Sentrel")])
     # Nothing about the program: launchd itself adds where it has put it. The transactions let a helper at work end its list
     # when the Mac is shut down.
-    equal(f"{label}: job", job, {"EnableTransactions": True, "Label": label, "MachServices": {label: True}})
+    equal(f"{label}: job", job, {"EnableTransactions": True, "Label": label, "MachServices": {label: True},
+                                  "AssociatedBundleIdentifiers": [app["CFBundleIdentifier"]]})
     with open(os.path.join(APP, "Contents", "Library", "LaunchServices", label), "rb") as file:
         program = file.read()
     for kind in ("Info", "Launchd"):

@@ -10,7 +10,8 @@ app="$scratch/Uninstall Sentrel.app"
 cp -R "$2" "$app"
 identity="Developer ID Application: NORVIK ($team)"
 package="$app/Contents/Resources/SwiftRuntimeForCommandLineTools.pkg"
-signed_by_us="anchor apple generic and certificate leaf[subject.OU] = \"$team\""
+signed_by_us="anchor apple generic and certificate 1[field.1.2.840.113635.100.6.2.6] exists"
+signed_by_us+=" and certificate leaf[field.1.2.840.113635.100.6.1.13] exists and certificate leaf[subject.OU] = \"$team\""
 
 failures=0
 fault() {
@@ -44,7 +45,7 @@ expected() {
         command_lines codesign --verify --strict "-R=identifier \"$helper\" and $signed_by_us" \
             "$app/Contents/Library/LaunchServices/$helper"
         command_lines codesign --verify --strict \
-            "-R=identifier \"com.NORVIK.Uninstall-NORVIK-Antivirus\" and $signed_by_us" "$app"
+            "-R=identifier \"com.NORVIK.Uninstall-NORVIK-Antivirus\" and $signed_by_us and info[CFBundleVersion] >= \"640\"" "$app"
     done
     if [ "${1:-}" = whole ]; then
         command_lines ditto -c -k --keepParent "$app" "$scratch/Uninstall Sentrel.zip"

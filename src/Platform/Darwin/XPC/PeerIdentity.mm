@@ -4,7 +4,9 @@
 #include <bsm/audit.h>
 
 #include <algorithm>
+#include <array>
 #include <memory>
+#include <string_view>
 #include <type_traits>
 
 #include "Platform/Darwin/FoundationBridge.h"
@@ -61,6 +63,41 @@ bool satisfies(SecCodeRef code, const std::string& text) {
            SecCodeCheckValidity(code, kSecCSDefaultFlags, requirement) == errSecSuccess;
 }
 
+/// Each of these opens a door again that the hardened runtime closes: a debugger, foreign libraries, and
+/// DYLD_INSERT_LIBRARIES.
+constexpr std::array<const char*, 3> kOpenings{"com.apple.security.get-task-allow",
+                                               "com.apple.security.cs.disable-library-validation",
+                                               "com.apple.security.cs.allow-dyld-environment-variables"};
+
+std::string without(const char* entitlement) {
+    return "!(entitlement[\"" + std::string(entitlement) + "\"] exists)";
+}
+
+/// The first condition of `requirement` that the code does not satisfy, if it satisfies the one before it,
+/// its identifier; for people, because the requirement as a whole has decided.
+std::optional<std::string> unmetCondition(SecCodeRef code, std::string_view requirement) {
+    constexpr std::string_view kAnd = " and ";
+    for (bool isFirst = true; !requirement.empty(); isFirst = false) {
+        const std::size_t end = requirement.find(kAnd);
+        const std::string condition(requirement.substr(0, end));
+        if (!satisfies(code, condition)) {
+            return isFirst ? std::nullopt : std::optional(condition);
+        }
+        requirement.remove_prefix(end == std::string_view::npos ? requirement.size() : end + kAnd.size());
+    }
+    return std::nullopt;
+}
+
+std::string whyNotAllowed(SecCodeRef code, const std::vector<std::string>& requirements) {
+    const std::string why = "its identity is not an authorized client's";
+    for (const std::string& requirement : requirements) {
+        if (const auto unmet = unmetCondition(code, requirement)) {
+            return why + ", not: " + *unmet;
+        }
+    }
+    return why;
+}
+
 bool hasHardenedRuntime(SecCodeRef code) {
     CFDictionaryRef information = nullptr;
     // Of running code too: the interface takes both kinds.
@@ -74,11 +111,15 @@ bool hasHardenedRuntime(SecCodeRef code) {
     return ([flags unsignedIntValue] & kHardenedRuntime) != 0;
 }
 
-/// One requirement that is satisfied when one of these is.
-std::string anyOf(const std::vector<std::string>& requirements) {
+/// What the system is to hold against every message: one of the requirements, and none of the openings.
+std::string wholeRequirement(const std::vector<std::string>& requirements) {
     std::string text;
     for (const std::string& each : requirements) {
-        text += (text.empty() ? "(" : " or (") + each + ")";
+        text += (text.empty() ? "((" : " or (") + each + ")";
+    }
+    text += ")";
+    for (const char* const opening : kOpenings) {
+        text += " and " + without(opening);
     }
     return text;
 }
@@ -99,14 +140,20 @@ std::optional<std::string> refusalOfPeer(NSXPCConnection* connection,
         std::any_of(requirements.begin(), requirements.end(),
                     [&code](const std::string& requirement) { return satisfies(code.get(), requirement); });
     if (!isAllowed) {
-        return "its identity is not an authorized client's";
+        return whyNotAllowed(code.get(), requirements);
     }
     if (!hasHardenedRuntime(code.get())) {
         return "its code is not signed with the hardened runtime";
     }
+    for (const char* const opening : kOpenings) {
+        if (!satisfies(code.get(), without(opening))) {
+            return "its code has the entitlement " + std::string(opening);
+        }
+    }
     const SEL setRequirement = NSSelectorFromString(@"setCodeSigningRequirement:");
     if ([connection respondsToSelector:setRequirement]) {
-        [connection performSelector:setRequirement withObject:foundationString(anyOf(requirements))];
+        [connection performSelector:setRequirement
+                         withObject:foundationString(wholeRequirement(requirements))];
     }
     return std::nullopt;
 }

@@ -27,6 +27,8 @@ struct Signing {
     bool tellsOfMalformed = true;
     /// Of its signature; nothing for code without one.
     std::optional<std::uint32_t> flags = 0x10000;
+    /// The entitlements that it was signed with.
+    std::vector<std::string> entitlements;
     // What was asked.
     std::vector<Token> asked;
     bool askedOtherwise = false;

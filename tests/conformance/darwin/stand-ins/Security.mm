@@ -120,6 +120,17 @@ bool contains(const std::vector<std::string>& texts, const std::string& text) {
     return std::find(texts.begin(), texts.end(), text) != texts.end();
 }
 
+/// A requirement holds when a test says so; one that asks for an entitlement to be absent, when it is.
+bool isSatisfied(const std::string& text) {
+    const std::string before = "!(entitlement[\"";
+    const std::string after = "\"] exists)";
+    if (!text.starts_with(before) || !text.ends_with(after)) {
+        return contains(signing.satisfied, text);
+    }
+    return !contains(signing.entitlements,
+                     text.substr(before.size(), text.size() - before.size() - after.size()));
+}
+
 constexpr OSStatus kRefused = -67062;
 
 }  // namespace
@@ -161,7 +172,7 @@ OSStatus SecRequirementCreateWithString(CFStringRef text, SecCSFlags flags, SecR
 OSStatus SecCodeCheckValidity(SecCodeRef /*code*/, SecCSFlags flags, SecRequirementRef requirement) {
     signing.askedOtherwise = signing.askedOtherwise || flags != kSecCSDefaultFlags;
     StandInSecurityObject* const held = foundationView(requirement);
-    const bool satisfies = held == nil || contains(signing.satisfied, [[held text] UTF8String]);
+    const bool satisfies = held == nil || isSatisfied([[held text] UTF8String]);
     return signing.isValid && satisfies ? static_cast<OSStatus>(errSecSuccess) : kRefused;
 }
 
