@@ -4,7 +4,7 @@ set -euo pipefail
 
 packages=(
     # building
-    g++ clang clang-format clang-tidy shellcheck ccache cmake ninja-build pkg-config libclang-rt-14-dev
+    g++ clang clang-format clang-tidy shellcheck yamllint ccache cmake ninja-build pkg-config libclang-rt-14-dev
     libplist-dev libssl-dev libcli11-dev nlohmann-json3-dev
     # the simulated Mac
     bubblewrap uidmap libarchive-tools
