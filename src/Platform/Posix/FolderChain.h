@@ -42,6 +42,9 @@ class FolderChain {
     [[nodiscard]] std::size_t depth() const { return depth_; }
     /// The lowest folder. There must be one.
     [[nodiscard]] int top() const { return held_[(depth_ - 1) % kHeld].get(); }
+    /// The highest level that is held open, 0 being the top, and the folder of one that is.
+    [[nodiscard]] std::size_t lowestHeld() const { return lowestHeld_; }
+    [[nodiscard]] int held(std::size_t level) const { return held_[level % kHeld].get(); }
     /// Whether the folder above the lowest one is held open.
     [[nodiscard]] bool holdsParent() const { return depth_ >= 2 && lowestHeld_ <= depth_ - 2; }
 

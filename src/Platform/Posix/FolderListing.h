@@ -3,6 +3,7 @@
 #include <dirent.h>
 #include <sys/types.h>
 
+#include <cstddef>
 #include <memory>
 
 namespace Platform::Posix {
@@ -23,18 +24,30 @@ struct FolderEntry {
 class FolderListing {
   public:
     FolderListing();
-    FolderListing(const FolderListing&) = delete;
-    FolderListing& operator=(const FolderListing&) = delete;
+    FolderListing(FolderListing&& other) noexcept;
+    FolderListing& operator=(FolderListing&& other) noexcept;
     ~FolderListing();
 
     /// Stands before the first entry of `folder`, which stays the caller's and has to stay open.
     void start(int folder);
 
-    /// Moves on to the next entry. Returns 1 and sets `entry`, 0 at the end, -1 on failure (see errno).
+    /// Moves on to the next entry. Returns 1 and sets `entry`, 0 at the end, -1 on failure (see errno), after
+    /// which it stands at the end.
     int next(FolderEntry& entry);
+
+    /// Whether at least `count` entries, or an entry that may be a folder, lie ahead in what is read in one
+    /// batch. Reads the next batch when there is nothing left of the last one.
+    [[nodiscard]] bool holds(std::size_t count);
+    [[nodiscard]] bool holdsFolder();
+
+    /// Takes the first half of what has been read ahead out, as a listing that ends there.
+    [[nodiscard]] FolderListing takeFirstHalf();
+    /// Goes on from the same place through a duplicate of the descriptor that start() was given.
+    void continueThrough(int duplicate);
 
   private:
     struct State;
+    bool hasRead();
     std::unique_ptr<State> state_;
 };
 

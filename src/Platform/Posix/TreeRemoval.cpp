@@ -5,12 +5,15 @@
 #include <unistd.h>
 
 #include <array>
+#include <atomic>
 #include <cerrno>
+#include <memory>
 
 #include "Platform/Posix/FileError.h"
-#include "Platform/Posix/FolderWalk.h"
+#include "Platform/Posix/FirstFailure.h"
 #include "Platform/Posix/Moments.h"
 #include "Platform/Posix/SystemFolders.h"
+#include "Platform/Posix/TreeErrand.h"
 
 namespace Platform::Posix {
 
@@ -21,45 +24,66 @@ constexpr int kMostGoes = 3;
 /// In the whole tree: a folder of one that is gone through again is gone through as if for the first time.
 constexpr int kMostRepetitions = 60;
 
+/// Each holds up to FolderChain::kHeld descriptors.
+constexpr std::size_t kMostErrands = 8;
+
 int unlinkEntry(int parent, const char* name, int flags) {
     atMoment(flags == 0 ? Moment::removing : Moment::removingFolder, parent, name);
     return ::unlinkat(parent, name, flags) == 0 ? 0 : errno;
 }
 
-class TreeRemoval {
-  public:
-    TreeRemoval(int parent, const std::string& name, const std::string& path)
-        : parent_(parent), name_(name), path_(path), walk_(path) {}
+/// What the errands of one removal have in common.
+struct Removal {
+    Removal(int folder, const std::string& itemName, const std::string& itemPath)
+        : parent(folder), name(itemName), path(itemPath) {}
 
-    std::optional<Error> run();
+    const int parent;
+    const std::string& name;
+    const std::string& path;
+    dev_t device = 0;
+    std::atomic<int> repetitionsLeft = kMostRepetitions;
+    FirstFailure failure;
+};
+
+class RemovalErrand : public TreeErrand {
+  public:
+    /// Of the item itself.
+    explicit RemovalErrand(Removal& removal) : TreeErrand(removal.path), removal_(removal) {}
+    RemovalErrand(Removal& removal, std::shared_ptr<Meeting> meeting)
+        : TreeErrand(removal.path, std::move(meeting)), removal_(removal) {}
+
+    /// Removes the item, or steps into it.
+    void begin(const struct stat& status);
 
   private:
-    void removeEntry(const FolderEntry& entry);
+    void take(const FolderEntry& entry) override;
+    void failListing(int code) override { fail(nullptr, code); }
+    void endFolder(bool failedElsewhere) override;
+    void end(FolderCrew& crew) override;
+    std::unique_ptr<TreeErrand> newPart(std::size_t level, std::shared_ptr<Meeting> meeting) override;
+
     void removeFolder(const char* name);
     void removeOther(const char* name);
     [[nodiscard]] int enter(const char* name, int goes);
-    void endOfFolder();
     void removeLeftFolder(const char* name, bool failedBelow, int goes);
 
     void fail(const char* name, int code);
 
     /// The folder whose entry is at hand: the item's parent at the ends of the walk.
-    [[nodiscard]] int at() const { return walk_.depth() > 0 ? walk_.folder() : parent_; }
+    [[nodiscard]] int at() const { return walk_.depth() > 0 ? walk_.folder() : removal_.parent; }
     /// Whether something below the folder at hand could not be removed.
     bool& failed() { return failed_[(walk_.depth() - 1) % FolderWalk::kHeld]; }
+    int& goes() { return goes_[(walk_.depth() - 1) % FolderWalk::kHeld]; }
 
-    const int parent_;
-    const std::string& name_;
-    const std::string& path_;
-    FolderWalk walk_;
-    dev_t device_ = 0;
+    Removal& removal_;
     /// Whether the item turned out to be a folder of the system.
     bool isSystems_ = false;
     std::array<bool, FolderWalk::kHeld> failed_{};
-    /// How often each held folder has been gone through.
+    /// How often each held folder has been gone through; not at all for the top one of a part, which is gone
+    /// through by several.
     std::array<int, FolderWalk::kHeld> goes_{};
-    int repetitionsLeft_ = kMostRepetitions;
-    std::optional<Error> firstFailure_;
+    bool failedAnywhere_ = false;
+    FirstFailure firstFailure_;
 };
 
 bool isFolder(int parent, const char* name) {
@@ -67,54 +91,41 @@ bool isFolder(int parent, const char* name) {
     return ::fstatat(parent, name, &status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISDIR(status.st_mode);
 }
 
-std::optional<Error> TreeRemoval::run() {
-    Identity parentIdentity;
-    if (const int failure = identityOf(parent_, parentIdentity); failure != 0) {
-        return fileError(path_, "removed", failure);
-    }
-    device_ = parentIdentity.device;
-    struct stat status {};
-    if (::fstatat(parent_, name_.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
-        return fileError(path_, "removed", errno);
-    }
+void RemovalErrand::begin(const struct stat& status) {
     isSystems_ = !S_ISDIR(status.st_mode) && isSystemFolder(status);
     if (isSystems_) {
         fail(nullptr, EPERM);
-        return std::move(firstFailure_);
+        return;
     }
-    removeEntry(FolderEntry{
-        name_.c_str(), static_cast<unsigned char>(S_ISDIR(status.st_mode) ? DT_DIR : DT_REG), status.st_ino});
-    while (walk_.depth() > 0) {
-        FolderEntry entry;
-        const int result = walk_.next(entry);
-        if (result > 0) {
-            removeEntry(entry);
-            continue;
-        }
-        if (result < 0) {
-            fail(nullptr, errno);
-        }
-        endOfFolder();
+    const auto type = static_cast<unsigned char>(S_ISDIR(status.st_mode) ? DT_DIR : DT_REG);
+    take(FolderEntry{removal_.name.c_str(), type, status.st_ino});
+}
+
+void RemovalErrand::end(FolderCrew& /*crew*/) {
+    removal_.failure.join(firstFailure_);
+    if (isPart() && failedAnywhere_) {
+        meeting()->noteFailure();
     }
-    return std::move(firstFailure_);
+}
+
+std::unique_ptr<TreeErrand> RemovalErrand::newPart(std::size_t /*level*/, std::shared_ptr<Meeting> meeting) {
+    return std::make_unique<RemovalErrand>(removal_, std::move(meeting));
 }
 
 /// Notes that `name` of the folder at hand, or with null that folder itself, could not be removed.
-void TreeRemoval::fail(const char* name, int code) {
+void RemovalErrand::fail(const char* name, int code) {
     const bool inside = walk_.depth() > 0;
-    if (!firstFailure_) {
-        firstFailure_ = isSystems_ ? fileError(path_, "removed", kSystemFolderReason, code)
-                                   : fileError(!inside           ? path_
-                                               : name == nullptr ? walk_.path()
-                                                                 : walk_.pathOf(name),
-                                               "removed", code);
-    }
+    std::string path = !inside ? removal_.path : name == nullptr ? walk_.path() : walk_.pathOf(name);
+    Error error = isSystems_ ? fileError(path, "removed", kSystemFolderReason, code)
+                             : fileError(path, "removed", code);
+    firstFailure_.note(std::move(path), std::move(error));
+    failedAnywhere_ = true;
     if (inside) {
         failed() = true;
     }
 }
 
-void TreeRemoval::removeEntry(const FolderEntry& entry) {
+void RemovalErrand::take(const FolderEntry& entry) {
     const bool folder = entry.type == DT_DIR || (entry.type == DT_UNKNOWN && isFolder(at(), entry.name));
     if (folder) {
         removeFolder(entry.name);
@@ -123,7 +134,7 @@ void TreeRemoval::removeEntry(const FolderEntry& entry) {
     }
 }
 
-void TreeRemoval::removeFolder(const char* name) {
+void RemovalErrand::removeFolder(const char* name) {
     int failure = enter(name, 1);
     switch (failure) {
         case 0:
@@ -147,7 +158,7 @@ void TreeRemoval::removeFolder(const char* name) {
     }
 }
 
-void TreeRemoval::removeOther(const char* name) {
+void RemovalErrand::removeOther(const char* name) {
     const int failure = unlinkEntry(at(), name, 0);
     if (failure == 0 || failure == ENOENT) {
         return;
@@ -160,7 +171,7 @@ void TreeRemoval::removeOther(const char* name) {
 }
 
 /// Steps into a folder for the given go, the first one being 1.
-int TreeRemoval::enter(const char* name, int goes) {
+int RemovalErrand::enter(const char* name, int goes) {
     Descriptor folder;
     if (const int failure = openFolder(at(), name, folder); failure != 0) {
         return failure;
@@ -169,7 +180,7 @@ int TreeRemoval::enter(const char* name, int goes) {
     if (::fstat(folder.get(), &status) != 0) {
         return errno;
     }
-    if (status.st_dev != device_) {
+    if (status.st_dev != removal_.device) {
         return EBUSY;
     }
     if (walk_.depth() > 0) {
@@ -181,26 +192,29 @@ int TreeRemoval::enter(const char* name, int goes) {
         walk_.enterTop(std::move(folder));
     }
     failed() = false;
-    goes_[(walk_.depth() - 1) % FolderWalk::kHeld] = goes;
+    this->goes() = goes;
     return 0;
 }
 
-void TreeRemoval::endOfFolder() {
-    const bool failedBelow = failed();
-    const int goes = goes_[(walk_.depth() - 1) % FolderWalk::kHeld];
+void RemovalErrand::endFolder(bool failedElsewhere) {
+    const bool failedBelow = failed() || failedElsewhere;
+    failedAnywhere_ = failedAnywhere_ || failedElsewhere;
+    const int goes = this->goes();
     const bool top = walk_.depth() == 1;
     if (const int failure = walk_.leave(); failure != 0) {
         fail(nullptr, failure);
         return;
     }
     if (top) {
-        removeLeftFolder(name_.c_str(), failedBelow, goes);
+        if (!isPart()) {
+            removeLeftFolder(removal_.name.c_str(), failedBelow, goes);
+        }
         return;
     }
     if (!walk_.stayedOpen()) {
         // What was known of this folder has been overwritten by deeper ones.
-        failed() = firstFailure_.has_value();
-        goes_[(walk_.depth() - 1) % FolderWalk::kHeld] = 1;
+        failed() = failedAnywhere_;
+        this->goes() = 1;
     }
     failed() = failed() || failedBelow;
     if (walk_.leftName() == nullptr) {
@@ -210,14 +224,13 @@ void TreeRemoval::endOfFolder() {
     }
 }
 
-void TreeRemoval::removeLeftFolder(const char* name, bool failedBelow, int goes) {
+void RemovalErrand::removeLeftFolder(const char* name, bool failedBelow, int goes) {
     int failure = unlinkEntry(at(), name, AT_REMOVEDIR);
     const bool notEmpty = failure == ENOTEMPTY || failure == EEXIST;
     if (notEmpty && failedBelow) {
         return;
     }
-    if (notEmpty && goes < kMostGoes && repetitionsLeft_ > 0) {
-        --repetitionsLeft_;
+    if (notEmpty && goes < kMostGoes && removal_.repetitionsLeft.fetch_sub(1) > 0) {
         const int again = enter(name, goes + 1);
         if (again == 0 || again == ENOENT) {
             return;
@@ -234,7 +247,20 @@ void TreeRemoval::removeLeftFolder(const char* name, bool failedBelow, int goes)
 }  // namespace
 
 std::optional<Error> removeTree(int parent, const std::string& name, const std::string& path) {
-    return TreeRemoval(parent, name, path).run();
+    Removal removal(parent, name, path);
+    Identity parentIdentity;
+    if (const int failure = identityOf(parent, parentIdentity); failure != 0) {
+        return fileError(path, "removed", failure);
+    }
+    removal.device = parentIdentity.device;
+    struct stat status {};
+    if (::fstatat(parent, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
+        return fileError(path, "removed", errno);
+    }
+    auto errand = std::make_unique<RemovalErrand>(removal);
+    errand->begin(status);
+    FolderCrew(kMostErrands).run(std::move(errand));
+    return removal.failure.take();
 }
 
 }  // namespace Platform::Posix

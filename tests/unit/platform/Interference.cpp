@@ -1,12 +1,15 @@
 #include "Interference.h"
 
+#include <atomic>
 #include <utility>
 
 namespace PlatformTests {
 
 namespace {
 
-Interference* current = nullptr;
+std::atomic<Interference*> current = nullptr;
+/// What is done may itself be file work.
+thread_local bool acting = false;
 
 }  // namespace
 
@@ -26,16 +29,18 @@ Interference& Interference::always() {
 }
 
 void meet(Platform::Posix::Moment moment, int folder, const char* name) {
-    Interference* const found = current;
-    if (found == nullptr || found->moment_ != moment || found->name_ != name ||
-        (found->once_ && found->count_ > 0)) {
+    Interference* const found = acting ? nullptr : current.load();
+    if (found == nullptr || found->moment_ != moment || found->name_ != name) {
+        return;
+    }
+    const std::lock_guard lock(found->mutex_);
+    if (found->once_ && found->count_ > 0) {
         return;
     }
     ++found->count_;
-    // What is done may itself be file work.
-    current = nullptr;
+    acting = true;
     found->act_(folder);
-    current = found;
+    acting = false;
 }
 
 }  // namespace PlatformTests

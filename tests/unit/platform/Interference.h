@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <mutex>
 #include <string>
 
 #include "Platform/Posix/Moments.h"
@@ -8,7 +9,7 @@
 namespace PlatformTests {
 
 /// Does something at the first moment of a kind that concerns an entry of this name of an open folder, once,
-/// on the thread that works; takes the place of the product's Moments.cpp. One at a time.
+/// on the thread that works, one thread at a time; takes the place of the product's Moments.cpp.
 class Interference {
   public:
     Interference(Platform::Posix::Moment moment, std::string name, std::function<void(int folder)> act);
@@ -27,6 +28,7 @@ class Interference {
     const Platform::Posix::Moment moment_;
     const std::string name_;
     const std::function<void(int folder)> act_;
+    std::mutex mutex_;
     bool once_ = true;
     int count_ = 0;
 };

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <dirent.h>
+#include <sys/types.h>
+
+#include <cstddef>
+
+namespace Platform::Posix {
+
+/// Reads a folder's entries in batches, as records of EntryBuffer.h: the one part of FolderListing in which
+/// the systems differ. Each has its own source file for it.
+class EntryReader {
+  public:
+    EntryReader() = default;
+    EntryReader(const EntryReader&) = delete;
+    EntryReader& operator=(const EntryReader&) = delete;
+    ~EntryReader() { stop(); }
+
+    /// Stands before the first entry of `folder`, which has to stay open. Returns 0 or an errno value.
+    [[nodiscard]] int start(int folder);
+    void stop();
+    /// Goes on from the same place through a duplicate of the descriptor that start() was given.
+    void continueThrough(int duplicate);
+
+    /// Returns how many bytes of `room` were filled, 0 at the end, -1 on failure (see errno).
+    [[nodiscard]] ssize_t read(char* room, std::size_t size);
+
+  private:
+    int folder_ = -1;
+    /// Where readdir(3) reads.
+    DIR* stream_ = nullptr;
+};
+
+}  // namespace Platform::Posix
