@@ -32,8 +32,9 @@ struct FileIdentity {
 /// File operations, one system service each; the effective user id of the moment decides what is permitted.
 ///
 /// Error descriptions name the item's path. Nothing is logged. All calls are synchronous and may come from
-/// any thread. "Link" means symbolic link; unless said otherwise the last component is never followed if it
-/// is a link.
+/// any thread. Removal, change of ownership and copying of a large tree start a few threads of their own, all
+/// of which have ended when the call returns. "Link" means symbolic link; unless said otherwise the last
+/// component is never followed if it is a link.
 ///
 /// The way to an item: removal, copying (both ends), creation of folders and the change of modes and owners
 /// go down from the root folder component by component, and follow a link on the way only when nobody but
@@ -62,7 +63,8 @@ class FileManager {
     /// Removes an item, a folder with everything in it, a link as the link itself. Works relative to open
     /// folders and never steps through a link, also one that is swapped in while it runs; never leaves the
     /// item's tree or file system mount by way of a link. Constant memory and stack for any width and depth.
-    /// Entries that cannot be removed are passed over, everything else goes; the first failure is returned.
+    /// Entries that cannot be removed are passed over, everything else goes; the first failure is returned:
+    /// a folder's contents come before the folder, its entries in the order of their names' bytes.
     /// A folder that somebody keeps adding to is given up after three goes (ENOTEMPTY). An absent item is an
     /// error (ENOENT).
     [[nodiscard]] virtual std::optional<Error> removeItem(const Base::URL& item) = 0;
@@ -70,8 +72,9 @@ class FileManager {
     /// Copies an item, a folder with everything in it. Keeps modes, times, extended attributes, owners where
     /// permitted, and links as links; shares blocks where the file system can. Never replaces: an existing
     /// destination (also a dangling link) is an error (EEXIST) and stays as it was. A folder is not copied
-    /// into itself (EINVAL). Stops at the first failure and leaves what was copied so far. The destination's
-    /// parent must exist. A copy keeps set-id bits only together with the owner and group.
+    /// into itself (EINVAL). Stops at the first failure, in the order in which folders are listed, and leaves
+    /// what was copied so far; that may be more than what comes before. The destination's parent must exist.
+    /// A copy keeps set-id bits only together with the owner and group.
     [[nodiscard]] virtual std::optional<Error> copyItem(const Base::URL& source,
                                                         const Base::URL& destination) = 0;
 
@@ -98,8 +101,10 @@ class FileManager {
     /// Sets owner and group of everything below a folder, hidden entries included, links as themselves, not
     /// of the folder itself; each item as setOwner does. Never steps through a link. `failed` is called on
     /// this thread with each item whose owner could not be set and its errno (EBADF for one that cannot be
-    /// opened or has gone), and the walk goes on. Something that is not a folder, cannot be read or is a
-    /// folder of the system has nothing below it. Constant memory and stack for any width and depth.
+    /// opened or has gone), and the walk goes on. Up to 255 failures are reported at the end, in the order
+    /// that removeItem describes; of more, those that a second walk meets, as it meets them. Something that
+    /// is not a folder, cannot be read or is a folder of the system has nothing below it. Constant memory and
+    /// stack for any width and depth.
     virtual void setOwnerOfContents(const Base::URL& directory, std::uint32_t owner, std::uint32_t group,
                                     const std::function<void(const Base::URL& item, int error)>& failed) = 0;
 

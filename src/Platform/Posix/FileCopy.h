@@ -9,8 +9,8 @@ namespace Platform::Posix {
 
 /// Copies single items between open folders, with their attributes; each system has its own source file for
 /// it. All operations return 0 or an errno value, EEXIST when there is something called `newName`, a dangling
-/// link included. One object serves one copy on one thread: it remembers what the file systems at hand cannot
-/// do.
+/// link included. One object serves one copy on one thread at a time: it remembers what the file systems at
+/// hand cannot do.
 class FileCopy {
   public:
     FileCopy();

@@ -12,7 +12,7 @@ void FolderCrew::run(std::unique_ptr<Errand> first) {
 }
 
 void FolderCrew::start() {
-    if (started_) {
+    if (started_ || mostErrands_ < 2) {
         return;
     }
     started_ = true;

@@ -3,12 +3,19 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
+#include <memory>
+#include <mutex>
+#include <utility>
+#include <vector>
 
-#include "Platform/Posix/FolderWalk.h"
+#include "Platform/Posix/FirstFailure.h"
 #include "Platform/Posix/Moments.h"
 #include "Platform/Posix/NativeFiles.h"
 #include "Platform/Posix/SystemFolders.h"
+#include "Platform/Posix/TreeErrand.h"
 #include "Platform/Posix/TrustedPath.h"
 
 namespace Platform::Posix {
@@ -17,6 +24,10 @@ namespace {
 
 constexpr mode_t kModeBits = 07777;
 constexpr mode_t kSetIdBits = S_ISUID | S_ISGID;
+/// Each holds up to FolderChain::kHeld descriptors.
+constexpr std::size_t kMostErrands = 8;
+
+using Report = std::function<void(const Base::URL& item, int error)>;
 
 bool mayBeFolder(const FolderEntry& entry) {
     return entry.type == DT_DIR || entry.type == DT_UNKNOWN;
@@ -47,27 +58,92 @@ int giveByName(int parent, const char* name, std::uint32_t owner, std::uint32_t 
     return errno == ENOENT ? EBADF : errno;
 }
 
-class TreeOwnership {
-  public:
-    TreeOwnership(std::uint32_t owner, std::uint32_t group) : owner_(owner), group_(group) {}
-
-    /// Tells whether root alone can change the folder at hand.
-    void setSheltered(bool sheltered) { sheltered_ = sheltered; }
-    /// Gives the entry away; opens `folder` when it is a folder that can be read.
-    [[nodiscard]] int give(int parent, const FolderEntry& entry, Descriptor& folder) const;
-
-  private:
-    const std::uint32_t owner_;
-    const std::uint32_t group_;
-    bool sheltered_ = false;
+struct Failure {
+    std::string path;
+    int code;
 };
 
-int TreeOwnership::give(int parent, const FolderEntry& entry, Descriptor& folder) const {
+/// What the errands of one change of ownership have in common.
+class Ownership {
+  public:
+    /// Fewer failures than this are kept and reported in order.
+    static constexpr std::size_t kMostFailures = 256;
+
+    Ownership(std::uint32_t newOwner, std::uint32_t newGroup) : owner(newOwner), group(newGroup) {}
+
+    const std::uint32_t owner;
+    const std::uint32_t group;
+
+    /// False when there are too many.
+    [[nodiscard]] bool note(std::string path, int code) {
+        const std::lock_guard lock(mutex_);
+        if (failures_.size() < kMostFailures) {
+            failures_.push_back(Failure{std::move(path), code});
+        }
+        return failures_.size() < kMostFailures;
+    }
+    /// When all errands have ended.
+    [[nodiscard]] std::vector<Failure>& failures() { return failures_; }
+
+  private:
+    std::mutex mutex_;
+    std::vector<Failure> failures_;
+};
+
+class OwnershipErrand : public TreeErrand {
+  public:
+    /// Of the whole tree. Failures are reported as they are met if `failed` is given, and else noted.
+    OwnershipErrand(Ownership& ownership, const std::string& path, Descriptor top, const Report* failed)
+        : TreeErrand(path), ownership_(ownership), failed_(failed) {
+        walk_.enterTop(std::move(top));
+        shelter();
+    }
+    OwnershipErrand(const OwnershipErrand& whole, bool sheltered, std::shared_ptr<Meeting> meeting)
+        : TreeErrand({}, std::move(meeting)), ownership_(whole.ownership_) {
+        sheltered_[0] = sheltered;
+    }
+
+  private:
+    void take(const FolderEntry& entry) override;
+    void failListing(int /*code*/) override {}
+    void endFolder(bool failedElsewhere) override;
+    void end(FolderCrew& /*crew*/) override {}
+    std::unique_ptr<TreeErrand> newPart(std::size_t level, std::shared_ptr<Meeting> meeting) override;
+
+    [[nodiscard]] int give(const FolderEntry& entry, Descriptor& folder) const;
+    void fail(std::string path, int code);
+    [[nodiscard]] std::size_t here() const { return (walk_.depth() - 1) % FolderWalk::kHeld; }
+    void shelter() { sheltered_[here()] = onlyRootChanges(walk_.folder()); }
+
+    Ownership& ownership_;
+    const Report* const failed_ = nullptr;
+    /// For each held folder, whether root alone can change it.
+    std::array<bool, FolderWalk::kHeld> sheltered_{};
+};
+
+std::unique_ptr<TreeErrand> OwnershipErrand::newPart(std::size_t level, std::shared_ptr<Meeting> meeting) {
+    return std::make_unique<OwnershipErrand>(*this, sheltered_[level % FolderWalk::kHeld],
+                                             std::move(meeting));
+}
+
+void OwnershipErrand::take(const FolderEntry& entry) {
+    Descriptor folder;
+    if (const int failure = give(entry, folder); failure != 0) {
+        fail(walk_.pathOf(entry.name), failure);
+    }
+    if (folder) {
+        walk_.enter(std::move(folder), entry.name);
+        shelter();
+    }
+}
+
+int OwnershipErrand::give(const FolderEntry& entry, Descriptor& folder) const {
+    const int parent = walk_.folder();
     atMoment(Moment::givingOwner, parent, entry.name);
-    folder.reset(-1);
     const bool isFolder = mayBeFolder(entry) && openFolder(parent, entry.name, folder) == 0;
-    if (!isFolder && sheltered_) {
-        if (const int result = giveByName(parent, entry.name, owner_, group_); result != kToBeOpened) {
+    if (!isFolder && sheltered_[here()]) {
+        const int result = giveByName(parent, entry.name, ownership_.owner, ownership_.group);
+        if (result != kToBeOpened) {
             return result;
         }
     }
@@ -80,7 +156,25 @@ int TreeOwnership::give(int parent, const FolderEntry& entry, Descriptor& folder
     }
     const int opened = isFolder ? folder.get() : item.get();
     struct stat status {};
-    return ::fstat(opened, &status) == 0 ? giveItem(opened, status, owner_, group_) : errno;
+    return ::fstat(opened, &status) == 0 ? giveItem(opened, status, ownership_.owner, ownership_.group)
+                                         : errno;
+}
+
+void OwnershipErrand::endFolder(bool /*failedElsewhere*/) {
+    if (const int failure = walk_.leave(); failure != 0) {
+        fail(walk_.path(), failure);
+    }
+    if (walk_.depth() > 0 && !walk_.stayedOpen()) {
+        shelter();
+    }
+}
+
+void OwnershipErrand::fail(std::string path, int code) {
+    if (failed_ != nullptr) {
+        (*failed_)(Base::URL::fileURL(path), code);
+    } else if (!ownership_.note(std::move(path), code)) {
+        stop();
+    }
 }
 
 }  // namespace
@@ -98,8 +192,10 @@ int giveItem(int item, const struct stat& status, std::uint32_t owner, std::uint
     if (setOwnerOfOpenItem(item, owner, group) != 0) {
         return errno;
     }
+    // The system takes the bits away as it changes the owner, also those that were set in between.
+    const bool settled = !isProgram(status) && !changeOfOwnerKeepsSetIdBits();
     struct stat now {};
-    if (!S_ISREG(status.st_mode) || ::fstat(item, &now) != 0) {
+    if (!S_ISREG(status.st_mode) || settled || ::fstat(item, &now) != 0) {
         return 0;
     }
     // The old owner may have set the bits anew in between; where the system takes them away from a program
@@ -116,26 +212,20 @@ void setOwnerBelow(int parent, const std::string& name, const std::string& path,
         isSystemFolder(status)) {
         return;
     }
-    TreeOwnership ownership(owner, group);
-    FolderWalk walk(path);
-    walk.enterTop(std::move(folder));
-    ownership.setSheltered(onlyRootChanges(walk.folder()));
-    while (walk.depth() > 0) {
-        FolderEntry entry;
-        if (walk.next(entry) <= 0) {
-            if (const int failure = walk.leave(); failure != 0) {
-                failed(Base::URL::fileURL(walk.path()), failure);
-            }
-            ownership.setSheltered(walk.depth() > 0 && onlyRootChanges(walk.folder()));
-            continue;
-        }
-        if (const int failure = ownership.give(walk.folder(), entry, folder); failure != 0) {
-            failed(Base::URL::fileURL(walk.pathOf(entry.name)), failure);
-        }
-        if (folder) {
-            walk.enter(std::move(folder), entry.name);
-            ownership.setSheltered(onlyRootChanges(walk.folder()));
-        }
+    Descriptor again(::fcntl(folder.get(), F_DUPFD_CLOEXEC, 0));
+    Ownership ownership(owner, group);
+    FolderCrew(kMostErrands)
+        .run(std::make_unique<OwnershipErrand>(ownership, path, std::move(folder), nullptr));
+    std::vector<Failure>& failures = ownership.failures();
+    if (failures.size() == Ownership::kMostFailures && again) {
+        // Too many to be kept: this thread meets them anew, one by one, in the tree's own order.
+        FolderCrew(1).run(std::make_unique<OwnershipErrand>(ownership, path, std::move(again), &failed));
+        return;
+    }
+    std::sort(failures.begin(), failures.end(),
+              [](const Failure& one, const Failure& other) { return comesBefore(one.path, other.path); });
+    for (const Failure& each : failures) {
+        failed(Base::URL::fileURL(each.path), each.code);
     }
 }
 

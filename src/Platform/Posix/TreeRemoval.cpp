@@ -116,8 +116,8 @@ std::unique_ptr<TreeErrand> RemovalErrand::newPart(std::size_t /*level*/, std::s
 void RemovalErrand::fail(const char* name, int code) {
     const bool inside = walk_.depth() > 0;
     std::string path = !inside ? removal_.path : name == nullptr ? walk_.path() : walk_.pathOf(name);
-    Error error = isSystems_ ? fileError(path, "removed", kSystemFolderReason, code)
-                             : fileError(path, "removed", code);
+    Error error =
+        isSystems_ ? fileError(path, "removed", kSystemFolderReason, code) : fileError(path, "removed", code);
     firstFailure_.note(std::move(path), std::move(error));
     failedAnywhere_ = true;
     if (inside) {

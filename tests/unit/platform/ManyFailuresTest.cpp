@@ -1,0 +1,98 @@
+// What is said of a tree in which several items resist.
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "Platform/Linux/LinuxFileManager.h"
+#include "Scratch.h"
+
+namespace PlatformTests {
+namespace {
+
+using Platform::Linux::LinuxFileManager;
+
+/// Trees of an unprivileged user, who may not give anything away.
+class ManyFailures : public testing::Test {
+  protected:
+    ManyFailures() { makeTheirFolder("top"); }
+
+    [[nodiscard]] std::string path(std::string_view name) const { return scratch_.path(name); }
+    void makeTheirFolder(const std::string& name) {
+        makeFolder(path(name));
+        giveToUnprivileged(path(name));
+    }
+    void makeFiles(const std::string& folder, int count) {
+        for (int number = 0; number < count; ++number) {
+            makeFile(path(folder + "/" + std::to_string(1000 + number)), "");
+            giveToUnprivileged(path(folder + "/" + std::to_string(1000 + number)));
+        }
+    }
+    /// The items that could not be given to root, as they are reported.
+    [[nodiscard]] std::vector<std::string> failures() {
+        std::vector<std::string> items;
+        const std::thread::id own = std::this_thread::get_id();
+        files_.setOwnerOfContents(scratch_.url("top"), 0, 0, [&](const Base::URL& item, int error) {
+            EXPECT_EQ(error, EPERM);
+            EXPECT_EQ(std::this_thread::get_id(), own);
+            items.push_back(item.path());
+        });
+        return items;
+    }
+
+    Scratch scratch_;
+    LinuxFileManager files_;
+};
+
+TEST_F(ManyFailures, OfAChangeOfOwnerAreReportedInTheTreesOrder) {
+    std::vector<std::string> expected;
+    for (const std::string folder : {"a", "b", "c"}) {
+        makeTheirFolder("top/" + folder);
+        makeFiles("top/" + folder, 80);
+        for (int number = 0; number < 80; ++number) {
+            expected.push_back(path("top/" + folder + "/" + std::to_string(1000 + number)));
+        }
+        expected.push_back(path("top/" + folder));
+    }
+    EXPECT_EQ(withoutPrivileges([&] { return failures() == expected ? 0 : 1; }), std::optional(0));
+}
+
+// More than are kept.
+TEST_F(ManyFailures, OfAChangeOfOwnerAreAllReportedOnce) {
+    constexpr int kFiles = 700;
+    for (const char* folder : {"top/a", "top/b"}) {
+        makeTheirFolder(folder);
+        makeFiles(folder, kFiles);
+    }
+    const auto result = withoutPrivileges([&] {
+        std::vector<std::string> items = failures();
+        std::sort(items.begin(), items.end());
+        const bool each = std::adjacent_find(items.begin(), items.end()) == items.end();
+        return each && items.size() == 2 * kFiles + 2 ? 0 : 1;
+    });
+    EXPECT_EQ(result, std::optional(0));
+}
+
+TEST_F(ManyFailures, OfARemovalAreReportedAsTheFirstInTheTree) {
+    for (const char* folder : {"top/a", "top/a/below", "top/b", "top/c"}) {
+        makeTheirFolder(folder);
+        makeFiles(folder, 300);
+        ASSERT_EQ(::chmod(path(folder).c_str(), 0555), 0);
+    }
+    const auto result = withoutPrivileges([&] {
+        const auto error = files_.removeItem(scratch_.url("top"));
+        return error && error->description ==
+                            "\"" + path("top/a/1000") + "\" could not be removed: Permission denied"
+                   ? 0
+                   : 1;
+    });
+    EXPECT_EQ(result, std::optional(0));
+    EXPECT_TRUE(exists(path("top/c/1299")));
+}
+
+}  // namespace
+}  // namespace PlatformTests
