@@ -6,12 +6,15 @@
 
 #include <array>
 #include <cerrno>
+#include <memory>
+#include <mutex>
+#include <utility>
 
 #include "Platform/Posix/FileCopy.h"
 #include "Platform/Posix/FileError.h"
-#include "Platform/Posix/FolderWalk.h"
 #include "Platform/Posix/Moments.h"
 #include "Platform/Posix/NativeFiles.h"
+#include "Platform/Posix/TreeErrand.h"
 
 namespace Platform::Posix {
 
@@ -19,35 +22,61 @@ namespace {
 
 constexpr mode_t kFolderBeingFilled = 0700;
 
-class TreeCopy {
-  public:
-    TreeCopy(const CopyPlace& source, const CopyPlace& destination)
-        : source_(source), destination_(destination), walk_(source.path) {}
+/// Each holds up to twice FolderChain::kHeld descriptors.
+constexpr std::size_t kMostErrands = 4;
 
-    std::optional<Error> run();
+/// What the errands of one copy have in common.
+struct Copying {
+    Copying(const CopyPlace& from, const CopyPlace& to) : source(from), destination(to) {}
+
+    const CopyPlace& source;
+    const CopyPlace& destination;
+    /// The copy's own folder; it may lie inside the source for a moment when somebody moves it there.
+    Identity copy;
+    std::mutex mutex;
+    std::optional<Error> failure;
+};
+
+class CopyErrand : public TreeErrand {
+  public:
+    /// Of the item itself.
+    explicit CopyErrand(Copying& copying) : TreeErrand(copying.source.path), copying_(copying) {}
+    CopyErrand(Copying& copying, Descriptor made, std::shared_ptr<Meeting> meeting)
+        : TreeErrand({}, std::move(meeting)), copying_(copying) {
+        made_.push(std::move(made));
+    }
+
+    /// Copies the item, or steps into it. Returns 0 or an errno value.
+    [[nodiscard]] int begin() {
+        return copyEntry(copying_.source.name.c_str(), copying_.destination.name.c_str(), DT_UNKNOWN);
+    }
 
   private:
+    void take(const FolderEntry& entry) override;
+    void failListing(int code) override { fail(nullptr, code); }
+    void endFolder(bool failedElsewhere) override;
+    void end(FolderCrew& crew) override;
+    std::unique_ptr<TreeErrand> newPart(std::size_t level, std::shared_ptr<Meeting> meeting) override;
+
     [[nodiscard]] int copyEntry(const char* name, const char* newName, unsigned char type);
     [[nodiscard]] int copyFolder(const char* name, const char* newName);
-    [[nodiscard]] int endOfFolder();
-    [[nodiscard]] int goOn(FolderEntry& entry);
+    [[nodiscard]] int finishFolder();
+    void fail(const char* name, int code);
 
-    [[nodiscard]] int from() const { return walk_.depth() > 0 ? walk_.folder() : source_.parent; }
-    [[nodiscard]] int to() const { return made_.depth() > 0 ? made_.top() : destination_.parent; }
-    [[nodiscard]] Error errorFor(const char* name, int code) const;
+    [[nodiscard]] int from() const { return walk_.depth() > 0 ? walk_.folder() : copying_.source.parent; }
+    [[nodiscard]] int to() const { return made_.depth() > 0 ? made_.top() : copying_.destination.parent; }
     struct stat& folderStatus() {
         return folderStatus_[(walk_.depth() - 1) % FolderWalk::kHeld];
     }
 
-    const CopyPlace& source_;
-    const CopyPlace& destination_;
+    Copying& copying_;
     FileCopy files_;
-    FolderWalk walk_;
     FolderChain made_;
-    /// The copy's own folder; it may lie inside the source for a moment when somebody moves it there.
-    Identity copy_;
     /// What each held folder was like before it was read.
     std::array<struct stat, FolderWalk::kHeld> folderStatus_;
+    /// Whether something failed here or in a part of it.
+    bool failed_ = false;
+    std::optional<Error> failure_;
 };
 
 unsigned char typeOf(const struct stat& status) {
@@ -82,35 +111,41 @@ int liesIn(int folder, int parent, const std::string& name, bool& inside) {
     return errno;
 }
 
-std::optional<Error> TreeCopy::run() {
-    bool inside = false;
-    int failure = liesIn(destination_.parent, source_.parent, source_.name, inside);
-    if (failure == 0) {
-        failure = inside ? EINVAL : copyEntry(source_.name.c_str(), destination_.name.c_str(), DT_UNKNOWN);
+std::unique_ptr<TreeErrand> CopyErrand::newPart(std::size_t level, std::shared_ptr<Meeting> meeting) {
+    Descriptor made(::fcntl(made_.held(level), F_DUPFD_CLOEXEC, 0));
+    return made ? std::make_unique<CopyErrand>(copying_, std::move(made), std::move(meeting)) : nullptr;
+}
+
+void CopyErrand::take(const FolderEntry& entry) {
+    if (const int failure = copyEntry(entry.name, entry.name, entry.type); failure != 0) {
+        fail(entry.name, failure);
     }
-    if (failure != 0) {
-        return copyError(source_.path, destination_.path, failure);
-    }
-    while (walk_.depth() > 0) {
-        FolderEntry entry;
-        failure = goOn(entry);
-        if (failure != 0) {
-            return errorFor(entry.name, failure);
+}
+
+/// Ends the walk: `name` of the folder at hand, or with null that folder itself, could not be copied.
+void CopyErrand::fail(const char* name, int code) {
+    const std::string path = name != nullptr ? walk_.pathOf(name) : walk_.path();
+    const std::string below = path.substr(copying_.source.path.size());
+    failure_ = copyError(path, copying_.destination.path + below, code);
+    failed_ = true;
+    stop();
+}
+
+/// Of several failures the first one in the tree's order is kept: what comes before it goes on.
+void CopyErrand::end(FolderCrew& crew) {
+    if (failure_) {
+        const std::lock_guard lock(copying_.mutex);
+        crew.abandonBehind(*this);
+        if (!isAbandoned()) {
+            copying_.failure = std::move(failure_);
         }
     }
-    return std::nullopt;
-}
-
-/// One step. On failure `entry` tells where, without a name for the folder at hand.
-int TreeCopy::goOn(FolderEntry& entry) {
-    const int result = walk_.next(entry);
-    if (result > 0) {
-        return copyEntry(entry.name, entry.name, entry.type);
+    if (isPart() && (failed_ || isAbandoned())) {
+        meeting()->noteFailure();
     }
-    return result < 0 ? errno : endOfFolder();
 }
 
-int TreeCopy::copyEntry(const char* name, const char* newName, unsigned char type) {
+int CopyErrand::copyEntry(const char* name, const char* newName, unsigned char type) {
     struct stat status {};
     if (type != DT_REG && type != DT_DIR) {
         if (::fstatat(from(), name, &status, AT_SYMLINK_NOFOLLOW) != 0) {
@@ -128,7 +163,7 @@ int TreeCopy::copyEntry(const char* name, const char* newName, unsigned char typ
                                    : files_.copySpecial(from(), name, status, to(), newName);
 }
 
-int TreeCopy::copyFolder(const char* name, const char* newName) {
+int CopyErrand::copyFolder(const char* name, const char* newName) {
     Descriptor folder;
     if (const int failure = openFolder(from(), name, folder); failure != 0) {
         return failure;
@@ -138,7 +173,7 @@ int TreeCopy::copyFolder(const char* name, const char* newName) {
         return errno;
     }
     const bool top = walk_.depth() == 0;
-    if (!top && Identity{status.st_dev, status.st_ino} == copy_) {
+    if (!top && Identity{status.st_dev, status.st_ino} == copying_.copy) {
         return EINVAL;
     }
     if (::mkdirat(to(), newName, kFolderBeingFilled) != 0) {
@@ -150,7 +185,7 @@ int TreeCopy::copyFolder(const char* name, const char* newName) {
         return failure;
     }
     if (top) {
-        if (const int failure = identityOf(made.get(), copy_); failure != 0) {
+        if (const int failure = identityOf(made.get(), copying_.copy); failure != 0) {
             return failure;
         }
         walk_.enterTop(std::move(folder));
@@ -162,7 +197,22 @@ int TreeCopy::copyFolder(const char* name, const char* newName) {
     return 0;
 }
 
-int TreeCopy::endOfFolder() {
+void CopyErrand::endFolder(bool failedElsewhere) {
+    if (failedElsewhere) {
+        failed_ = true;
+        stop();
+        return;
+    }
+    if (isPart() && walk_.depth() == 1) {
+        stop();
+        return;
+    }
+    if (const int failure = finishFolder(); failure != 0) {
+        fail(nullptr, failure);
+    }
+}
+
+int CopyErrand::finishFolder() {
     if (const int failure = files_.copyAttributes(walk_.folder(), folderStatus(), made_.top());
         failure != 0) {
         return failure;
@@ -181,11 +231,6 @@ int TreeCopy::endOfFolder() {
     return failure;
 }
 
-Error TreeCopy::errorFor(const char* name, int code) const {
-    const std::string path = name != nullptr ? walk_.pathOf(name) : walk_.path();
-    return copyError(path, destination_.path + path.substr(source_.path.size()), code);
-}
-
 }  // namespace
 
 Error copyError(std::string_view source, std::string_view destination, int code) {
@@ -196,7 +241,18 @@ Error copyError(std::string_view source, std::string_view destination, int code)
 }
 
 std::optional<Error> copyTree(const CopyPlace& source, const CopyPlace& destination) {
-    return TreeCopy(source, destination).run();
+    Copying copying(source, destination);
+    auto errand = std::make_unique<CopyErrand>(copying);
+    bool inside = false;
+    int failure = liesIn(destination.parent, source.parent, source.name, inside);
+    if (failure == 0) {
+        failure = inside ? EINVAL : errand->begin();
+    }
+    if (failure != 0) {
+        return copyError(source.path, destination.path, failure);
+    }
+    FolderCrew(kMostErrands).run(std::move(errand));
+    return std::move(copying.failure);
 }
 
 }  // namespace Platform::Posix

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <filesystem>
 #include <string>
 #include <thread>
 #include <vector>
@@ -92,6 +93,35 @@ TEST_F(ManyFailures, OfARemovalAreReportedAsTheFirstInTheTree) {
     });
     EXPECT_EQ(result, std::optional(0));
     EXPECT_TRUE(exists(path("top/c/1299")));
+}
+
+/// The first file in the order of the listings that nobody may read.
+std::string firstUnreadable(const std::string& folder) {
+    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+        const std::string path = entry.path();
+        const std::string found = entry.is_directory() ? firstUnreadable(path) : path;
+        if (!found.empty() && (entry.is_directory() || (statusOf(path).st_mode & 07777) == 0)) {
+            return found;
+        }
+    }
+    return {};
+}
+
+TEST_F(ManyFailures, OfACopyAreReportedAsTheFirstThatIsListed) {
+    for (const char* folder : {"top/a", "top/a/below", "top/b", "top/c", "top/d"}) {
+        makeTheirFolder(folder);
+        makeFiles(folder, 200);
+        ASSERT_EQ(::chmod(path(std::string(folder) + "/1100").c_str(), 0), 0);
+    }
+    makeTheirFolder("theirs");
+    const std::string expected = firstUnreadable(path("top"));
+    ASSERT_FALSE(expected.empty());
+    const auto result = withoutPrivileges([&] {
+        const auto error = files_.copyItem(scratch_.url("top"), scratch_.url("theirs/copy"));
+        return error && error->description.starts_with("\"" + expected + "\" could not be copied to") ? 0 : 1;
+    });
+    EXPECT_EQ(result, std::optional(0));
+    EXPECT_EQ(statusOf(path("theirs/copy")).st_mode & 07777, 0700U) << "not finished";
 }
 
 }  // namespace
