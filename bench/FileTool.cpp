@@ -3,6 +3,9 @@
 #include <charconv>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <string>
 #include <string_view>
 
 #include "Platform/Linux/LinuxFileManager.h"
@@ -46,9 +49,17 @@ int changeOwner(Platform::FileManager& files, std::uint32_t owner, std::uint32_t
     return status;
 }
 
-}  // namespace
+/// What this process has taken at most; its parent cannot know it, for whom a child begins as big as itself.
+void showPeakMemory() {
+    std::ifstream status("/proc/self/status");
+    for (std::string line; std::getline(status, line);) {
+        if (line.starts_with("VmHWM:")) {
+            std::printf("peak memory %s\n", line.substr(line.find_first_of("0123456789")).c_str());
+        }
+    }
+}
 
-int main(int count, char** arguments) {
+int run(int count, char** arguments) {
     Platform::Linux::LinuxFileManager files;
     const std::string_view verb = count > 1 ? arguments[1] : "";
     const auto item = [arguments](int index) { return Base::URL::fileURL(arguments[index]); };
@@ -65,4 +76,14 @@ int main(int count, char** arguments) {
         return changeOwner(files, owner, group, item(4));
     }
     return misuse();
+}
+
+}  // namespace
+
+int main(int count, char** arguments) {
+    const int status = run(count, arguments);
+    if (std::getenv("PEAK_MEMORY") != nullptr) {
+        showPeakMemory();
+    }
+    return status;
 }
