@@ -12,6 +12,7 @@
 
 #include "Support/Files.h"
 #include "macsim/Refusal.h"
+#include "macsim/SystemLayout.h"
 
 namespace Simulator {
 
@@ -103,6 +104,9 @@ std::string displaySocket(const Session& session) {
 }
 
 void useDisplay(const MacRoot& mac, const User& user, const std::string& text, Session& session) {
+    if (!kHasDialogs) {
+        throw Refusal("this macsim is built without windows (SENTREL_WINDOW=OFF)");
+    }
     const char* hosts = std::getenv("DISPLAY");
     if (text == kHost && (hosts == nullptr || *hosts == '\0')) {
         throw Refusal("there is no DISPLAY in the environment");

@@ -12,6 +12,7 @@
 #include "macsim/ProductBundles.h"
 #include "macsim/ProductData.h"
 #include "macsim/Refusal.h"
+#include "macsim/SystemLayout.h"
 
 namespace Simulator {
 
@@ -114,8 +115,10 @@ class Generations {
     void current() {
         bundles_.application(Paths::managementConsole(), PropertyListForm::xml);
         const std::string contents = pathOf(Paths::managementConsole().bundle.value().contents());
-        for (const char* name : {"NorvikCustomUI.framework", "NorvikGuiCommon.framework"}) {
-            mac_.programFolder(name, contents + "/Frameworks/" + name);
+        if (kHasDialogs) {
+            for (const char* name : {"NorvikCustomUI.framework", "NorvikGuiCommon.framework"}) {
+                mac_.programFolder(name, contents + "/Frameworks/" + name);
+            }
         }
         bundles_.application(Paths::diagnostics(), PropertyListForm::binary);
         bundles_.application(Paths::viewLogs(), PropertyListForm::binary);

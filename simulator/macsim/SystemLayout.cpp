@@ -41,7 +41,9 @@ void buildTools(MacBuilder& mac) {
     mac.program("launchctl", "/bin/launchctl");
     mac.program("installer", "/usr/sbin/installer");
     mac.program("lsregister", kLsregister);
-    mac.program("SecurityAgent", kSecurityAgent);
+    if (kHasDialogs) {
+        mac.program("SecurityAgent", kSecurityAgent);
+    }
     mac.program("libhelper-faults.so", std::string(kHelperFaultsLibrary));
     for (const char* name :
          {"[",     "bash", "cat",   "chmod", "cp",   "csh",   "dash", "date", "dd",    "df",     "echo",

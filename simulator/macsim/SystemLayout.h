@@ -7,6 +7,10 @@
 
 namespace Simulator {
 
+/// Whether this build has what shows dialogs in a Mac: the program that asks for a password, the maker's
+/// frameworks.
+inline constexpr bool kHasDialogs = SIMULATOR_HAS_DIALOGS != 0;
+
 /// Lays down the Mac itself: its folders, users, tools, and the mount points of what it borrows from the
 /// host.
 void buildSystem(MacBuilder& mac, const std::vector<User>& users);

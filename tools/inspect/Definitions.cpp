@@ -98,6 +98,7 @@ CommandDefinition explainDefinition() {
             "LOG", ValueKind::file, "a system log; standard input when it is - or missing", {}, true},
         {kJson,
          {"--all", "", ValueKind::none, "also the steps that went well", "--json"},
+         {"--follow", "", ValueKind::none, "tells the steps while the log grows", "--json"},
          {"--html", "FILE", ValueKind::file, "writes the report as one page as well; - is standard output"}},
         {{0, "the log was read"},
          {1, "the log could not be read, or is not one"},

@@ -12,8 +12,8 @@
 
 namespace Inspect {
 
-std::optional<std::vector<Run>> runsOfLog(const std::string& file, std::string& refusal,
-                                          std::string& notice) {
+std::optional<std::vector<Run>> runsOfLog(const std::string& file, std::string& refusal, std::string& notice,
+                                          const std::function<void(const RunAnalyzer&)>& whileReading) {
     Platform::Posix::Descriptor opened;
     if (file != "-") {
         opened = Platform::Posix::Descriptor(::open(file.c_str(), O_RDONLY | O_CLOEXEC));
@@ -35,6 +35,9 @@ std::optional<std::vector<Run>> runsOfLog(const std::string& file, std::string& 
     RunAnalyzer analyzer;
     while (const std::optional<LogEntry> entry = reader.next()) {
         analyzer.add(*entry);
+        if (whileReading) {
+            whileReading(analyzer);
+        }
     }
     if (failure != 0) {
         refusal = std::generic_category().message(failure);

@@ -1,18 +1,21 @@
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "inspect/explain/Run.h"
+#include "inspect/explain/RunAnalyzer.h"
 
 namespace Inspect {
 
 /// Reads a system log and returns the runs of the uninstaller in it; "-" is standard input. Reads as a
 /// stream: memory does not grow with the log. Returns nothing and sets `refusal` to a few words when the file
 /// cannot be read or no line of it is one of a log. `notice` is set to a sentence when the log is whole no
-/// more.
-[[nodiscard]] std::optional<std::vector<Run>> runsOfLog(const std::string& file, std::string& refusal,
-                                                        std::string& notice);
+/// more. `whileReading` is called after each entry.
+[[nodiscard]] std::optional<std::vector<Run>> runsOfLog(
+    const std::string& file, std::string& refusal, std::string& notice,
+    const std::function<void(const RunAnalyzer&)>& whileReading = nullptr);
 
 }  // namespace Inspect

@@ -107,6 +107,21 @@ void RunAnalyzer::addFromOthers(const LogEntry& entry) {
     }
 }
 
+std::optional<RunAnalyzer::Standing> RunAnalyzer::standing() const {
+    const auto found =
+        std::find_if(runs_.rbegin(), runs_.rend(), [](const Open& open) { return open.steps.has_value(); });
+    if (found == runs_.rend()) {
+        return std::nullopt;
+    }
+    Standing standing;
+    standing.run = static_cast<std::size_t>(runs_.rend() - found) - 1;
+    const bool isOver = found->steps->isFinished() || found->run.ending == RunEnding::finished;
+    standing.steps = found->steps->reports(isOver);
+    // The step at hand may have more to say.
+    standing.settled = isOver ? standing.steps.size() : found->steps->reached() - 1;
+    return standing;
+}
+
 std::vector<Run> RunAnalyzer::finish() {
     std::vector<Run> runs;
     for (Open& open : runs_) {

@@ -17,6 +17,16 @@ class RunAnalyzer {
     /// Takes the log's entries in order.
     void add(const LogEntry& entry);
 
+    /// How far a run has come.
+    struct Standing {
+        std::size_t run = 0;  ///< in the order in which they began, from 0
+        std::vector<StepReport> steps;
+        /// So many of the steps, from the first on, are over.
+        std::size_t settled = 0;
+    };
+    /// The last run whose helper has written something, as it stands; nothing before that.
+    [[nodiscard]] std::optional<Standing> standing() const;
+
     /// All runs in the order in which they began. Nothing may be added afterwards.
     [[nodiscard]] std::vector<Run> finish();
 
