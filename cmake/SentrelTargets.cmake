@@ -24,21 +24,6 @@ if(SENTREL_CCACHE AND SENTREL_CCACHE_PROGRAM)
     endforeach()
 endif()
 
-# For SENTREL_PRECOMPILE: what most sources read, once for all rooms and once for all programs, whose code may lie elsewhere in
-# memory.
-if(SENTREL_PRECOMPILE)
-    find_package(nlohmann_json REQUIRED)
-    file(CONFIGURE OUTPUT "${CMAKE_BINARY_DIR}/precompiled.cpp" CONTENT "int main() {}\n")
-    add_library(sentrel_room_headers STATIC "${CMAKE_BINARY_DIR}/precompiled.cpp")
-    add_executable(sentrel_program_headers "${CMAKE_BINARY_DIR}/precompiled.cpp")
-    foreach(target IN ITEMS sentrel_room_headers sentrel_program_headers)
-        target_link_libraries(${target} PRIVATE sentrel_options nlohmann_json::nlohmann_json)
-        target_precompile_headers(${target} PRIVATE
-            <algorithm> <array> <charconv> <chrono> <condition_variable> <cstdint> <filesystem> <functional> <map> <memory> <mutex>
-            <optional> <set> <span> <sstream> <string> <string_view> <thread> <variant> <vector> <nlohmann/json.hpp>)
-    endforeach()
-endif()
-
 # What has to be made before a source can be read: the headers that the build writes, not the configuration.
 add_custom_target(generated_headers)
 
@@ -47,9 +32,6 @@ function(sentrel_room name)
     cmake_parse_arguments(ROOM "" "" "SOURCES;DEPENDS" ${ARGN})
     add_library(${name} STATIC ${ROOM_SOURCES})
     target_link_libraries(${name} PUBLIC sentrel_options ${ROOM_DEPENDS})
-    if(SENTREL_PRECOMPILE)
-        target_precompile_headers(${name} REUSE_FROM sentrel_room_headers)
-    endif()
 endfunction()
 
 # sentrel_program(NAME SOURCES a.cpp ... DEPENDS lib ...): an executable in build/<preset>/bin.
@@ -57,8 +39,15 @@ function(sentrel_program name)
     cmake_parse_arguments(PROGRAM "" "" "SOURCES;DEPENDS" ${ARGN})
     add_executable(${name} ${PROGRAM_SOURCES})
     target_link_libraries(${name} PRIVATE sentrel_options ${PROGRAM_DEPENDS})
-    if(SENTREL_PRECOMPILE)
-        target_precompile_headers(${name} REUSE_FROM sentrel_program_headers)
+endfunction()
+
+# sentrel_precompile_json(TARGET [FROM]): with SENTREL_PRECOMPILE, reads the largest header of all once for the sources of TARGET,
+# or uses what was read for FROM.
+function(sentrel_precompile_json target)
+    if(SENTREL_PRECOMPILE AND ARGC GREATER 1)
+        target_precompile_headers(${target} REUSE_FROM ${ARGV1})
+    elseif(SENTREL_PRECOMPILE)
+        target_precompile_headers(${target} PRIVATE <filesystem> <nlohmann/json.hpp>)
     endif()
 endfunction()
 
