@@ -10,7 +10,8 @@ class SystemLog {
     virtual ~SystemLog() = default;
 
     /// Writes one entry. `text` is UTF-8 and may hold line breaks; it is logged whole, never used as a
-    /// format. When the log cannot be reached, the entry goes to standard error. May be called on any thread.
+    /// format. The entry also goes to standard error when that is a terminal or was redirected to a file, a
+    /// pipe or a socket. What the log does not take is lost. May be called on any thread.
     virtual void log(std::string_view text) = 0;
 };
 

@@ -13,6 +13,7 @@
 #include <ctime>
 
 #include "Platform/Linux/ProcessFiles.h"
+#include "Platform/Linux/StandardErrorLog.h"
 
 namespace Platform::Linux {
 
@@ -44,22 +45,6 @@ iovec part(std::string_view text) {
     return iovec{const_cast<char*>(text.data()), text.size()};
 }
 
-void writeToStandardError(std::string_view heading, std::string_view text) {
-    std::string line;
-    line.reserve(heading.size() + text.size() + 1);
-    line += heading;
-    line += text;
-    line += '\n';
-    std::string_view rest = line;
-    while (!rest.empty()) {
-        const ssize_t count = ::write(STDERR_FILENO, rest.data(), rest.size());
-        if (count < 0 && errno != EINTR) {
-            return;
-        }
-        rest.remove_prefix(count > 0 ? static_cast<std::size_t>(count) : 0);
-    }
-}
-
 /// How much of `text` makes a piece of at most `limit` bytes that does not end inside a UTF-8 character.
 std::size_t pieceLength(std::string_view text, std::size_t limit) {
     if (text.size() <= limit) {
@@ -78,11 +63,12 @@ LinuxSystemLog::LinuxSystemLog(std::string socketPath)
     : socketPath_(std::move(socketPath)), programName_(fileNameOf(executablePath(::getpid()))) {}
 
 void LinuxSystemLog::log(std::string_view text) {
-    const std::string name = nameAndPid(programName_);
-    const std::string heading = priorityAndTime() + name;
+    const std::string heading = priorityAndTime() + nameAndPid(programName_);
     const std::lock_guard<std::mutex> guard(mutex_);
-    if (!sendOrReconnect(heading, text)) {
-        writeToStandardError(name, text);
+    std::string_view unsent = text;
+    static_cast<void>(sendOrReconnect(heading, unsent));
+    if (isStandardErrorRead()) {
+        writeToStandardError(programName_, text);
     }
 }
 

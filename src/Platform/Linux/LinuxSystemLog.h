@@ -14,8 +14,8 @@ namespace Platform::Linux {
 ///
 /// Connects when something is logged and again after the log was restarted. One entry is one datagram, line
 /// breaks included; one that is larger than the system lets through goes as several, each with the heading,
-/// cut between characters. Waits while the log's queue is full. What cannot be sent goes to standard error as
-/// "NAME[PID]: text".
+/// cut between characters. Waits while the log's queue is full. As NSLog does, writes the entry to standard
+/// error too where somebody reads that (see StandardErrorLog.h).
 class LinuxSystemLog final : public SystemLog {
   public:
     explicit LinuxSystemLog(std::string socketPath = "/dev/log");

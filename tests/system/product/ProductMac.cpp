@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <regex>
 #include <sstream>
 
 namespace SystemTests {
@@ -13,6 +14,16 @@ namespace fs = std::filesystem;
 ProductMac::ProductMac(const std::vector<std::string>& options) {
     const TestSupport::ProgramResult created = create(options);
     EXPECT_EQ(created.status, 0) << created.err;
+}
+
+std::string withoutLogEntries(const std::string& standardError) {
+    static const std::regex kEntry(R"(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3} [^\[]+\[\d+:\d+\] .*)");
+    std::string rest;
+    std::istringstream lines(standardError);
+    for (std::string line; std::getline(lines, line);) {
+        rest += std::regex_match(line, kEntry) ? "" : line + "\n";
+    }
+    return rest;
 }
 
 TestSupport::ProgramResult ProductMac::uninstall(const std::vector<std::string>& faults,
@@ -32,7 +43,9 @@ TestSupport::ProgramResult ProductMac::install(const std::string& payload,
                                                const std::vector<std::string>& options) {
     std::vector<std::string> command{macsim(), "install", path(), "--payload", payload};
     command.insert(command.end(), options.begin(), options.end());
-    return TestSupport::runProgram(command);
+    TestSupport::ProgramResult result = TestSupport::runProgram(command);
+    result.err = withoutLogEntries(result.err);
+    return result;
 }
 
 std::vector<std::string> ProductMac::transcript() const {

@@ -17,6 +17,9 @@ inline const std::vector<std::string> kSuccess{
     "[SNTM Installer] found installed version true, updatable: true", "Uninstallation finished",
     "[SNTM Installer] Uninstallation finished."};
 
+/// What a program wrote to standard error without the entries of the log that it writes there too.
+[[nodiscard]] std::string withoutLogEntries(const std::string& standardError);
+
 class ProductMac : public TestSupport::SimulatedMac {
   public:
     /// Makes the Mac; a failure to do so fails the test.
@@ -28,7 +31,7 @@ class ProductMac : public TestSupport::SimulatedMac {
     /// Makes a payload of that version ("6.4/640") beside the Mac and returns its folder; a failure fails the
     /// test.
     [[nodiscard]] std::string makePayload(const std::string& version) const;
-    /// macsim install of a payload, with more options.
+    /// macsim install of a payload, with more options. Standard error without entries of the log.
     TestSupport::ProgramResult install(const std::string& payload,
                                        const std::vector<std::string>& options = {});
     /// What the installer logged.

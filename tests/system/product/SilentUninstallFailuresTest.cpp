@@ -47,6 +47,15 @@ TEST_F(SilentFailure, AProcessWithoutAdministratorRightsIsRefusedAtOnceWithNoDia
     mac_.expectInstalled();
 }
 
+TEST_F(SilentFailure, StandardErrorEndsWithTheOutcomeWhereItIsRead) {
+    mac_.put("/tmp/run", "#!/bin/sh\n\"" + std::string(kInstalledUninstaller) + "\" --silent 2>&1 | tail -1\n", 0755);
+    const std::string line = mac_.run({"authorization"}, {"/tmp/run"}).out;
+    EXPECT_TRUE(std::regex_match(line, std::regex(R"(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3} )"
+                                                  R"(Uninstall Sentrel\[\d+:\d+\] \[SNTM Installer\] )"
+                                                  R"(Uninstallation failed\.\n)")))
+        << line;
+}
+
 TEST_F(SilentFailure, InstallerHelperNotBlessed) {
     run({"bless-installer"});
     const Lines log = mac_.uninstallerLog();

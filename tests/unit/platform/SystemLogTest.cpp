@@ -2,17 +2,21 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <stdlib.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
+#include <csignal>
 #include <cstring>
 #include <functional>
 #include <regex>
 #include <thread>
 #include <vector>
 
+#include "Platform/Linux/StandardErrorLog.h"
 #include "Scratch.h"
 
 namespace PlatformTests {
@@ -49,20 +53,41 @@ class Receiver {
     int socket_;
 };
 
-/// What `work` writes to standard error.
+/// Standard error is another descriptor while it lives.
+class StandardErrorOf {
+  public:
+    explicit StandardErrorOf(int descriptor) : saved_(::fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 3)) {
+        ::dup2(descriptor, STDERR_FILENO);
+        ::close(descriptor);
+    }
+    StandardErrorOf(const StandardErrorOf&) = delete;
+    StandardErrorOf& operator=(const StandardErrorOf&) = delete;
+    ~StandardErrorOf() {
+        ::dup2(saved_, STDERR_FILENO);
+        ::close(saved_);
+    }
+
+  private:
+    int saved_;
+};
+
+int nowhere() {
+    return ::open("/dev/null", O_WRONLY | O_CLOEXEC);
+}
+
+/// What `work` writes to standard error, which is a file.
 std::string standardErrorOf(const std::string& file, const std::function<void()>& work) {
-    const int saved = ::fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 3);
-    const int captured = ::open(file.c_str(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
-    ::dup2(captured, STDERR_FILENO);
+    const StandardErrorOf redirected(::open(file.c_str(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0600));
     work();
-    ::dup2(saved, STDERR_FILENO);
-    ::close(saved);
-    ::close(captured);
     return contentsOf(file);
 }
 
-std::string heading() {
-    return "PlatformTests[" + std::to_string(::getpid()) + "]: ";
+/// A line of standard error with this text.
+std::regex lineWith(const std::string& text) {
+    const std::string ids = std::to_string(::getpid()) + ":" + std::to_string(::gettid());
+    return std::regex(
+        "20[0-9]{2}-[01][0-9]-[0-3][0-9] [0-2][0-9]:[0-5][0-9]:[0-6][0-9]\\.[0-9]{3} PlatformTests\\[" + ids +
+        "\\] " + text + "\n");
 }
 
 TEST(SystemLog, SendsOneDatagramWithPriorityTimeAndName) {
@@ -94,6 +119,7 @@ TEST(SystemLog, SendsLongTextsWhole) {
     const Scratch scratch;
     const Receiver receiver(scratch.path("log"));
     LinuxSystemLog log(scratch.path("log"));
+    const StandardErrorOf redirected(nowhere());
     for (const std::size_t size : {9'000U, 60'000U, 150'000U}) {
         const std::string text(size, 'x');
         log.log(text);
@@ -108,6 +134,7 @@ TEST(SystemLog, LosesNothingOfATextThatIsTooLongForOneDatagram) {
     for (int number = 0; text.size() < 20 << 20; ++number) {
         text += "\xe2\x82\xac" + std::to_string(number);
     }
+    const StandardErrorOf redirected(nowhere());
     std::thread sender([&] { LinuxSystemLog(scratch.path("log")).log(text); });
     std::string received;
     bool wholeCharacters = true;
@@ -134,19 +161,77 @@ TEST(SystemLog, ReconnectsWhenTheLogWasRestarted) {
     }
     ASSERT_EQ(::unlink(scratch.path("log").c_str()), 0);
     const std::string written = standardErrorOf(scratch.path("stderr"), [&] { log.log("nobody there"); });
-    EXPECT_EQ(written, heading() + "nobody there\n");
+    EXPECT_TRUE(std::regex_match(written, lineWith("nobody there"))) << written;
     const Receiver receiver(scratch.path("log"));
     log.log("second");
     EXPECT_EQ(receiver.nextText(), "second");
 }
 
-TEST(SystemLog, FallsBackToStandardError) {
+TEST(SystemLog, WritesToStandardErrorAlsoWhatTheLogDoesNotTake) {
     const Scratch scratch;
     const std::string written = standardErrorOf(scratch.path("stderr"), [&] {
         LinuxSystemLog(scratch.path("missing")).log("two\nlines");
         LinuxSystemLog(std::string(200, 'x')).log("path too long");
     });
-    EXPECT_EQ(written, heading() + "two\nlines\n" + heading() + "path too long\n");
+    const std::size_t second = written.find("lines\n") + 6;
+    EXPECT_TRUE(std::regex_match(written.substr(0, second), lineWith("two\nlines"))) << written;
+    EXPECT_TRUE(std::regex_match(written.substr(second), lineWith("path too long"))) << written;
+}
+
+TEST(SystemLog, WritesToTheLogAndToARedirectedStandardError) {
+    const Scratch scratch;
+    const Receiver receiver(scratch.path("log"));
+    LinuxSystemLog log(scratch.path("log"));
+    const std::string written = standardErrorOf(scratch.path("stderr"), [&] { log.log("100%s both"); });
+    EXPECT_TRUE(std::regex_match(written, lineWith("100%s both"))) << written;
+    EXPECT_EQ(receiver.nextText(), "100%s both");
+}
+
+TEST(SystemLog, KnowsWhetherStandardErrorIsRead) {
+    using Platform::Linux::isStandardErrorRead;
+    std::array<int, 2> ends{};
+    ASSERT_EQ(::pipe2(ends.data(), O_CLOEXEC), 0);
+    std::array<int, 2> sockets{};
+    ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, sockets.data()), 0);
+    const int terminal = ::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+    ASSERT_GE(terminal, 0);
+    for (const int read : {ends[1], sockets[1], terminal}) {
+        const StandardErrorOf redirected(read);
+        EXPECT_TRUE(isStandardErrorRead()) << read;
+    }
+    {
+        const StandardErrorOf redirected(nowhere());
+        EXPECT_FALSE(isStandardErrorRead());
+    }
+    bool isReadWhenClosed = true;
+    {
+        const StandardErrorOf redirected(nowhere());
+        ::close(STDERR_FILENO);
+        isReadWhenClosed = isStandardErrorRead();
+    }
+    EXPECT_FALSE(isReadWhenClosed);
+    ::close(ends[0]);
+    ::close(sockets[0]);
+}
+
+TEST(SystemLog, SurvivesAStandardErrorWhoseReaderHasGone) {
+    const Scratch scratch;
+    const Receiver receiver(scratch.path("log"));
+    LinuxSystemLog log(scratch.path("log"));
+    std::array<int, 2> ends{};
+    ASSERT_EQ(::pipe2(ends.data(), O_CLOEXEC), 0);
+    ::close(ends[0]);
+    {
+        const StandardErrorOf redirected(ends[1]);
+        log.log("unread");
+    }
+    EXPECT_EQ(receiver.nextText(), "unread");
+    sigset_t pending;
+    ::sigpending(&pending);
+    EXPECT_EQ(::sigismember(&pending, SIGPIPE), 0);
+    sigset_t blocked;
+    ::pthread_sigmask(SIG_SETMASK, nullptr, &blocked);
+    EXPECT_EQ(::sigismember(&blocked, SIGPIPE), 0);
 }
 
 TEST(SystemLog, TakesEntriesFromSeveralThreads) {
