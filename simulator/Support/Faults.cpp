@@ -27,6 +27,11 @@ constexpr std::array kKinds{
     FaultKind{"unreadable-passwd", "", "the password database gives no entries"},
 };
 
+/// What launchctl can be asked for.
+constexpr std::array<std::string_view, 10> kVerbs{"bootout",        "bootstrap", "disable", "enable",
+                                                  "kickstart",      "kill",      "list",    "print",
+                                                  "print-disabled", "remove"};
+
 bool isNumber(const std::string& text, double minimum, bool whole) {
     char* end = nullptr;
     const double number = std::strtod(text.c_str(), &end);
@@ -40,6 +45,13 @@ std::optional<std::string> checkValue(const FaultKind& kind, const std::string& 
     }
     if (kind.value == "SECONDS" && !isNumber(value, 0, false)) {
         return "fault " + std::string(kind.name) + " needs a number of seconds";
+    }
+    if (kind.value == "VERB" && std::find(kVerbs.begin(), kVerbs.end(), value) == kVerbs.end()) {
+        std::string all;
+        for (const std::string_view verb : kVerbs) {
+            all += (all.empty() ? "" : ", ") + std::string(verb);
+        }
+        return "fault " + std::string(kind.name) + " needs a verb of launchctl: " + all;
     }
     if (kind.value == "PATH" && !value.starts_with('/')) {
         return "fault " + std::string(kind.name) + " needs an absolute path";

@@ -40,7 +40,8 @@ std::string encode(const Session& session) {
     const Json json{{"command", session.command},
                     {"user", session.user},
                     {"faults", session.faults},
-                    {"environment", session.environment}};
+                    {"environment", session.environment},
+                    {"wait", session.wait}};
     return json.dump(2) + "\n";
 }
 
@@ -74,6 +75,7 @@ std::optional<Session> decodeSession(std::string_view text) {
             session.faults[name] = value.get<std::string>();
         }
         session.environment = json.at("environment").get<std::map<std::string, std::string>>();
+        session.wait = json.value("wait", kUsualWait);
         return session;
     } catch (const Json::exception&) {
         return std::nullopt;

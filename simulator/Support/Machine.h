@@ -60,6 +60,8 @@ struct Machine {
     [[nodiscard]] std::optional<User> user(std::string_view name) const;
 };
 
+inline constexpr unsigned kUsualWait = 10;
+
 /// What one boot is for. Written by `macsim run`, read by launchd.
 struct Session {
     std::vector<std::string> command;
@@ -68,6 +70,8 @@ struct Session {
     /// Environment that the command gets in addition to a Mac's own; DISPLAY is in it when the session has a
     /// display.
     std::map<std::string, std::string> environment;
+    /// Seconds that jobs which messages have started may go on after the command has ended.
+    unsigned wait = kUsualWait;
 };
 
 /// The group of all ordinary users.

@@ -234,11 +234,14 @@ void JobRegistry::readDisabled(const DomainId& domain) {
     }
 }
 
-bool JobRegistry::onDemandJobRuns() const {
-    return std::any_of(jobs_.begin(), jobs_.end(), [](const auto& entry) {
-        const Job& job = *entry.second;
-        return job.onDemand() && job.pid && job.definition.keepAlive != KeepAlive::always;
-    });
+std::vector<std::string> JobRegistry::runningOnDemandJobs() const {
+    std::vector<std::string> labels;
+    for (const auto& [key, job] : jobs_) {
+        if (job->onDemand() && job->pid && job->definition.keepAlive != KeepAlive::always) {
+            labels.push_back(job->definition.label);
+        }
+    }
+    return labels;
 }
 
 }  // namespace Simulator

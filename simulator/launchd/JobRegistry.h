@@ -84,8 +84,8 @@ class JobRegistry {
     /// To be called for every child that ended.
     void reaped(pid_t pid, int status);
 
-    /// Whether a job that mach messages have started still runs.
-    [[nodiscard]] bool onDemandJobRuns() const;
+    /// Labels of the jobs that mach messages have started and that still run.
+    [[nodiscard]] std::vector<std::string> runningOnDemandJobs() const;
 
   private:
     using Key = std::pair<DomainId, std::string>;

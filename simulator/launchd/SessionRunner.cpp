@@ -18,7 +18,6 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr auto kPoll = 20ms;
-constexpr int kMaximumPolls = 500;
 
 /// A job that had itself booted out leaves the tool that it asked with: gone in a moment, and no part of the
 /// end state.
@@ -91,11 +90,17 @@ void SessionRunner::reaped(pid_t pid, int status) {
 void SessionRunner::settleLater(int status, int polls) {
     // Never at once: the command's last message to a service may not have started its job yet.
     loop_.after(kPoll, [this, status, polls] {
-        if ((jobs_.onDemandJobRuns() || launchctlRuns()) && polls < kMaximumPolls) {
+        const std::vector<std::string> jobs = jobs_.runningOnDemandJobs();
+        const bool isOver = jobs.empty() && !launchctlRuns();
+        if (!isOver && polls * kPoll < std::chrono::seconds(session_.wait)) {
             settleLater(status, polls + 1);
-        } else {
-            settled_(status);
+            return;
         }
+        for (const std::string& label : jobs) {
+            std::cerr << "macsim: " << label << " still runs " << session_.wait
+                      << " s after the command and is cut off; --wait SECONDS gives it longer" << std::endl;
+        }
+        settled_(status);
     });
 }
 

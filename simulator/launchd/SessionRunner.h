@@ -17,7 +17,8 @@ class SessionRunner {
 
     /// Starts the programs that run from the start, then the command. `settled` gets the command's exit
     /// status (128 + n after signal n, 126 or 127 when it could not be started) when no on-demand job runs
-    /// any more, at the latest 10 seconds after the command has ended.
+    /// any more, at the latest when the session's time to wait after the command is over; jobs that are cut
+    /// off then are a line each on standard error.
     void start(std::function<void(int status)> settled);
 
     /// To be called for every child that ended.

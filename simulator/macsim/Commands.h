@@ -39,6 +39,8 @@ struct RunOptions {
     std::vector<std::string> languages;
     /// ":N", "host" for the one in the environment, or empty for none.
     std::string display;
+    /// Seconds that helpers may go on after the command has ended.
+    unsigned wait = kUsualWait;
     std::vector<std::string> command;
 };
 

@@ -19,6 +19,18 @@ Refusal misuse(const std::string& text) {
     return Refusal(text, Refusal::kMisuse);
 }
 
+void checkUninstaller(const CreateOptions& options) {
+    if (options.withoutUninstaller) {
+        throw misuse("--uninstaller excludes --without-uninstaller");
+    }
+    std::error_code ignored;
+    for (const char* part : {"Contents/Info.plist", "Contents/MacOS/Uninstall Sentrel"}) {
+        if (!fs::is_regular_file(fs::path(options.uninstaller) / part, ignored)) {
+            throw Refusal(options.uninstaller + " is not an uninstaller's bundle: " + part + " is missing");
+        }
+    }
+}
+
 CreateOptions completed(CreateOptions options) {
     const auto known = generations();
     for (const std::string& name : options.installed) {
@@ -31,6 +43,8 @@ CreateOptions completed(CreateOptions options) {
     }
     if (options.uninstaller.empty()) {
         options.uninstaller = ownBundle("Uninstall Sentrel.app");
+    } else {
+        checkUninstaller(options);
     }
     return options;
 }

@@ -40,6 +40,15 @@ void printList(const char* title, const Json& list) {
     }
 }
 
+/// Why a Mac has no recorded state. A run takes the last one's away when it begins.
+Refusal notRecorded(const MacRoot& mac, const std::string& folder) {
+    const Descriptor lock = mac.open(kLockFile, O_RDONLY);
+    const bool isRunning =
+        lock.valid() && ::flock(lock.get(), LOCK_SH | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+    return Refusal(folder + (isRunning ? " is running; its state is recorded when the run ends"
+                                       : " has not been run yet"));
+}
+
 void printTable(const Json& state) {
     const Json domains = state.value("jobs", Json::object());
     for (const auto& [domain, jobs] : domains.items()) {
@@ -75,10 +84,10 @@ int printLog(const std::string& folder, bool follow) {
     std::array<char, 65536> buffer;
     for (;;) {
         const ssize_t count = ::read(log.get(), buffer.data(), buffer.size());
-        if (count > 0) {
-            std::cout.write(buffer.data(), count).flush();
+        if (count > 0 && !std::cout.write(buffer.data(), count).flush()) {
+            throw Refusal(std::string("cannot write to standard output: ") + std::strerror(errno));
         }
-        if (!std::cout || (count <= 0 && !follow)) {
+        if (count <= 0 && !follow) {
             return 0;
         }
         if (count <= 0) {
@@ -91,7 +100,7 @@ int printState(const std::string& folder, bool json) {
     const MacRoot mac(folder);
     const auto recorded = mac.read(kStateFile);
     if (!recorded) {
-        throw Refusal(folder + " has not been run yet");
+        throw notRecorded(mac, folder);
     }
     const Json state = Json::parse(*recorded, nullptr, false);
     if (!state.is_object()) {

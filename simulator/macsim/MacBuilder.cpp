@@ -1,6 +1,7 @@
 #include "macsim/MacBuilder.h"
 
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <filesystem>
 
@@ -26,6 +27,20 @@ namespace {
 }
 
 }  // namespace
+
+FileProgress::~FileProgress() {
+    if (isShown_) {
+        std::fputs("\r\x1b[K", stderr);
+    }
+}
+
+void FileProgress::count() {
+    constexpr std::size_t kStep = 250;
+    if (++files_ % kStep == 0 && ::isatty(STDERR_FILENO) == 1) {
+        isShown_ = true;
+        std::fprintf(stderr, "\r\x1b[K%zu files...", files_);
+    }
+}
 
 void MacBuilder::makeParent(const std::string& path) {
     const std::string parent = path.substr(0, path.rfind('/'));
@@ -65,6 +80,7 @@ void MacBuilder::file(const std::string& path, std::string_view bytes, const Acc
         failed(path);
     }
     setAccess(path, access);
+    progress_.count();
 }
 
 void MacBuilder::link(const std::string& path, const std::string& target) {

@@ -15,6 +15,22 @@ struct Access {
     std::uint32_t gid = 0;
 };
 
+/// Says on standard error how many files there are so far, when that is a terminal and there are many. The
+/// line is wiped at the end.
+class FileProgress {
+  public:
+    FileProgress() = default;
+    FileProgress(const FileProgress&) = delete;
+    FileProgress& operator=(const FileProgress&) = delete;
+    ~FileProgress();
+
+    void count();
+
+  private:
+    std::size_t files_ = 0;
+    bool isShown_ = false;
+};
+
 /// Lays down files below a new root that nobody else uses yet. Paths are the Mac's own; missing parents are
 /// made (root, 0755). Every operation throws a Refusal when it fails.
 class MacBuilder {
@@ -47,6 +63,7 @@ class MacBuilder {
     std::string programs_;
     /// The folder that was made sure of last: many files lie side by side.
     std::string lastParent_ = "/";
+    FileProgress progress_;
 };
 
 }  // namespace Simulator

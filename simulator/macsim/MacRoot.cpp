@@ -1,6 +1,8 @@
 #include "macsim/MacRoot.h"
 
+#include <cerrno>
 #include <filesystem>
+#include <system_error>
 
 #include <fcntl.h>
 #include <linux/openat2.h>
@@ -22,13 +24,19 @@ constexpr std::size_t kMaximumFile = 256U << 20U;
 MacRoot::MacRoot(const std::string& folder) {
     std::error_code error;
     const auto absolute = std::filesystem::canonical(folder, error);
+    bool isForbidden = error == std::errc::permission_denied;
     if (!error) {
         folder_ = absolute.string();
         root_ = Descriptor(::open(folder_.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
     }
-    if (!root_.valid() || !read(kMachineFile)) {
-        throw Refusal(folder + " is not a simulated Mac");
+    if (root_.valid()) {
+        const Descriptor description = open(kMachineFile, O_RDONLY | O_NONBLOCK);
+        if (description.valid()) {
+            return;
+        }
+        isForbidden = errno == EACCES;
     }
+    throw Refusal(folder + (isForbidden ? ": Permission denied" : " is not a simulated Mac"));
 }
 
 Descriptor MacRoot::open(std::string_view path, int flags, unsigned mode) const {

@@ -13,7 +13,7 @@ namespace Simulator {
 /// would, so that nothing outside the folder is ever reached.
 class MacRoot {
   public:
-    /// Throws a Refusal when `folder` is not a simulated Mac.
+    /// Throws a Refusal when `folder` is not a simulated Mac, or one that this user may not look into.
     explicit MacRoot(const std::string& folder);
 
     [[nodiscard]] const std::string& folder() const { return folder_; }

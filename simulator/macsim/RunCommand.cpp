@@ -77,6 +77,7 @@ Session makeSession(const MacRoot& mac, const RunOptions& options) {
     session.command = options.command;
     session.user = options.user;
     session.faults = options.faults;
+    session.wait = options.wait;
     for (const char* name : kPassedOn) {
         if (const char* value = std::getenv(name); value != nullptr) {
             session.environment[name] = value;

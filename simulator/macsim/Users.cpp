@@ -100,8 +100,12 @@ std::vector<User> parseUsers(const std::string& text, const std::vector<std::str
     std::set<std::uint32_t> uids;
     for (const std::string& part : split(text, ',')) {
         users.push_back(parseUser(part));
-        if (!names.insert(users.back().name).second || !uids.insert(users.back().uid).second) {
-            throw misuse("user '" + part + "' is there twice");
+        const User& user = users.back();
+        if (!names.insert(user.name).second) {
+            throw misuse("there are two users named '" + user.name + "'");
+        }
+        if (!uids.insert(user.uid).second) {
+            throw misuse("there are two users with the id " + std::to_string(user.uid));
         }
     }
     const bool hasAdministrator =

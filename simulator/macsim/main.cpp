@@ -1,5 +1,7 @@
 // macsim: makes, runs and inspects simulated Macs.
 
+#include <cerrno>
+#include <cstring>
 #include <exception>
 #include <functional>
 #include <iostream>
@@ -11,6 +13,7 @@
 
 #include "Platform/SystemPorts.h"
 #include "ReadOnlyPorts.h"
+#include "macsim/CommandLineWords.h"
 #include "macsim/Commands.h"
 #include "macsim/Namespaces.h"
 #include "macsim/Refusal.h"
@@ -77,6 +80,7 @@ void addCreate(CLI::App& app, Action& action) {
     command->add_flag("--without-uninstaller", options->withoutUninstaller, "Leaves the uninstaller out");
     command->add_flag("--empty", options->empty, "An empty Mac (as without --installed)")
         ->excludes(installed);
+    command->footer(generationList());
     command->callback([=, &action] {
         readVersion(*version, options->shortVersion, options->build);
         options->users = parseUsers(*users, *passwords);
@@ -101,6 +105,11 @@ void addRun(CLI::App& app, Action& action) {
     auto* language =
         command->add_option("--language", *languages, "The user's languages from now on, comma-separated")
             ->type_name("LANG");
+    command->add_option("--wait", options->wait, "Seconds that helpers may go on after the command has ended")
+        ->check(CLI::Range(0U, 3600U))
+        ->capture_default_str()
+        ->type_name("SECONDS");
+    command->footer(faultList());
     command->add_option("COMMAND", options->command, "The command, behind --")->required();
     command->callback([=, &action] {
         readFaults(*faults, options->faults);
@@ -144,6 +153,7 @@ void addInstall(CLI::App& app, Action& action) {
     command->add_option("--fault", *faults, "Something that goes wrong (see list-faults)")
         ->allow_extra_args(false)
         ->type_name("NAME[=VALUE]");
+    command->footer(faultList());
     command->callback([=, &action] {
         readFaults(*faults, options->faults);
         action = {[options] { return installProduct(*options); }, true, true};
@@ -178,6 +188,7 @@ void addInspection(CLI::App& app, Action& action) {
 
 int run(int argc, char** argv) {
     CLI::App app{"Simulated Macs for the product's programs", "macsim"};
+    app.set_version_flag("--version", "macsim " SENTREL_VERSION);
     app.require_subcommand(1);
     Action action;
     addCreate(app, action);
@@ -187,8 +198,13 @@ int run(int argc, char** argv) {
     addInspection(app, action);
     try {
         app.parse(argc, argv);
-    } catch (const CLI::CallForHelp& help) {
-        return app.exit(help);
+    } catch (const CLI::Success& asked) {
+        return app.exit(asked);
+    } catch (const CLI::ExtrasError& extra) {
+        throw Refusal(unexpectedWord(app, extra.what()), Refusal::kMisuse);
+    } catch (const CLI::RequiredError& missing) {
+        // A word that nobody knows says more than what is missing because of it.
+        throw Refusal(unexpectedWord(app, missing.what()), Refusal::kMisuse);
     } catch (const CLI::ParseError& error) {
         throw Refusal(error.what(), Refusal::kMisuse);
     }
@@ -207,7 +223,13 @@ int main(int argc, char** argv) {
     // A Mac's folders have the same modes whoever makes them.
     ::umask(022);
     try {
-        return Simulator::run(argc, argv);
+        const int status = Simulator::run(argc, argv);
+        errno = 0;
+        if (!std::cout.flush()) {
+            throw Simulator::Refusal(std::string("cannot write to standard output") +
+                                     (errno != 0 ? std::string(": ") + std::strerror(errno) : ""));
+        }
+        return status;
     } catch (const Simulator::Refusal& refusal) {
         std::cerr << "macsim: " << refusal.what() << '\n';
         return refusal.status();

@@ -63,8 +63,9 @@ TEST_F(MacsimBlessing, InstallsTheToolAndItsJob) {
 }
 
 TEST_F(MacsimBlessing, TheHelperStartsOnDemandAndLeavesWhenIdle) {
-    EXPECT_EQ(client({"authorize", "2", ",", "bless", kLabel, ",", "call", kLabel}).out,
-              std::string("granted\nblessed\n") + kReports);
+    const ProgramResult result = client({"authorize", "2", ",", "bless", kLabel, ",", "call", kLabel});
+    EXPECT_EQ(result.out, std::string("granted\nblessed\n") + kReports);
+    EXPECT_EQ(result.err, "");
     EXPECT_TRUE(mac_.processes().empty());
 }
 
@@ -89,6 +90,20 @@ TEST_F(MacsimBlessing, ReplacesAnOlderToolOfTheSameLabel) {
               mac_.contents("/Applications/Client.app/Contents/Info.plist"));
     EXPECT_EQ(older.run({}, {kClient, "authorize", "2", ",", "bless", kLabel, ",", "call", kLabel}).out,
               std::string("granted\nblessed\n") + kReports);
+}
+
+TEST_F(MacsimBlessing, SaysThatAHelperIsCutOffWhenTheWaitIsOver) {
+    // The helper leaves after half a second; one that was stopped before stays.
+    const std::string line = std::string(kClient) + " authorize 2 , bless " + kLabel +
+                             " >/dev/null; until launchctl kickstart system/" + kLabel +
+                             "; p=$(launchctl list " + kLabel +
+                             " | sed -n 's/.*pid = //p'); [ -n \"$p\" ] && kill -STOP $p; do :; done";
+    const ProgramResult result = TestSupport::runProgram(
+        {SimulatedMac::macsim(), "run", mac_.path(), "--wait", "0", "--", "/bin/sh", "-c", line});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.err, std::string("macsim: ") + kLabel +
+                              " still runs 0 s after the command and is cut off; --wait SECONDS gives it "
+                              "longer\n");
 }
 
 /// A helper that was blessed once and is to be blessed again.

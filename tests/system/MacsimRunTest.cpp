@@ -131,6 +131,9 @@ TEST_F(MacsimRun, RefusesASecondRunAtTheSameTime) {
     EXPECT_EQ(second.status, 1);
     EXPECT_EQ(second.err, "macsim: " + mac_.path() + " is running already\n");
     EXPECT_EQ(runProgram({SimulatedMac::macsim(), "delete", mac_.path()}).status, 1);
+    const ProgramResult state = runProgram({SimulatedMac::macsim(), "state", mac_.path()});
+    EXPECT_EQ(state.status, 1);
+    EXPECT_EQ(state.err, "macsim: " + mac_.path() + " is running; its state is recorded when the run ends\n");
     mac_.put("/tmp/end", "");
     int status = 0;
     ASSERT_EQ(::waitpid(first, &status, 0), first);

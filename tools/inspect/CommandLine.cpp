@@ -92,10 +92,10 @@ std::string unexpected(const std::string& word, const CommandDefinition* command
     const std::string of = command != nullptr ? " of " + std::string(command->name) : std::string();
     if (word.starts_with('-')) {
         const std::string name = word.substr(0, word.find('='));
-        return name + " is not an option" + of + didYouMean(name, optionNames(command));
+        return name + " is not an option" + of + Tools::didYouMean(name, optionNames(command));
     }
     if (command == nullptr) {
-        return "\"" + word + "\" is not a command" + didYouMean(word, commandNames());
+        return "\"" + word + "\" is not a command" + Tools::didYouMean(word, commandNames());
     }
     return "\"" + word + "\" is one word too many for " + std::string(command->name);
 }
@@ -134,7 +134,7 @@ std::string wrongChoice(const Chosen& chosen) {
         all += (all.empty() ? "" : ", ") + choice;
     }
     return "\"" + chosen.arguments.argument + "\" is none of " + all +
-           didYouMean(chosen.arguments.argument, argument->choices);
+           Tools::didYouMean(chosen.arguments.argument, argument->choices);
 }
 
 Request misused(const std::string& why) {

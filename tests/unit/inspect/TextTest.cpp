@@ -8,8 +8,8 @@
 
 namespace {
 
-using Inspect::didYouMean;
-using Inspect::nearestWord;
+using Tools::didYouMean;
+using Tools::nearestWord;
 using Inspect::sizeText;
 using Inspect::wrapped;
 using Words = std::vector<std::string>;

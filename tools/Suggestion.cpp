@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace Inspect {
+namespace Tools {
 
 namespace {
 
@@ -47,4 +47,4 @@ std::string didYouMean(std::string_view word, const std::vector<std::string>& wo
     return nearest ? ": did you mean " + *nearest + "?" : std::string();
 }
 
-}  // namespace Inspect
+}  // namespace Tools

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-namespace Inspect {
+namespace Tools {
 
 /// The word that was meant: the nearest of `words`, counted in letters to add, leave out, change or swap with
 /// their neighbour; nothing when none is near. The first of several that are equally near.
@@ -15,4 +15,4 @@ namespace Inspect {
 /// ": did you mean WORD?", or nothing at all.
 [[nodiscard]] std::string didYouMean(std::string_view word, const std::vector<std::string>& words);
 
-}  // namespace Inspect
+}  // namespace Tools
