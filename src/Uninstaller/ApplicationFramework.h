@@ -124,8 +124,8 @@ class ApplicationProgram {
     virtual ~ApplicationProgram() = default;
 
     /// A text of the interface that no operation of the program sets: "headline", "label" (a format with one
-    /// %@ for the product's name), "uninstall", "cancel", and of the menu "about", "hide", "quit" (complete,
-    /// with the program's name).
+    /// %@ for the product's name), "uninstall", "cancel", "duration" (what stands in the description line
+    /// before the first report), and of the menu "about", "hide", "quit" (complete, with the program's name).
     [[nodiscard]] virtual std::string interfaceText(const std::string& key) const = 0;
     /// Absolute path of a file in the bundle's Resources; empty when it is not there.
     [[nodiscard]] virtual std::string resourcePath(const std::string& name,

@@ -19,11 +19,12 @@ constexpr const char* kInterfaceTable = "Interface";
 constexpr const char* kWindowLibrary = "UninstallerWindow.dylib";
 
 /// What the interface says when its table is missing; a window without words would help nobody.
-constexpr std::array<std::pair<std::string_view, std::string_view>, 7> kPlainTexts{
+constexpr std::array<std::pair<std::string_view, std::string_view>, 8> kPlainTexts{
     {{"headline", "Uninstall"},
      {"label", "%@ will be removed from this Mac."},
      {"uninstall", "Uninstall"},
      {"cancel", "Cancel"},
+     {"duration", "This can take up to a minute."},
      {"about", "About Uninstall Sentrel"},
      {"hide", "Hide Uninstall Sentrel"},
      {"quit", "Quit Uninstall Sentrel"}}};

@@ -103,6 +103,7 @@ void AppKitFramework::makeInterface(ApplicationProgram& program) {
     [[interface window] setDelegate:delegate];
     [[interface headline] setStringValue:text(program, "headline")];
     [[interface label] setStringValue:text(program, "label")];
+    [[interface progressDescriptionLabel] setStringValue:text(program, "duration")];
     [[interface uninstallButton] setTitle:text(program, "uninstall")];
     [[interface cancelButton] setTitle:text(program, "cancel")];
     [icon release];

@@ -119,23 +119,41 @@ class ButtonOutlet : public Button {
     NSString* keyEquivalent_;
 };
 
+/// The bar moves without a value from when it is shown until it gets one, and the icon is checked when it is
+/// full.
 class ProgressIndicatorOutlet : public ProgressIndicator {
   public:
-    explicit ProgressIndicatorOutlet(NSProgressIndicator* indicator) : indicator_(indicator) {}
+    explicit ProgressIndicatorOutlet(SNTUninstallerInterface* interface) : interface_(interface) {}
 
     void setDoubleValue(double value) override {
-        guarded([&] { [indicator_ setDoubleValue:value]; });
+        guarded([&] {
+            NSProgressIndicator* indicator = [interface_ progressIndicator];
+            setMoving(indicator, false);
+            [indicator setDoubleValue:value];
+            [[interface_ checkMark] setHidden:value >= [indicator maxValue] ? NO : YES];
+        });
     }
 
     void setHidden(bool hidden) override {
         guarded([&] {
-            [indicator_ setHidden:hidden ? YES : NO];
-            showNow(indicator_);
+            NSProgressIndicator* indicator = [interface_ progressIndicator];
+            setMoving(indicator, !hidden && [indicator doubleValue] <= [indicator minValue]);
+            [indicator setHidden:hidden ? YES : NO];
+            showNow(indicator);
         });
     }
 
   private:
-    NSProgressIndicator* indicator_;
+    static void setMoving(NSProgressIndicator* indicator, bool moves) {
+        [indicator setIndeterminate:moves ? YES : NO];
+        if (moves) {
+            [indicator startAnimation:nil];
+        } else {
+            [indicator stopAnimation:nil];
+        }
+    }
+
+    SNTUninstallerInterface* interface_;
 };
 
 }  // namespace
@@ -158,7 +176,7 @@ class InterfaceControls::WindowOutlet : public Window {
 
 InterfaceControls::InterfaceControls(SNTUninstallerInterface* interface, ApplicationProgram& program)
     : window_(std::make_shared<WindowOutlet>([interface window])),
-      progressIndicator_(std::make_shared<ProgressIndicatorOutlet>([interface progressIndicator])),
+      progressIndicator_(std::make_shared<ProgressIndicatorOutlet>(interface)),
       progressDescriptionLabel_(
           std::make_shared<TextFieldOutlet>([interface progressDescriptionLabel], interface)),
       label_(std::make_shared<TextFieldOutlet>([interface label], interface)),

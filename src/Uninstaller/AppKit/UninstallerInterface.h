@@ -1,13 +1,15 @@
 #import <AppKit/AppKit.h>
 
 /// The uninstaller's window, laid out in code: the icon, a headline, the label, the progress bar with the
-/// description under it, and the two buttons. Sizes follow the texts; the window grows with them and keeps
-/// its upper left corner, but never shrinks, so that nothing jumps when a text becomes shorter.
+/// description under it, and the two buttons. From the moment the bar is full, the icon carries a check mark.
+/// Sizes follow the texts; the window grows with them and keeps its upper left corner, but never shrinks, so
+/// that nothing jumps when a text becomes shorter.
 ///
 /// Made once and kept for the life of the process. Main thread only.
 @interface SNTUninstallerInterface : NSObject {
     NSWindow* window_;
     NSImageView* iconView_;
+    NSView* checkMark_;
     NSTextField* headline_;
     NSTextField* label_;
     NSProgressIndicator* progressIndicator_;
@@ -24,6 +26,8 @@
 - (NSTextField*)headline;
 - (NSTextField*)label;
 - (NSProgressIndicator*)progressIndicator;
+/// Hidden at first.
+- (NSView*)checkMark;
 - (NSTextField*)progressDescriptionLabel;
 /// The default button: Return presses it.
 - (NSButton*)uninstallButton;

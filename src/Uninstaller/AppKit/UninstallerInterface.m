@@ -14,6 +14,34 @@ static const CGFloat kButtonDistance = 12;
 static const CGFloat kButtonMinimumWidth = 88;
 static const CGFloat kProgressHeight = 20;
 static const CGFloat kUnlimited = 10000;
+static const CGFloat kCheckMarkSide = 26;
+
+/// A white check mark on a green disc.
+@interface SNTCheckMark : NSView
+@end
+
+@implementation SNTCheckMark
+
+- (void)drawRect:(NSRect)dirty {
+    (void)dirty;
+    NSRect bounds = [self bounds];
+    CGFloat side = NSWidth(bounds);
+    [[NSColor whiteColor] set];
+    [[NSBezierPath bezierPathWithOvalInRect:bounds] fill];
+    [[NSColor colorWithCalibratedRed:0.16 green:0.64 blue:0.29 alpha:1] set];
+    [[NSBezierPath bezierPathWithOvalInRect:NSInsetRect(bounds, 2, 2)] fill];
+    NSBezierPath* mark = [NSBezierPath bezierPath];
+    [mark moveToPoint:NSMakePoint(side * 0.28, side * 0.51)];
+    [mark lineToPoint:NSMakePoint(side * 0.44, side * 0.34)];
+    [mark lineToPoint:NSMakePoint(side * 0.73, side * 0.67)];
+    [mark setLineWidth:side * 0.11];
+    [mark setLineCapStyle:NSRoundLineCapStyle];
+    [mark setLineJoinStyle:NSRoundLineJoinStyle];
+    [[NSColor whiteColor] set];
+    [mark stroke];
+}
+
+@end
 
 @implementation SNTUninstallerInterface
 
@@ -77,6 +105,8 @@ static CGFloat widthOfButton(NSButton* button) {
     iconView_ = [[NSImageView alloc] initWithFrame:NSZeroRect];
     [iconView_ setImageScaling:NSImageScaleProportionallyUpOrDown];
     [iconView_ setImage:icon];
+    checkMark_ = [[SNTCheckMark alloc] initWithFrame:NSZeroRect];
+    [checkMark_ setHidden:YES];
     headline_ = newWrappingText([NSFont boldSystemFontOfSize:15]);
     label_ = newWrappingText([NSFont systemFontOfSize:13]);
 
@@ -93,7 +123,9 @@ static CGFloat widthOfButton(NSButton* button) {
     cancelButton_ = newButton(@"\033");
     [window_ setDefaultButtonCell:[uninstallButton_ cell]];
 
-    NSView* views[] = {iconView_,     headline_,       label_, progressIndicator_, progressDescriptionLabel_,
+    // The check mark lies over the icon.
+    NSView* views[] = {iconView_,     checkMark_,         headline_,
+                       label_,        progressIndicator_, progressDescriptionLabel_,
                        cancelButton_, uninstallButton_};
     for (size_t index = 0; index < sizeof views / sizeof views[0]; ++index) {
         [[window_ contentView] addSubview:views[index]];
@@ -104,6 +136,7 @@ static CGFloat widthOfButton(NSButton* button) {
 - (void)dealloc {
     [window_ release];
     [iconView_ release];
+    [checkMark_ release];
     [headline_ release];
     [label_ release];
     [progressIndicator_ release];
@@ -127,6 +160,10 @@ static CGFloat widthOfButton(NSButton* button) {
 
 - (NSProgressIndicator*)progressIndicator {
     return progressIndicator_;
+}
+
+- (NSView*)checkMark {
+    return checkMark_;
 }
 
 - (NSTextField*)progressDescriptionLabel {
@@ -189,6 +226,8 @@ static CGFloat widthOfButton(NSButton* button) {
     CGFloat left = kMargin + kIconSide + kIconGap;
     CGFloat column = contentSize_.width - kMargin - left;
     [iconView_ setFrame:NSMakeRect(kMargin, top - kIconSide, kIconSide, kIconSide)];
+    [checkMark_ setFrame:NSMakeRect(kMargin + kIconSide - kCheckMarkSide, top - kIconSide, kCheckMarkSide,
+                                    kCheckMarkSide)];
 
     CGFloat height = heightOfText(headline_, column);
     [headline_ setFrame:NSMakeRect(left, top - height, column, height)];

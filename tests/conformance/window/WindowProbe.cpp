@@ -130,6 +130,7 @@ class Probe : public ApplicationProgram, private WindowController {
             {"label", &Probe::setLabel},
             {"may-close", &Probe::setMayClose},
             {"may-terminate", &Probe::setMayTerminate},
+            {"no-description", &Probe::hideDescription},
             {"progress", &Probe::setProgress},
             {"rename", &Probe::setButtonTitle},
             {"run", &Probe::run},
@@ -170,6 +171,8 @@ class Probe : public ApplicationProgram, private WindowController {
         showProgress(true);
         say("running");
     }
+
+    void hideDescription(const std::string&) { outlets_.progressDescriptionLabel.lock()->setHidden(true); }
 
     /// Never goes back to the event loop.
     void runForEver(const std::string& operand) {

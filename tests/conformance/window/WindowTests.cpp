@@ -37,6 +37,7 @@ std::vector<std::string> texts(const std::vector<std::string>& more = {}) {
         "label=Sentrel and everything that belongs to it will be removed from this Mac.",
         "uninstall=Uninstall",
         "cancel=Cancel",
+        "duration=This can take up to a minute.",
         "about=About Uninstall Sentrel",
         "hide=Hide Uninstall Sentrel",
         "quit=Quit Uninstall Sentrel",

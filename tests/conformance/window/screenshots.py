@@ -59,13 +59,20 @@ class Display:
         subprocess.run(["import", "-window", "root", str(path)], env=self.environment, check=True)
 
 
-def photograph(display, probe, library, resources, output, language):
-    texts = tables(resources / "Localizations" / f"{language}.lproj")
-    settings = {key: texts[key] for key in ("headline", "label", "uninstall", "cancel", "about", "hide", "quit")}
+def command_for(probe, library, resources, texts):
+    """What starts the probe with the interface's texts in one language."""
+    keys = ("headline", "label", "uninstall", "cancel", "duration", "about", "hide", "quit")
+    settings = {key: texts[key] for key in keys}
     settings["title"] = texts["367"].replace("%@", PRODUCT)
     settings["resources"] = str(resources / "Icon")
     settings["version"] = "6.4 (640)"
-    command = [probe, library] + [f"{key}={value}" for key, value in settings.items()]
+    settings["label"] = settings["label"].replace("%@", PRODUCT)
+    return [probe, library] + [f"{key}={value}" for key, value in settings.items()]
+
+
+def photograph(display, probe, library, resources, output, language):
+    texts = tables(resources / "Localizations" / f"{language}.lproj")
+    command = command_for(probe, library, resources, texts)
     with subprocess.Popen(command, env=display.environment, stdin=subprocess.PIPE, stdout=subprocess.PIPE,
                           text=True, encoding="utf-8") as process:
         while process.stdout.readline().strip() != "launched":

@@ -31,6 +31,23 @@ static NSMutableDictionary* describe(NSView* view, NSString* kind) {
     return facts;
 }
 
+/// What a text needs, set anew in lines of this width.
+static NSArray* roomFor(NSAttributedString* text, CGFloat width) {
+    NSTextStorage* storage = [[NSTextStorage alloc] initWithAttributedString:text];
+    NSLayoutManager* layout = [[NSLayoutManager alloc] init];
+    NSTextContainer* container = [[NSTextContainer alloc] initWithContainerSize:NSMakeSize(width, 10000)];
+    [container setLineFragmentPadding:0];
+    [layout addTextContainer:container];
+    [storage addLayoutManager:layout];
+    [layout glyphRangeForTextContainer:container];
+    NSRect used = [layout usedRectForTextContainer:container];
+    [container release];
+    [layout release];
+    [storage release];
+    return [NSArray arrayWithObjects:[NSNumber numberWithDouble:used.size.width],
+                                     [NSNumber numberWithDouble:used.size.height], nil];
+}
+
 static void collect(NSView* view, NSMutableArray* controls) {
     NSMutableDictionary* facts = nil;
     // The system's alert shows its icon as a button without words.
@@ -39,13 +56,21 @@ static void collect(NSView* view, NSMutableArray* controls) {
         [facts setObject:[(NSButton*)view title] forKey:@"text"];
         [facts setObject:[NSNumber numberWithBool:[(NSButton*)view isEnabled]] forKey:@"enabled"];
         [facts setObject:[(NSButton*)view keyEquivalent] forKey:@"key"];
+        [facts setObject:roomFor([(NSButton*)view attributedTitle], 10000) forKey:@"needs"];
     } else if ([view isKindOfClass:[NSTextField class]]) {
         facts = describe(view, @"text");
         [facts setObject:[(NSTextField*)view stringValue] forKey:@"text"];
+        // A text field keeps two points free on either side of its text.
+        CGFloat width = [[(NSTextField*)view cell] wraps] ? [view bounds].size.width - 4 : 10000;
+        [facts setObject:roomFor([(NSTextField*)view attributedStringValue], width) forKey:@"needs"];
     } else if ([view isKindOfClass:[NSProgressIndicator class]]) {
         facts = describe(view, @"progress");
         [facts setObject:[NSNumber numberWithDouble:[(NSProgressIndicator*)view doubleValue]]
                   forKey:@"value"];
+        [facts setObject:[NSNumber numberWithBool:[(NSProgressIndicator*)view isIndeterminate]]
+                  forKey:@"moves"];
+    } else if ([NSStringFromClass([view class]) isEqualToString:@"SNTCheckMark"]) {
+        facts = describe(view, @"checkMark");
     }
     if (facts != nil) {
         [controls addObject:facts];
@@ -91,9 +116,12 @@ static void collect(NSView* view, NSMutableArray* controls) {
             continue;
         }
         collect([window contentView], controls);
+        NSView* content = [window contentView];
+        NSRect inside = [content convertRect:[content bounds] toView:nil];
+        inside.origin = [window convertBaseToScreen:inside.origin];
         NSMutableDictionary* facts = [NSMutableDictionary
             dictionaryWithObjectsAndKeys:[window title], @"title", rectangle([window frame]), @"frame",
-                                         controls, @"controls", nil];
+                                         rectangle(inside), @"content", controls, @"controls", nil];
         NSButton* closeBox = [window standardWindowButton:NSWindowCloseButton];
         if (closeBox != nil) {
             [facts setObject:[describe(closeBox, @"closeBox") objectForKey:@"frame"] forKey:@"closeBox"];

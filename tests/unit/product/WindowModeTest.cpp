@@ -113,6 +113,7 @@ TEST_F(WindowMode, InterfaceTextsWithoutTheirTableArePlainEnglish) {
     EXPECT_EQ(program.interfaceText("label"), "%@ will be removed from this Mac.");
     EXPECT_EQ(program.interfaceText("uninstall"), "Uninstall");
     EXPECT_EQ(program.interfaceText("cancel"), "Cancel");
+    EXPECT_EQ(program.interfaceText("duration"), "This can take up to a minute.");
     EXPECT_EQ(program.interfaceText("about"), "About Uninstall Sentrel");
     EXPECT_EQ(program.interfaceText("hide"), "Hide Uninstall Sentrel");
     EXPECT_EQ(program.interfaceText("quit"), "Quit Uninstall Sentrel");

@@ -144,15 +144,23 @@ static BOOL isPressed(GSThemeControlState state) {
                      withClip:(NSRect)rect
                       atCount:(int)count
                      forValue:(double)value {
-    (void)progress;
     (void)rect;
-    (void)count;
     NSRect track = NSMakeRect(NSMinX(bounds), floor(NSMidY(bounds) - kProgressThickness / 2), NSWidth(bounds),
                               kProgressThickness);
     CGFloat radius = kProgressThickness / 2;
     [color(0xDFE3E8) set];
     [[NSBezierPath bezierPathWithRoundedRect:track xRadius:radius yRadius:radius] fill];
-    if (value > 0) {
+    if ([progress isIndeterminate]) {
+        // A piece that goes to and fro, one way in so many steps of the animation.
+        const int way = 24;
+        int step = count % (2 * way);
+        CGFloat place = (CGFloat)(step < way ? step : 2 * way - step) / way;
+        CGFloat piece = floor(NSWidth(track) / 5);
+        track.origin.x += floor((NSWidth(track) - piece) * place);
+        track.size.width = piece;
+        [accent() set];
+        [[NSBezierPath bezierPathWithRoundedRect:track xRadius:radius yRadius:radius] fill];
+    } else if (value > 0) {
         track.size.width = fmax(kProgressThickness, NSWidth(track) * value);
         [accent() set];
         [[NSBezierPath bezierPathWithRoundedRect:track xRadius:radius yRadius:radius] fill];

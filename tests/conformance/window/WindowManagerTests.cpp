@@ -1,0 +1,93 @@
+// The window under a real window manager, which draws its title bar and decides who has the keyboard.
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "ProbeProcess.h"
+#include "support/BackgroundProgram.h"
+#include "support/VirtualDisplay.h"
+
+namespace WindowTests {
+namespace {
+
+constexpr const char* kTitle = "Remove Sentrel";
+constexpr const char* kProgram = "Uninstall Sentrel";
+/// Of the window without the manager's frame.
+constexpr int kWidth = 500;
+
+/// A display whose window manager is ready.
+class WindowUnderAManager : public testing::Test {
+  protected:
+    void SetUp() override {
+        std::string scratch = (std::filesystem::temp_directory_path() / "window-manager.XXXXXX").string();
+        ASSERT_NE(::mkdtemp(scratch.data()), nullptr);
+        scratch_ = scratch;
+        // It runs the command when it manages the display.
+        manager_ = std::make_unique<TestSupport::BackgroundProgram>(
+            std::vector<std::string>{"env", "DISPLAY=" + display_.name(), "HOME=" + scratch_, "openbox",
+                                     "--sm-disable", "--startup", "touch " + scratch_ + "/ready"},
+            scratch_ + "/log");
+        for (int attempt = 0; attempt < 600 && !std::filesystem::exists(scratch_ + "/ready"); ++attempt) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        }
+        ASSERT_TRUE(std::filesystem::exists(scratch_ + "/ready"));
+        probe_ = std::make_unique<ProbeProcess>(
+            display_.name(),
+            std::vector<std::string>{std::string("title=") + kTitle, "headline=Sentrel Uninstaller",
+                                     "label=Sentrel will be removed.", "uninstall=Uninstall", "cancel=Cancel",
+                                     "about=About", "hide=Hide", "quit=Quit", "version=6.4",
+                                     std::string("resources=") + ICON_FOLDER});
+        ASSERT_TRUE(probe_->hears("launched"));
+        // The menu bar has the keyboard for the window.
+        ASSERT_TRUE(display_.waitForWindow(kProgram));
+    }
+    void TearDown() override {
+        probe_.reset();
+        manager_.reset();
+        std::filesystem::remove_all(scratch_);
+    }
+
+    /// Clicks the close box that the manager draws, at the right end of its bar above the window.
+    void clickCloseBox() {
+        std::string window =
+            display_.xdotool({"search", "--onlyvisible", "--name", std::string("^") + kTitle + "$"});
+        window = window.substr(0, window.find('\n'));
+        ASSERT_NE(window, "");
+        const std::string place = std::to_string(kWidth - 10);
+        display_.xdotool({"mousemove", "--window", window, place, "-10", "sleep", "0.2", "click", "1"});
+    }
+
+    TestSupport::VirtualDisplay display_;
+    std::string scratch_;
+    std::unique_ptr<TestSupport::BackgroundProgram> manager_;
+    std::unique_ptr<ProbeProcess> probe_;
+};
+
+TEST_F(WindowUnderAManager, ReturnPressesUninstall) {
+    display_.press("Return");
+    EXPECT_TRUE(probe_->hears("uninstall"));
+}
+
+TEST_F(WindowUnderAManager, EscapePressesCancel) {
+    display_.press("Escape");
+    EXPECT_TRUE(probe_->hears("cancel"));
+}
+
+TEST_F(WindowUnderAManager, TheManagersCloseBoxAsksAndTheWindowStaysWhenRefused) {
+    probe_->tell("may-close no");
+    clickCloseBox();
+    EXPECT_TRUE(probe_->hears("should-close"));
+    probe_->tell("may-close yes");
+    clickCloseBox();
+    EXPECT_TRUE(display_.waitUntilGone(kTitle));
+}
+
+}  // namespace
+}  // namespace WindowTests
