@@ -7,6 +7,23 @@
 #define DIALOG_JOINED(owner, name) DIALOG_JOINED_(owner, name)
 #define DIALOG_CLASS(name) DIALOG_JOINED(DIALOG_OWNER, name)
 
+/// What the dialogs say, in English.
+#define DIALOG_WANTS_CHANGES @"%@ wants to make changes."
+#define DIALOG_ASKS_ADMINISTRATOR @"Enter an administrator\u2019s name and password to allow this."
+#define DIALOG_NAME @"Name:"
+#define DIALOG_PASSWORD @"Password:"
+#define DIALOG_CANCEL @"Cancel"
+#define DIALOG_WRONG_ADMINISTRATOR @"The name or password is not correct."
+#define DIALOG_LOCK_IS_ON @"Sentrel parental control is on."
+#define DIALOG_ASKS_PASSWORD @"Enter its password to continue."
+#define DIALOG_WRONG_PASSWORD @"The password is not correct."
+
+/// One of these in the user's first language that is known here, else as it is.
+NSString* dialogText(NSString* english);
+
+/// Has the dialogs of this process written in a font that has the user's letters.
+void dialogChooseFonts(void);
+
 typedef enum { DialogIconLock, DialogIconShield } DialogIcon;
 
 /// A centred panel of that size without a title bar. Its content view counts from the top. `title` is for
@@ -23,6 +40,8 @@ NSTextField* dialogAddField(NSPanel* panel, NSRect frame, BOOL isSecure);
 /// Adds a button that is pressed with `key` too; that of the return key looks like the one to press.
 NSButton* dialogAddButton(NSPanel* panel, NSRect frame, NSString* title, NSString* key, id target,
                           SEL action);
+/// Adds OK and Cancel in the lower right corner, with their keys.
+void dialogAddAnswers(NSPanel* panel, id target, SEL ok, SEL cancel);
 void dialogAddIcon(NSPanel* panel, NSRect frame, DialogIcon icon);
 
 /// The width of a button with that title.

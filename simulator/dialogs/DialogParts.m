@@ -3,14 +3,36 @@
 #import <objc/runtime.h>
 #import <unistd.h>
 
-static const CGFloat kCorner = 5;
+// The looks of the uninstaller's window, so that all of it looks like one system.
+static const CGFloat kCorner = 6;
 
-static NSColor* gray(CGFloat white) {
-    return [NSColor colorWithCalibratedWhite:white alpha:1];
+static NSColor* color(unsigned rgb) {
+    return [NSColor colorWithCalibratedRed:((rgb >> 16) & 0xFF) / 255.0
+                                     green:((rgb >> 8) & 0xFF) / 255.0
+                                      blue:(rgb & 0xFF) / 255.0
+                                     alpha:1];
 }
 
-static NSColor* color(CGFloat red, CGFloat green, CGFloat blue) {
-    return [NSColor colorWithCalibratedRed:red green:green blue:blue alpha:1];
+static NSColor* face(void) {
+    return color(0xF6F7F8);
+}
+
+static NSColor* line(void) {
+    return color(0xC9CDD3);
+}
+
+static NSColor* ink(void) {
+    return color(0x1F2328);
+}
+
+static void fillRounded(NSRect frame, NSColor* fill, NSColor* stroke) {
+    NSBezierPath* outline = [NSBezierPath bezierPathWithRoundedRect:NSInsetRect(frame, 0.5, 0.5)
+                                                            xRadius:kCorner
+                                                            yRadius:kCorner];
+    [fill set];
+    [outline fill];
+    [stroke set];
+    [outline stroke];
 }
 
 @interface DIALOG_CLASS (Panel) : NSPanel
@@ -40,9 +62,9 @@ static NSColor* color(CGFloat red, CGFloat green, CGFloat blue) {
 
 - (void)drawRect:(NSRect)dirty {
     (void)dirty;
-    [gray(0.93) set];
+    [face() set];
     NSRectFill([self bounds]);
-    [gray(0.62) set];
+    [line() set];
     NSFrameRect([self bounds]);
 }
 
@@ -55,10 +77,7 @@ static NSColor* color(CGFloat red, CGFloat green, CGFloat blue) {
 
 - (void)drawRect:(NSRect)dirty {
     (void)dirty;
-    [[NSColor whiteColor] set];
-    NSRectFill([self bounds]);
-    [gray(0.68) set];
-    NSFrameRect([self bounds]);
+    fillRounded([self bounds], [NSColor whiteColor], line());
 }
 
 @end
@@ -68,29 +87,17 @@ static NSColor* color(CGFloat red, CGFloat green, CGFloat blue) {
 
 @implementation DIALOG_CLASS (ButtonCell)
 
-- (NSGradient*)filling:(BOOL)isDefault {
-    if (isDefault) {
-        return [self isHighlighted]
-                   ? [[[NSGradient alloc] initWithStartingColor:color(0.16, 0.44, 0.86)
-                                                    endingColor:color(0.05, 0.31, 0.75)] autorelease]
-                   : [[[NSGradient alloc] initWithStartingColor:color(0.40, 0.66, 0.99)
-                                                    endingColor:color(0.10, 0.44, 0.95)] autorelease];
-    }
-    CGFloat top = [self isHighlighted] ? 0.86 : 1.0;
-    return [[[NSGradient alloc] initWithStartingColor:gray(top) endingColor:gray(top - 0.03)] autorelease];
-}
-
 - (void)drawWithFrame:(NSRect)frame inView:(NSView*)view {
+    (void)view;
     BOOL isDefault = [[self keyEquivalent] isEqualToString:@"\r"];
-    NSBezierPath* outline = [NSBezierPath bezierPathWithRoundedRect:NSInsetRect(frame, 0.5, 0.5)
-                                                            xRadius:kCorner
-                                                            yRadius:kCorner];
-    [[self filling:isDefault] drawInBezierPath:outline angle:[view isFlipped] ? 90 : 270];
-    [(isDefault ? color(0.09, 0.38, 0.84) : gray(0.70)) set];
-    [outline stroke];
+    if (isDefault) {
+        fillRounded(frame, color([self isHighlighted] ? 0x1253AD : 0x1768D8), color(0x1458B8));
+    } else {
+        fillRounded(frame, [self isHighlighted] ? color(0xE4E7EB) : [NSColor whiteColor], line());
+    }
     NSDictionary* attributes =
-        [NSDictionary dictionaryWithObjectsAndKeys:[NSFont systemFontOfSize:12], NSFontAttributeName,
-                                                   isDefault ? [NSColor whiteColor] : gray(0.1),
+        [NSDictionary dictionaryWithObjectsAndKeys:[NSFont systemFontOfSize:13], NSFontAttributeName,
+                                                   isDefault ? [NSColor whiteColor] : ink(),
                                                    NSForegroundColorAttributeName, nil];
     NSSize size = [[self title] sizeWithAttributes:attributes];
     [[self title] drawAtPoint:NSMakePoint(NSMidX(frame) - size.width / 2, NSMidY(frame) - size.height / 2)
@@ -137,7 +144,7 @@ NSTextField* dialogAddText(NSPanel* panel, NSRect frame, NSString* text, NSFont*
     [field setBezeled:NO];
     [field setDrawsBackground:NO];
     [field setFont:font];
-    [field setTextColor:gray(0.08)];
+    [field setTextColor:ink()];
     [[field cell] setWraps:YES];
     [field setStringValue:text];
     [[panel contentView] addSubview:field];
@@ -172,7 +179,7 @@ NSTextField* dialogAddField(NSPanel* panel, NSRect frame, BOOL isSecure) {
     [field setBezeled:NO];
     [field setDrawsBackground:YES];
     [field setBackgroundColor:[NSColor whiteColor]];
-    [field setTextColor:[NSColor blackColor]];
+    [field setTextColor:ink()];
     [field setFont:[NSFont systemFontOfSize:12]];
     [[field cell] setScrollable:YES];
     [[panel contentView] addSubview:field];
@@ -180,9 +187,9 @@ NSTextField* dialogAddField(NSPanel* panel, NSRect frame, BOOL isSecure) {
 }
 
 CGFloat dialogButtonWidth(NSString* title) {
-    NSDictionary* attributes = [NSDictionary dictionaryWithObject:[NSFont systemFontOfSize:12]
+    NSDictionary* attributes = [NSDictionary dictionaryWithObject:[NSFont systemFontOfSize:13]
                                                            forKey:NSFontAttributeName];
-    return MAX(84, ceil([title sizeWithAttributes:attributes].width) + 32);
+    return MAX(88, ceil([title sizeWithAttributes:attributes].width) + 32);
 }
 
 NSButton* dialogAddButton(NSPanel* panel, NSRect frame, NSString* title, NSString* key, id target,
@@ -195,6 +202,21 @@ NSButton* dialogAddButton(NSPanel* panel, NSRect frame, NSString* title, NSStrin
     [button setAction:action];
     [[panel contentView] addSubview:button];
     return button;
+}
+
+void dialogAddAnswers(NSPanel* panel, id target, SEL ok, SEL cancel) {
+    const CGFloat margin = 20;
+    NSSize size = [[panel contentView] bounds].size;
+    NSString* titles[] = {@"OK", dialogText(DIALOG_CANCEL)};
+    NSString* keys[] = {@"\r", @"\e"};
+    SEL actions[] = {ok, cancel};
+    CGFloat right = size.width - margin;
+    for (int index = 0; index < 2; ++index) {
+        CGFloat width = dialogButtonWidth(titles[index]);
+        dialogAddButton(panel, NSMakeRect(right - width, size.height - margin - 26, width, 26), titles[index],
+                        keys[index], target, actions[index]);
+        right -= width + 12;
+    }
 }
 
 NSInteger dialogRun(NSPanel* panel, NSTextField* field) {

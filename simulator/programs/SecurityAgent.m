@@ -13,6 +13,8 @@ static const int kLaunchd = 3;
 static const CGFloat kWidth = 500;
 static const CGFloat kMargin = 20;
 static const CGFloat kTextLeft = 104;
+/// Room for what names a field.
+static const CGFloat kNames = 110;
 static const CGFloat kTallestText = 250;
 
 @interface SecurityAgentDialog : NSObject {
@@ -73,8 +75,8 @@ static NSArray* receiveFields(void) {
     NSFont* plain = [NSFont systemFontOfSize:12];
     CGFloat width = kWidth - kTextLeft - kMargin;
     CGFloat top = kMargin;
-    NSString* texts[] = {[NSString stringWithFormat:@"%@ wants to make changes.", application], prompt,
-                         @"Enter an administrator\u2019s name and password to allow this."};
+    NSString* texts[] = {[NSString stringWithFormat:dialogText(DIALOG_WANTS_CHANGES), application], prompt,
+                         dialogText(DIALOG_ASKS_ADMINISTRATOR)};
     for (int index = 0; index < 3; ++index) {
         NSFont* font = index == 0 ? bold : plain;
         CGFloat height = MIN(dialogTextHeight(texts[index], font, width), kTallestText);
@@ -96,12 +98,12 @@ static NSArray* receiveFields(void) {
     [self addTexts:application prompt:prompt];
     dialogAddIcon(panel_, NSMakeRect(kMargin, kMargin, 68, 68), DialogIconLock);
 
-    NSRect field = NSMakeRect(kTextLeft + 84, top, kWidth - kTextLeft - 84 - kMargin, 24);
-    dialogAddFieldName(panel_, field, kTextLeft, @"Name:");
+    NSRect field = NSMakeRect(kTextLeft + kNames, top, kWidth - kTextLeft - kNames - kMargin, 24);
+    dialogAddFieldName(panel_, field, kTextLeft, dialogText(DIALOG_NAME));
     name_ = dialogAddField(panel_, field, NO);
     [name_ setStringValue:user];
     field.origin.y += 32;
-    dialogAddFieldName(panel_, field, kTextLeft, @"Password:");
+    dialogAddFieldName(panel_, field, kTextLeft, dialogText(DIALOG_PASSWORD));
     password_ = dialogAddField(panel_, field, YES);
     [name_ setNextKeyView:password_];
     [password_ setNextKeyView:name_];
@@ -110,10 +112,7 @@ static NSArray* receiveFields(void) {
     [message_ setAlignment:NSRightTextAlignment];
     [message_ setTextColor:[NSColor colorWithCalibratedRed:0.75 green:0.1 blue:0.1 alpha:1]];
 
-    NSRect button = NSMakeRect(kWidth - kMargin - 84, height - kMargin - 26, 84, 26);
-    dialogAddButton(panel_, button, @"OK", @"\r", self, @selector(answer:));
-    button.origin.x -= 84 + 10;
-    dialogAddButton(panel_, button, @"Cancel", @"\e", self, @selector(cancel:));
+    dialogAddAnswers(panel_, self, @selector(answer:), @selector(cancel:));
     return self;
 }
 
@@ -130,7 +129,7 @@ static NSArray* receiveFields(void) {
         [NSApp stopModal];
         return;
     }
-    dialogRefuse(panel_, password_, message_, @"The name or password is not correct.");
+    dialogRefuse(panel_, password_, message_, dialogText(DIALOG_WRONG_ADMINISTRATOR));
 }
 
 - (void)cancel:(id)sender {
@@ -192,10 +191,9 @@ static void prepareApplication(void) {
     [defaults
         registerDefaults:[NSDictionary dictionaryWithObjectsAndKeys:@"NO", @"GSX11HandlesWindowDecorations",
                                                                     @"NO", @"GSBackHandlesWindowDecorations",
-                                                                    @"YES", @"GSSuppressAppIcon",
-                                                                    @"DejaVuSans", @"NSFont",
-                                                                    @"DejaVuSans-Bold", @"NSBoldFont", nil]];
+                                                                    @"YES", @"GSSuppressAppIcon", nil]];
     [NSApplication sharedApplication];
+    dialogChooseFonts();
     [NSApp finishLaunching];
 }
 

@@ -44,21 +44,17 @@ static const CGFloat kTextLeft = 104;
     CGFloat height = 190;
     panel_ = dialogNewPanel(NSMakeSize(kWidth, height), @"Parental control");
     dialogAddIcon(panel_, NSMakeRect(kMargin, kMargin, 64, 64), DialogIconLock);
-    dialogAddText(panel_, NSMakeRect(kTextLeft, kMargin, width, 20), @"Sentrel parental control is on.",
-                  bold);
-    dialogAddText(panel_, NSMakeRect(kTextLeft, kMargin + 26, width, 20), @"Enter its password to continue.",
+    dialogAddText(panel_, NSMakeRect(kTextLeft, kMargin, width, 20), dialogText(DIALOG_LOCK_IS_ON), bold);
+    dialogAddText(panel_, NSMakeRect(kTextLeft, kMargin + 26, width, 20), dialogText(DIALOG_ASKS_PASSWORD),
                   plain);
-    NSRect field = NSMakeRect(kTextLeft + 84, kMargin + 58, width - 84, 24);
-    dialogAddFieldName(panel_, field, kTextLeft, @"Password:");
+    NSRect field = NSMakeRect(kTextLeft + 110, kMargin + 58, width - 110, 24);
+    dialogAddFieldName(panel_, field, kTextLeft, dialogText(DIALOG_PASSWORD));
     password_ = dialogAddField(panel_, field, YES);
     message_ = dialogAddText(panel_, NSMakeRect(kTextLeft, kMargin + 88, width, 20), @"",
                              [NSFont systemFontOfSize:11]);
     [message_ setAlignment:NSRightTextAlignment];
     [message_ setTextColor:[NSColor colorWithCalibratedRed:0.75 green:0.1 blue:0.1 alpha:1]];
-    NSRect button = NSMakeRect(kWidth - kMargin - 84, height - kMargin - 26, 84, 26);
-    dialogAddButton(panel_, button, @"OK", @"\r", self, @selector(unlock:));
-    button.origin.x -= 84 + 10;
-    dialogAddButton(panel_, button, @"Cancel", @"\e", self, @selector(cancel:));
+    dialogAddAnswers(panel_, self, @selector(unlock:), @selector(cancel:));
 }
 
 - (BOOL)isPassword:(NSString*)password {
@@ -76,7 +72,7 @@ static const CGFloat kTextLeft = 104;
     if ([self isPassword:[password_ stringValue]]) {
         [NSApp stopModalWithCode:1];
     } else {
-        dialogRefuse(panel_, password_, message_, @"The password is not correct.");
+        dialogRefuse(panel_, password_, message_, dialogText(DIALOG_WRONG_PASSWORD));
     }
 }
 
