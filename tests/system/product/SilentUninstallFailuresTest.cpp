@@ -48,7 +48,8 @@ TEST_F(SilentFailure, AProcessWithoutAdministratorRightsIsRefusedAtOnceWithNoDia
 }
 
 TEST_F(SilentFailure, StandardErrorEndsWithTheOutcomeWhereItIsRead) {
-    mac_.put("/tmp/run", "#!/bin/sh\n\"" + std::string(kInstalledUninstaller) + "\" --silent 2>&1 | tail -1\n", 0755);
+    mac_.put("/tmp/run",
+             "#!/bin/sh\n\"" + std::string(kInstalledUninstaller) + "\" --silent 2>&1 | tail -1\n", 0755);
     const std::string line = mac_.run({"authorization"}, {"/tmp/run"}).out;
     EXPECT_TRUE(std::regex_match(line, std::regex(R"(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3} )"
                                                   R"(Uninstall Sentrel\[\d+:\d+\] \[SNTM Installer\] )"

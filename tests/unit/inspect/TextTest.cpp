@@ -8,10 +8,10 @@
 
 namespace {
 
-using Tools::didYouMean;
-using Tools::nearestWord;
 using Inspect::sizeText;
 using Inspect::wrapped;
+using Tools::didYouMean;
+using Tools::nearestWord;
 using Words = std::vector<std::string>;
 
 TEST(NearestWord, CountsLettersAddedLeftOutChangedAndSwapped) {
