@@ -1,3 +1,5 @@
+#import <stdlib.h>
+
 #import "dialogs/DialogParts.h"
 
 static NSString* const kPreferences = @"Library/Preferences/.GlobalPreferences.plist";
@@ -60,8 +62,17 @@ static const struct Translation kTranslations[] = {
 
 /// The user's languages, best first.
 static NSArray* userLanguages(void) {
-    NSString* file = [NSHomeDirectory() stringByAppendingPathComponent:kPreferences];
-    id languages = [[NSDictionary dictionaryWithContentsOfFile:file] objectForKey:@"AppleLanguages"];
+    const char* home = getenv("HOME");
+    NSString* file = [[NSString stringWithUTF8String:home != NULL ? home : "/"]
+        stringByAppendingPathComponent:kPreferences];
+    NSData* data = [NSData dataWithContentsOfFile:file];
+    id preferences = data == nil ? nil
+                                 : [NSPropertyListSerialization propertyListWithData:data
+                                                                             options:NSPropertyListImmutable
+                                                                              format:NULL
+                                                                               error:NULL];
+    id languages =
+        [preferences isKindOfClass:[NSDictionary class]] ? [preferences objectForKey:@"AppleLanguages"] : nil;
     return [languages isKindOfClass:[NSArray class]] ? languages : [NSArray array];
 }
 
