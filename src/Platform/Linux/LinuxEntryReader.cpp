@@ -24,7 +24,7 @@ void EntryReader::continueThrough(int duplicate) {
     folder_ = duplicate;
 }
 
-ssize_t EntryReader::read(char* room, std::size_t size) {
+ssize_t EntryReader::read(char* room, std::size_t size) const {
     const long count = ::syscall(SYS_getdents64, folder_, room, size);
     // A folder that was removed while it was open has no entries left.
     return count < 0 && errno == ENOENT ? 0 : static_cast<ssize_t>(count);

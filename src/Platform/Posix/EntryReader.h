@@ -23,7 +23,7 @@ class EntryReader {
     void continueThrough(int duplicate);
 
     /// Returns how many bytes of `room` were filled, 0 at the end, -1 on failure (see errno).
-    [[nodiscard]] ssize_t read(char* room, std::size_t size);
+    [[nodiscard]] ssize_t read(char* room, std::size_t size) const;
 
   private:
     int folder_ = -1;

@@ -56,7 +56,7 @@ void EntryReader::stop() {
 
 void EntryReader::continueThrough(int /*duplicate*/) {}
 
-ssize_t EntryReader::read(char* room, std::size_t size) {
+ssize_t EntryReader::read(char* room, std::size_t size) const {
     std::size_t filled = 0;
     while (filled + lengthOfRecord(sizeof(dirent::d_name)) <= size) {
         errno = 0;

@@ -99,7 +99,7 @@ TEST_F(ManyFailures, OfARemovalAreReportedAsTheFirstInTheTree) {
 std::string firstUnreadable(const std::string& folder) {
     for (const auto& entry : std::filesystem::directory_iterator(folder)) {
         const std::string path = entry.path();
-        const std::string found = entry.is_directory() ? firstUnreadable(path) : path;
+        std::string found = entry.is_directory() ? firstUnreadable(path) : path;
         if (!found.empty() && (entry.is_directory() || (statusOf(path).st_mode & 07777) == 0)) {
             return found;
         }
