@@ -87,6 +87,7 @@ class NoServiceManagement final : public Platform::ServiceManagement {
 };
 
 class NoXPC final : public Platform::XPC {
+    void registerClasses(const Base::AllowedClasses& /*classes*/) override { refuse(); }
     std::shared_ptr<Platform::XPCConnection> makeConnection(const std::string& /*machServiceName*/,
                                                             std::uint32_t /*options*/) override {
         refuse();

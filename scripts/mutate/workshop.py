@@ -17,7 +17,8 @@ import schemata
 COPIED = ("CMakeLists.txt", "CMakePresets.json", "cmake", "resources", "scripts", "src", "simulator", "tests", "tools")
 # Built like this preset, so that the compiler cache knows nearly all of it. Mutants are compiled for speed of compiling.
 PRESET = "release"
-QUICK = ("-O0", "-g0", "-w")
+# Looking into an optional or a text that is empty ends the program, as it should a test.
+QUICK = ("-O0", "-g0", "-w", "-D_GLIBCXX_ASSERTIONS")
 # The compiler understands more of what a source means when it optimises.
 OPTIMISED = ("-O2", "-g0", "-w")
 # Heavy and in nearly every file; precompiled, they halve the time of compiling.

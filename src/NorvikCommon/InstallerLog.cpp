@@ -15,14 +15,18 @@ void write(std::string_view displayable) {
     Platform::SystemPorts::current().log.log(displayable);
 }
 
-/// The first of `names` in `text` that would not stay on its line, as a part of `text`; empty if there is
-/// none.
+/// The first of `names` in `text` that would not stay on its line, as a part of `text`; of two that begin at
+/// the same place, the longer one. Empty if there is none.
 std::string_view firstUnruly(std::string_view text, std::span<const std::string> names) {
     std::string_view first = text.substr(text.size());
     for (const std::string& name : names) {
         const std::size_t at = name.find_first_of("\n\t") == std::string::npos ? text.npos : text.find(name);
-        if (at != text.npos && text.data() + at < first.data()) {
-            first = text.substr(at, name.size());
+        if (at == text.npos) {
+            continue;
+        }
+        const std::string_view found = text.substr(at, name.size());
+        if (found.data() < first.data() || (found.data() == first.data() && found.size() > first.size())) {
+            first = found;
         }
     }
     return first;

@@ -141,6 +141,12 @@ class XPC {
   public:
     virtual ~XPC() = default;
 
+    /// Has the system know the classes of `classes.objects` under their runtime names from now on. Call it
+    /// before anybody else's code is loaded: the names are those of the product, whose frameworks may hold
+    /// classes that are called the same. On macOS a class that is there already ends the process, one that
+    /// comes later only costs a warning of the system. Nothing to do where classes have no such names.
+    virtual void registerClasses(const Base::AllowedClasses& classes) = 0;
+
     /// A new connection, not yet resumed. Never null; touches nothing.
     [[nodiscard]] virtual std::shared_ptr<XPCConnection> makeConnection(const std::string& machServiceName,
                                                                         std::uint32_t options) = 0;

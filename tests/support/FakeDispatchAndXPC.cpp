@@ -192,6 +192,10 @@ std::shared_ptr<Platform::XPCObject> FakeConnection::synchronousRemoteObjectProx
         protocolOfProxy.value_or(std::string(remoteInterface->protocolName)), std::move(answer));
 }
 
+void FakeXPC::registerClasses(const Base::AllowedClasses& classes) {
+    calls_.push_back("register " + std::to_string(classes.objects.size()) + " classes");
+}
+
 std::shared_ptr<Platform::XPCConnection> FakeXPC::makeConnection(const std::string& machServiceName,
                                                                  std::uint32_t options) {
     calls_.push_back("connection " + machServiceName + " " + std::to_string(options));

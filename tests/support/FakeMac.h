@@ -361,6 +361,7 @@ class FakeXPC final : public Platform::XPC {
   public:
     explicit FakeXPC(CallList& calls) : calls_(calls) {}
 
+    void registerClasses(const Base::AllowedClasses& classes) override;
     [[nodiscard]] std::shared_ptr<Platform::XPCConnection> makeConnection(const std::string& machServiceName,
                                                                           std::uint32_t options) override;
     [[nodiscard]] std::unique_ptr<Platform::XPCListener> makeListener(

@@ -29,6 +29,7 @@ class FakeCopy final : public Platform::PrivateCopy {
 std::unique_ptr<Platform::PrivateCopy> FakePrivateCopies::copy(const Base::URL& file,
                                                                const Base::URL& destination,
                                                                std::uint64_t atMost, Platform::Error& error) {
+    lastLimit = atMost;
     calls_.push_back("private copy " + file.path() + " to " + destination.path());
     if (const auto failure = failures.extract(file.path())) {
         error = failure.mapped();

@@ -30,6 +30,8 @@ class FakePrivateCopies final : public Platform::PrivateCopies {
     std::map<std::string, File> files;
     /// The next call on this path fails with this.
     std::map<std::string, Platform::Error> failures;
+    /// How many bytes the last copy was to have at most.
+    std::uint64_t lastLimit = 0;
 
   private:
     std::vector<std::string>& calls_;

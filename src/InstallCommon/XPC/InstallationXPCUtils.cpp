@@ -11,6 +11,7 @@
 #include "InstallCommon/Commands/Uninstallation/StopLaunchdJobCommand.h"
 #include "InstallCommon/Commands/Uninstallation/UnloadKextCommand.h"
 #include "NorvikCommon/Product Paths Information/ProductComponents.h"
+#include "Platform/SystemPorts.h"
 
 namespace InstallCommon {
 
@@ -139,6 +140,10 @@ Base::AllowedClasses allowedCommandListClasses() {
         &NorvikCommon::KextInfo::codedClass()};
     static constexpr std::array<std::string_view, 4> kValues{"NSArray", "NSURL", "NSString", "NSNumber"};
     return {kObjects, kValues};
+}
+
+void registerCommandListClasses() {
+    Platform::SystemPorts::current().xpc.registerClasses(allowedCommandListClasses());
 }
 
 Platform::XPCInterface CreateCommandExecutingXPCInterface() {

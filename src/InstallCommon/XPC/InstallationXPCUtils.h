@@ -41,6 +41,10 @@ class CommandExecuting {
 /// The classes allowed in a command list, as in the interface.
 [[nodiscard]] Base::AllowedClasses allowedCommandListClasses();
 
+/// Has the system know those classes. The first thing that a program does which sends or takes lists, before
+/// it loads anybody else's code (see Platform::XPC::registerClasses).
+void registerCommandListClasses();
+
 /// Turns decoded objects into commands. Nothing when one of them is no command; `objects` is used up in any
 /// case.
 [[nodiscard]] std::optional<CommandList> commandList(Base::CodedObjectList objects);

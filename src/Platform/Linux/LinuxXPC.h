@@ -18,6 +18,7 @@ class LinuxXPC final : public XPC {
                       std::string servicesFolder = std::string(kMachServicesFolder))
         : services_(std::move(services)), servicesFolder_(std::move(servicesFolder)) {}
 
+    void registerClasses(const Base::AllowedClasses& /*classes*/) override {}
     [[nodiscard]] std::shared_ptr<XPCConnection> makeConnection(const std::string& machServiceName,
                                                                 std::uint32_t options) override;
     [[nodiscard]] std::unique_ptr<XPCListener> makeListener(

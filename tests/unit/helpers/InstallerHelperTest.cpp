@@ -32,6 +32,7 @@ class InstallerHelper : public testing::Test {
 
 TEST_F(InstallerHelper, AsksForItsOwnServiceAndTheTwoProgramsOfTheMaker) {
     serve(nullptr);
+    EXPECT_EQ(mac_.calls.front(), "register 14 classes");
     EXPECT_EQ(mac_.callsOf("listen "), CallList{"listen com.norvik.InstallerHelper"});
     ASSERT_EQ(mac_.xpc.requirements.size(), 2U);
     EXPECT_NE(mac_.xpc.requirements[0].find("com.NORVIK.Uninstall-NORVIK-Antivirus"), std::string::npos)

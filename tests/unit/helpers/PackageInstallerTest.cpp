@@ -33,6 +33,8 @@ TEST_F(PackageInstaller, InstallsACopyThatOnlyRootCanReachAndRemovesIt) {
     // The output is read before the wait: a tool that says more than a pipe holds would never end.
     EXPECT_EQ(mac_.calls, (CallList{"private copy /p/a b.pkg to " + copy_, "launch " + command_,
                                     "read output", "read error", "wait", "remove private copy " + copy_}));
+    // A longer package is told by its one byte too many.
+    EXPECT_EQ(mac_.privateCopies.lastLimit, 1001U);
     ASSERT_EQ(mac_.tasks.argumentVectors.size(), 1U);
     EXPECT_EQ(*mac_.tasks.argumentVectors[0], (std::vector<std::string>{"-pkg", copy_, "-target", "/"}));
     EXPECT_EQ(mac_.log.lines, std::vector<std::string>());
@@ -42,6 +44,11 @@ TEST_F(PackageInstaller, AnswersWithTheToolsOwnWordsWithoutTheirLineBreak) {
     mac_.tasks.results[command_] = {"", "installer: Error - the package is damaged.\n", 1};
     EXPECT_EQ(install(), (Platform::Error{"installer: Error - the package is damaged.", 1}));
     EXPECT_EQ(mac_.calls.back(), "remove private copy " + copy_);
+}
+
+TEST_F(PackageInstaller, LeavesEverythingButTheLineBreaksToTheToolsWords) {
+    mac_.tasks.results[command_] = {"", "no ~\r\n\n", 1};
+    EXPECT_EQ(install(), (Platform::Error{"no ~", 1}));
 }
 
 TEST_F(PackageInstaller, AnswersInItsOwnWordsWhenTheToolHasNone) {

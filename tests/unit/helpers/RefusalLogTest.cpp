@@ -44,6 +44,22 @@ TEST_F(RefusalLogTest, WritesTheFirstOfAKindWhole) {
                               peer(4) + ": no identity", peer(5) + ": no identity"}));
 }
 
+TEST_F(RefusalLogTest, TakesEverythingAfterThePeerForTheKind) {
+    refuse(6, "no: identity");
+    static_cast<void>(lines());
+    log_.summarize();
+    EXPECT_EQ(lines(), Lines{"in all: 6 times, no: identity"});
+}
+
+TEST_F(RefusalLogTest, TakesALineWithoutAPeerForItsOwnKind) {
+    for (int time = 0; time < 6; ++time) {
+        log_.note("odd");
+    }
+    static_cast<void>(lines());
+    log_.summarize();
+    EXPECT_EQ(lines(), Lines{"in all: 6 times, odd"});
+}
+
 TEST_F(RefusalLogTest, CountsTheRestAtEveryPowerOfTen) {
     refuse(9, "no identity");
     EXPECT_EQ(lines().size(), 5U);

@@ -161,6 +161,28 @@ TEST_F(Retirement, LeavesASupportHelperThatRunsOnAndRemovesTheRest) {
     EXPECT_LT(mac_.clock.present - start, 6'000'000'000U);
 }
 
+TEST_F(Retirement, LooksAtTheSupportHelperUntilTheMomentAtWhichItsTimeIsUp) {
+    mac_.tasks.results[kPrint + kSupport].output = kRunningJob;
+    for (const auto& [step, questions] : {std::pair{1'000'000'000U, 6U}, std::pair{3'000'000'000U, 3U}}) {
+        mac_.dispatch.onWait = [this, step = step] { mac_.clock.present += step; };
+        runList();
+        EXPECT_EQ(mac_.callsOf("launch " + kPrint).size(), questions);
+    }
+}
+
+TEST_F(Retirement, SleepsOnASemaphoreThatNobodySignals) {
+    runList();
+    EXPECT_EQ(mac_.callsOf("semaphore "), CallList{"semaphore 0"});
+}
+
+TEST_F(Retirement, KeepsTheToolWhenLaunchctlCannotBeRunAnyMore) {
+    mac_.tasks.results[kPrint + kSupport].onLaunch = [this] {
+        mac_.tasks.notExecutable = {"/bin/launchctl"};
+    };
+    runList();
+    EXPECT_TRUE(isInstalled(kSupport));
+}
+
 TEST_F(Retirement, StopsWaitingForTheSupportHelperWhenAListComes) {
     mac_.tasks.results[kPrint + kSupport].output = kRunningJob;
     anotherWaits_ = [] { return true; };
@@ -246,6 +268,33 @@ TEST_F(Retirement, StaysWhenLaunchdRefusesTheRemoval) {
     runList();
     EXPECT_FALSE(listener_.isStopped);
     EXPECT_EQ(mac_.callsOf("kill task"), CallList());
+}
+
+TEST_F(Retirement, WaitsForLaunchdUntilTheMomentAtWhichItsTimeIsUp) {
+    mac_.tasks.results[kBootout + kOwn] = {.runsOn = true};
+    mac_.dispatch.onWait = [this] { mac_.clock.present += 1'000'000'000U; };
+    runList();
+    // One look for requests that came before, then one a second.
+    EXPECT_EQ(mac_.callsOf("wait until ").size(), 11U);
+}
+
+// Without a request nothing tells that launchd has heard of the removal, so there is no answer to wait for.
+TEST_F(Retirement, DoesNotWaitForAnAnswerToARequestThatNeverCame) {
+    mac_.tasks.results[kBootout + kOwn] = {.runsOn = true, .onLaunch = [this] { install(kOwn); }};
+    mac_.dispatch.onWait = [this] { mac_.clock.present += 1'000'000'000U; };
+    runList();
+    EXPECT_EQ(mac_.callsOf("wait until ").size(), 11U);
+}
+
+TEST_F(Retirement, WaitsForLaunchctlUntilTheMomentAtWhichItsTimeIsUp) {
+    mac_.tasks.results[kBootout + kOwn] = {.runsOn = true, .onLaunch = [this] {
+                                               install(kOwn);
+                                               mac_.termination.request();
+                                           }};
+    mac_.dispatch.onWait = [this] { mac_.clock.present += 1'000'000'000U; };
+    runList();
+    // One look for requests that came before, the request, then two seconds of one look each.
+    EXPECT_EQ(mac_.callsOf("wait until ").size(), 4U);
 }
 
 TEST_F(Retirement, GivesUpOnALaunchctlThatNeverReachesLaunchd) {

@@ -16,9 +16,14 @@ using Lines = std::vector<std::string>;
 
 class Executor final : public InstallCommon::CommandExecuting {
   public:
+    /// Reports each command to the delegate with a weight of its own.
     void executeWithCommands(InstallCommon::CommandList commands,
-                             std::shared_ptr<InstallCommon::CommandExecutingDelegate> /*delegate*/) override {
+                             std::shared_ptr<InstallCommon::CommandExecutingDelegate> delegate) override {
         lists.push_back(std::to_string(commands.size()) + " commands");
+        std::int32_t weight = 7;
+        for (const auto& command : commands) {
+            delegate->commandExecutingDidExecuteCommand(command->commandDescription(), weight++);
+        }
     }
     Lines lists;
 };
@@ -35,11 +40,15 @@ class Delegate final : public InstallCommon::CommandExecutingDelegate {
 class Remote final : public Platform::XPCObject {
   public:
     [[nodiscard]] std::string_view protocolName() const override { return "CommandExecuting"; }
-    void message(std::string_view /*selector*/, std::vector<Platform::XPCValue> sent,
-                 Platform::XPCReply /*reply*/) override {
+    void message(std::string_view called, std::vector<Platform::XPCValue> sent,
+                 Platform::XPCReply reply) override {
+        selector = called;
         arguments = std::move(sent);
+        waitsForReply = static_cast<bool>(reply);
     }
+    std::string selector;
     std::vector<Platform::XPCValue> arguments;
+    bool waitsForReply = false;
 };
 
 /// What a client sends for a list of one command.
@@ -70,6 +79,66 @@ TEST(ExportedExecutor, RefusesAMessageWithAnotherSelector) {
     exported->message("executeWithCommands:delegate:", sentArguments(delegate), {});
     EXPECT_EQ(executor->lists, Lines{"1 commands"});
     EXPECT_EQ(refused.size(), 1U);
+}
+
+TEST(ExportedExecutor, RefusesAListThatHoldsSomethingElseThanCommands) {
+    const auto executor = std::make_shared<Executor>();
+    Lines refused;
+    const auto exported = InstallCommon::exportedCommandExecuting(
+        executor, [&refused](const std::string& why) { refused.push_back(why); });
+    Base::CodedObjectList objects;
+    objects.push_back(std::make_unique<InstallCommon::KillProcessCommand>("first", "p"));
+    objects.push_back(std::make_unique<Base::CodedRecord<NorvikCommon::KextInfo>>(
+        NorvikCommon::KextInfo::kextWithName("F", "id")));
+    std::vector<Platform::XPCValue> arguments;
+    arguments.emplace_back(std::move(objects));
+    arguments.emplace_back(std::shared_ptr<Platform::XPCObject>());
+    exported->message("executeWithCommands:delegate:", std::move(arguments), {});
+    EXPECT_EQ(executor->lists, Lines());
+    EXPECT_EQ(refused, Lines{"the list holds something else than commands"});
+}
+
+TEST(ExportedExecutor, ReportsToTheDelegateOfTheClientWithoutWaiting) {
+    const auto exported = InstallCommon::exportedCommandExecuting(std::make_shared<Executor>(),
+                                                                  [](const std::string&) { FAIL(); });
+    const auto client = std::make_shared<Remote>();
+    std::vector<Platform::XPCValue> arguments = sentArguments(nullptr);
+    arguments.at(1) = std::shared_ptr<Platform::XPCObject>(client);
+    exported->message("executeWithCommands:delegate:", std::move(arguments), {});
+    EXPECT_EQ(client->selector, "commandExecutingDidExecuteCommand:withWeight:");
+    ASSERT_EQ(client->arguments.size(), 2U);
+    EXPECT_EQ(std::get<std::string>(client->arguments[0]), "first");
+    EXPECT_EQ(std::get<std::int32_t>(client->arguments[1]), 7);
+    EXPECT_FALSE(client->waitsForReply);
+}
+
+// Over NSXPC a client may send nil.
+TEST(ExportedExecutor, ExecutesAListWithoutADelegate) {
+    const auto executor = std::make_shared<Executor>();
+    const auto exported =
+        InstallCommon::exportedCommandExecuting(executor, [](const std::string&) { FAIL(); });
+    std::vector<Platform::XPCValue> arguments = sentArguments(nullptr);
+    arguments.at(1) = std::shared_ptr<Platform::XPCObject>();
+    exported->message("executeWithCommands:delegate:", std::move(arguments), {});
+    EXPECT_EQ(executor->lists, Lines{"1 commands"});
+}
+
+TEST(ExportedObjects, SayWhichProtocolTheyUnderstand) {
+    const auto executor = InstallCommon::exportedCommandExecuting(std::make_shared<Executor>(), {});
+    EXPECT_EQ(executor->protocolName(), "CommandExecuting");
+    const auto delegate =
+        std::get<std::shared_ptr<Platform::XPCObject>>(sentArguments(std::make_shared<Delegate>()).at(1));
+    EXPECT_EQ(delegate->protocolName(), "CommandExecutingDelegate");
+}
+
+TEST(ExportedObjects, HaveMethodsThatNobodyWaitsFor) {
+    const Platform::XPCInterface interface = InstallCommon::CreateCommandExecutingXPCInterface();
+    ASSERT_EQ(interface.methods.size(), 1U);
+    EXPECT_FALSE(interface.methods[0].replies);
+    const auto& delegate = interface.methods[0].arguments.at(1).proxy;
+    ASSERT_NE(delegate, nullptr);
+    ASSERT_EQ(delegate->methods.size(), 1U);
+    EXPECT_FALSE(delegate->methods[0].replies);
 }
 
 TEST(ExportedDelegate, IgnoresAMessageWithAnotherSelector) {

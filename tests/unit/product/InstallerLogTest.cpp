@@ -58,6 +58,22 @@ TEST(InstallerLog, KeepsTheNamesThatAToolRepeatsOnTheirLines) {
     EXPECT_EQ(mac.log.lines, Lines{"no /p\\x0a/q\nand x\\x0ay, x\\x0ayz\nverb"});
 }
 
+TEST(InstallerLog, KeepsTheLongerOfTwoNamesThatBeginAlikeOnItsLine) {
+    for (const Lines& names : {Lines{"a\nb", "a\nb\nc"}, Lines{"a\nb\nc", "a\nb"}}) {
+        FakeMac mac;
+        NorvikCommon::logLines("no a\nb\nc\n", names);
+        EXPECT_EQ(mac.log.lines, Lines{"no a\\x0ab\\x0ac\n"});
+    }
+}
+
+TEST(InstallerLog, KeepsNamesOnTheirLinesInWhicheverOrderTheyCome) {
+    for (const Lines& names : {Lines{"a\nb", "c\nd"}, Lines{"c\nd", "a\nb"}}) {
+        FakeMac mac;
+        NorvikCommon::logLines("no a\nb\nand c\nd\n", names);
+        EXPECT_EQ(mac.log.lines, Lines{"no a\\x0ab\nand c\\x0ad\n"});
+    }
+}
+
 TEST(InstallerLog, EscapesABackslashOfAToolOnce) {
     FakeMac mac;
     NorvikCommon::logLines("a\\x0ab\n", Lines{"c\nd"});

@@ -119,6 +119,13 @@ TEST(ProcessLocation, IsTheExecutablesPathOrNothing) {
     EXPECT_EQ(PMProcessUtil::shared().processLocationForPid(7), std::nullopt);
 }
 
+TEST(ProcessLocation, MayBeTheShortestPath) {
+    FakeMac mac;
+    mac.processes.processes = {{5, 0, "a", "/"}};
+
+    EXPECT_EQ(PMProcessUtil::shared().processLocationForPid(5), URL::fileURL("/"));
+}
+
 TEST(ProcessName, IsAskedForTwiceInARow) {
     FakeMac mac;
     mac.processes.processes = {{5, 0, "a", "/b"}};

@@ -1,4 +1,5 @@
 #include "Uninstaller/SilentUninstall.h"
+#include "Uninstaller/UninstallerProgram.h"
 
 #include <gtest/gtest.h>
 
@@ -65,6 +66,16 @@ TEST_F(SilentMode, RunsTheWholeSequenceInOrderAndLogsSuccess) {
     EXPECT_EQ(TestSupport::CallList(mac_.calls.end() - static_cast<std::ptrdiff_t>(expectedEnd.size()),
                                     mac_.calls.end()),
               expectedEnd);
+}
+
+TEST_F(SilentMode, OfTheProgramBeginsAfterItsClassesAreKnownAndLoadsNoWindow) {
+    char name[] = "program";
+    char option[] = "-s";
+    char* arguments[] = {name, option, nullptr};
+    Uninstall_Sentrel::runProgram(2, arguments);
+    EXPECT_EQ(mac_.calls.front(), "register 14 classes");
+    EXPECT_EQ(mac_.callsOf("load "), TestSupport::CallList());
+    EXPECT_EQ(mac_.log.lines.back(), "[SNTM Installer] Uninstallation finished.");
 }
 
 TEST_F(SilentMode, WithoutAuthorizationStopsBeforeAnyBlessing) {

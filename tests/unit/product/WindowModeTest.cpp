@@ -1,3 +1,4 @@
+#include "Uninstaller/UninstallerProgram.h"
 #include "Uninstaller/WindowMode.h"
 
 #include <cstring>
@@ -47,6 +48,15 @@ using WindowModeDeathTest = WindowMode;
 TEST_F(WindowMode, LoadsTheWindowsLibraryAndHandsTheArgumentsToTheMainRoutineThenRuns) {
     runWindowApplication(2, arguments_);
     EXPECT_EQ(mac_.calls, (CallList{"load /Applications/Uninstall Sentrel.app/Contents/Frameworks/"
+                                    "UninstallerWindow.dylib SentrelApplicationFramework",
+                                    "main program --silent=1", "run"}));
+}
+
+// The window loads the maker's frameworks, which may hold classes of the same names.
+TEST_F(WindowMode, OfTheProgramBeginsAfterItsClassesAreKnown) {
+    Uninstall_Sentrel::runProgram(2, arguments_);
+    EXPECT_EQ(mac_.calls, (CallList{"register 14 classes",
+                                    "load /Applications/Uninstall Sentrel.app/Contents/Frameworks/"
                                     "UninstallerWindow.dylib SentrelApplicationFramework",
                                     "main program --silent=1", "run"}));
 }

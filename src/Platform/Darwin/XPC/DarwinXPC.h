@@ -7,6 +7,7 @@ namespace Platform::Darwin {
 /// XPC by way of NSXPCConnection and NSXPCListener.
 class DarwinXPC final : public XPC {
   public:
+    void registerClasses(const Base::AllowedClasses& classes) override;
     [[nodiscard]] std::shared_ptr<XPCConnection> makeConnection(const std::string& machServiceName,
                                                                 std::uint32_t options) override;
     /// The system makes a listener for any name and has no question that could be asked without taking the

@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 
+#import "Platform/Darwin/Coding/Carrier.h"
 #include "Platform/Darwin/XPC/DarwinXPCConnection.h"
 #include "Platform/Darwin/XPC/DarwinXPCListener.h"
 
@@ -21,6 +22,12 @@ bool isLaunchdJob(const std::string& label) {
 }
 
 }  // namespace
+
+void DarwinXPC::registerClasses(const Base::AllowedClasses& classes) {
+    for (const Base::CodedClass* const each : classes.objects) {
+        carrierClass(*each);
+    }
+}
 
 std::shared_ptr<XPCConnection> DarwinXPC::makeConnection(const std::string& machServiceName,
                                                          std::uint32_t options) {
