@@ -9,6 +9,7 @@
 
 #include "InstallCommon/Commands/Uninstallation/KillProcessCommand.h"
 #include "InstallCommon/XPC/InstallationXPCUtils.h"
+#include "NorvikCommon/Product Paths Information/ProductComponents.h"
 
 namespace {
 
