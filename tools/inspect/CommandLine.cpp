@@ -56,9 +56,9 @@ void addCommand(CLI::App& app, const CommandDefinition& command, Chosen& chosen)
         addOption(*subcommand, option, chosen.arguments);
     }
     for (const OptionDefinition& option : command.options) {
-        if (!option.excludes.empty()) {
+        for (const std::string_view other : option.excludes) {
             subcommand->get_option(std::string(option.name))
-                ->excludes(subcommand->get_option(std::string(option.excludes)));
+                ->excludes(subcommand->get_option(std::string(other)));
         }
     }
     if (command.argument) {

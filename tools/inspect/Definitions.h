@@ -18,8 +18,8 @@ struct OptionDefinition {
     std::string_view value;
     ValueKind kind = ValueKind::none;
     std::string_view what;
-    /// An option that cannot stand beside this one.
-    std::string_view excludes{};
+    /// Options that cannot stand beside this one.
+    std::vector<std::string_view> excludes{};
 };
 
 /// The one word that a command takes besides its options.

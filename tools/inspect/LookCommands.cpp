@@ -10,6 +10,7 @@
 #include "MacView.h"
 #include "NorvikCommon/PMProcessUtil.h"
 #include "Output.h"
+#include "PlainFacts.h"
 #include "PlanReport.h"
 #include "Platform/SystemPorts.h"
 #include "ScanReport.h"
@@ -75,6 +76,9 @@ int runScan(const Arguments& arguments) {
     const int status = exitStatusOf(scan.verdict());
     if (arguments.has("--removal-lines")) {
         return print(removalLines(scan), status);
+    }
+    if (arguments.has("--plain")) {
+        return print(plainFacts(scan), status);
     }
     scan.sizes = view->sizesOf(scan.inventory);
     return print(

@@ -46,7 +46,8 @@ Leftover leftover(const Place& place, const std::string& root) {
     for (const std::string& path : place.paths) {
         line += " " + shellWord(root + path);
     }
-    return {kindOf(place) + " " + root + place.paths.front(), line};
+    const std::string path = root + place.paths.front();
+    return {kindOf(place) + " " + path, line, kindOf(place), path};
 }
 
 }  // namespace
@@ -144,15 +145,16 @@ std::vector<Leftover> leftoversOf(const Inventory& inventory, Verdict verdict) {
         return leftovers;
     }
     for (const RegisteredJob& job : inventory.jobs) {
-        leftovers.push_back({"job " + job.target(), "sudo launchctl bootout " + shellWord(job.target())});
+        leftovers.push_back({"job " + job.target(), "sudo launchctl bootout " + shellWord(job.target()),
+                             "job", job.target()});
     }
     for (const RunningProcess& process : inventory.processes) {
         const std::string pid = std::to_string(process.pid);
-        leftovers.push_back({"process " + pid + " " + process.path, "sudo kill -9 " + pid});
+        leftovers.push_back({"process " + pid + " " + process.path, "sudo kill -9 " + pid, "process", pid});
     }
     for (const std::string& identifier : inventory.extensions) {
         leftovers.push_back({"loaded kernel extension " + identifier + " (or restart the Mac)",
-                             "sudo kextunload -b " + shellWord(identifier)});
+                             "sudo kextunload -b " + shellWord(identifier), "extension", identifier});
     }
     for (const Place& place : inventory.places) {
         if (std::none_of(inventory.places.begin(), inventory.places.end(),

@@ -44,6 +44,10 @@ enum class UninstallerAnswer : std::uint8_t {
 struct Leftover {
     std::string what;
     std::string line;
+    /// "job", "process", "extension", "file", "folder", "link" or "item".
+    std::string kind;
+    /// What identifies it to whoever takes it away: domain and label, process id, bundle identifier or path.
+    std::string target;
 
     friend bool operator==(const Leftover&, const Leftover&) = default;
 };

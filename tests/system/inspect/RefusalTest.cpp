@@ -165,6 +165,8 @@ TEST_F(Inspect, ExplainsMisuseInOneLine) {
                   "--wait: \"soon\" is not a number of seconds up to 86400\n");
     expectRefusal(inspect({"verify", "--wait", "86401"}), 2, "\"86401\" is not a number");
     expectRefusal(inspect({"verify", "--wait", "5", "--root", "/"}), 2, "--root excludes --wait");
+    expectRefusal(inspect({"scan", "--plain", "--json"}), 2, "--json excludes --plain");
+    expectRefusal(inspect({"scan", "--plain", "--removal-lines"}), 2, "--removal-lines excludes --plain");
     expectRefusal(inspect({"plan", "extra"}), 2, "\"extra\" is one word too many for plan\n");
     expectRefusal(inspect({"find"}), 2, "WHAT is required");
     expectRefusal(inspect({"find", "com.example"}), 1, "nothing of the product goes by \"com.example\"\n");

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "PlainFacts.h"
+
 namespace {
 
 using Inspect::Scan;
@@ -112,6 +114,49 @@ TEST(ScanReport, ShowsLeftoversWithTheLinesThatTakeThemAway) {
               "sudo launchctl bootout system/com.norvik.InstallerHelper\n"
               "sudo rm -f /Library/PrivilegedHelperTools/com.norvik.InstallerHelper\n");
     EXPECT_EQ(removalLines(fullScan()), "");
+}
+
+TEST(ScanReport, GivesAShellOneFactOnEachLine) {
+    EXPECT_EQ(Inspect::plainFacts(fullScan()),
+              "verdict\tinstalled\n"
+              "uninstaller\tuninstalls\n"
+              "version\t6.3\t630\n"
+              "helper\tidle\n"
+              "item\tfolder\t/Applications/Sentrel.app\n"
+              "item\tfolder\t/Applications/Norvik\n"
+              "item\tfile\t/Library/LaunchDaemons/a.plist\n"
+              "item\tlink\t/Users/Shared/Norvik\n"
+              "job\tsystem/com.norvik.fileaccessd\t51\n"
+              "job\tgui/501/com.norvik.Agent\t-\n"
+              "process\t/Applications/Sentrel.app/x\t51\n"
+              "extension\tcom.norvik.kext.FileAccessFilter\n"
+              "could-not-look\t\"/odd\\x1bname\" could not be looked at: Permission denied\n");
+    EXPECT_EQ(Inspect::plainFacts(leftoverScan()),
+              "verdict\tleftovers\n"
+              "uninstaller\trefuses: not installed\n"
+              "helper\tidle\n"
+              "item\tfile\t/Library/PrivilegedHelperTools/com.norvik.InstallerHelper\n"
+              "job\tsystem/com.norvik.InstallerHelper\t-\n"
+              "leftover\tjob\tsystem/com.norvik.InstallerHelper\n"
+              "leftover\tfile\t/Library/PrivilegedHelperTools/com.norvik.InstallerHelper\n");
+}
+
+TEST(ScanReport, GivesAShellNoWordThatIsEmptyOrLeavesItsPlace) {
+    Scan scan = leftoverScan();
+    scan.inventory.version = Version{"", "6\t4\n"};
+    scan.inventory.processes = {{7, 0, "/Users/Shared/Norvik/\nleftover\tfolder\t/etc"}};
+    scan.inventory.jobs[0].pid = 7;
+    const std::string facts = Inspect::plainFacts(scan);
+    EXPECT_TRUE(
+        facts.starts_with("verdict\tleftovers\n"
+                          "uninstaller\trefuses: not installed\n"
+                          "version\t-\t6\\x094\\x0a\n"
+                          "helper\trunning\n"
+                          "item\tfile\t/Library/PrivilegedHelperTools/com.norvik.InstallerHelper\n"
+                          "job\tsystem/com.norvik.InstallerHelper\t7\n"
+                          "process\t/Users/Shared/Norvik/\\x0aleftover\\x09folder\\x09/etc\t7\n"
+                          "leftover\tjob\t"))
+        << facts;
 }
 
 TEST(ScanReport, HasASentenceForEveryVerdict) {

@@ -141,15 +141,18 @@ TEST(Leftovers, GoInTheOrderOfJobsProcessesExtensionsItems) {
                         place("/socket", Role::data, ItemKind::other)};
     EXPECT_EQ(leftoversOf(inventory, Verdict::leftovers),
               (std::vector<Leftover>{
-                  {"job gui/501/com.norvik.Agent", "sudo launchctl bootout gui/501/com.norvik.Agent"},
-                  {"process 7 /opt/x", "sudo kill -9 7"},
+                  {"job gui/501/com.norvik.Agent", "sudo launchctl bootout gui/501/com.norvik.Agent", "job",
+                   "gui/501/com.norvik.Agent"},
+                  {"process 7 /opt/x", "sudo kill -9 7", "process", "7"},
                   {"loaded kernel extension com.norvik.kext.FileAccessFilter (or restart the Mac)",
-                   "sudo kextunload -b com.norvik.kext.FileAccessFilter"},
+                   "sudo kextunload -b com.norvik.kext.FileAccessFilter", "extension",
+                   "com.norvik.kext.FileAccessFilter"},
                   {"folder /Library/Application Support/Norvik",
-                   "sudo rm -rf '/Library/Application Support/Norvik'"},
-                  {"file /Library/it's", "sudo rm -f '/Library/it'\\''s'"},
-                  {"link /link", "sudo rm -f /link"},
-                  {"item /socket", "sudo rm -f /socket"}}));
+                   "sudo rm -rf '/Library/Application Support/Norvik'", "folder",
+                   "/Library/Application Support/Norvik"},
+                  {"file /Library/it's", "sudo rm -f '/Library/it'\\''s'", "file", "/Library/it's"},
+                  {"link /link", "sudo rm -f /link", "link", "/link"},
+                  {"item /socket", "sudo rm -f /socket", "item", "/socket"}}));
 }
 
 TEST(Leftovers, NameAnItemInsideAnotherOneWithThatOne) {
@@ -161,8 +164,10 @@ TEST(Leftovers, NameAnItemInsideAnotherOneWithThatOne) {
     inventory.places[1].paths = {"/Applications/NORVIK", "/Applications/Norvik"};
     EXPECT_EQ(leftoversOf(inventory, Verdict::leftovers),
               (std::vector<Leftover>{
-                  {"folder /Applications/NORVIK", "sudo rm -rf /Applications/NORVIK /Applications/Norvik"},
-                  {"folder /Applications/Norvik2", "sudo rm -rf /Applications/Norvik2"}}));
+                  {"folder /Applications/NORVIK", "sudo rm -rf /Applications/NORVIK /Applications/Norvik",
+                   "folder", "/Applications/NORVIK"},
+                  {"folder /Applications/Norvik2", "sudo rm -rf /Applications/Norvik2", "folder",
+                   "/Applications/Norvik2"}}));
 }
 
 TEST(Leftovers, LieBelowTheFolderThatWasLookedAt) {
@@ -171,7 +176,8 @@ TEST(Leftovers, LieBelowTheFolderThatWasLookedAt) {
     inventory.places = {place("/Users/Shared/Norvik", Role::data)};
     EXPECT_EQ(leftoversOf(inventory, Verdict::leftovers),
               (std::vector<Leftover>{{"folder /Volumes/Macintosh HD/Users/Shared/Norvik",
-                                      "sudo rm -rf '/Volumes/Macintosh HD/Users/Shared/Norvik'"}}));
+                                      "sudo rm -rf '/Volumes/Macintosh HD/Users/Shared/Norvik'", "folder",
+                                      "/Volumes/Macintosh HD/Users/Shared/Norvik"}}));
 }
 
 TEST(Leftovers, AreNoneUnlessThatIsAllThereIs) {
