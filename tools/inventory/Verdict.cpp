@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <compare>
 
 #include "Base/FatalError.h"
 #include "InstallCommon/ProductVersionUtil.h"
@@ -57,8 +58,8 @@ UninstallerAnswer uninstallerAnswer(const Inventory& inventory, const Version& u
         return inventory.hasInstallationFolder ? UninstallerAnswer::uninstalls
                                                : UninstallerAnswer::refusesAbsent;
     }
-    const bool isNewer = inventory.version &&
-                         InstallCommon::compareNumerically(inventory.version->text(), uninstaller.text()) > 0;
+    const bool isNewer = inventory.version && std::is_gt(InstallCommon::compareNumerically(
+                                                  inventory.version->text(), uninstaller.text()));
     return isNewer ? UninstallerAnswer::refusesNewer : UninstallerAnswer::uninstalls;
 }
 
