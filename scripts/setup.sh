@@ -19,7 +19,8 @@ develop=(
     gobjc gobjc++ make gnustep-make libgnustep-base-dev libgnustep-gui-dev gnustep-back0.29-cairo
     libx11-dev fontconfig fonts-dejavu-core fonts-inter fonts-droid-fallback
     # tests, conformance against other keyed archivers, benchmarks
-    libgtest-dev libgmock-dev librapidcheck-dev libbenchmark-dev python3 libplist-utils procps groff-base zsh xvfb xdotool imagemagick openbox
+    libgtest-dev libgmock-dev librapidcheck-dev libbenchmark-dev python3 libplist-utils procps groff-base zsh ansible-core
+    xvfb xdotool imagemagick openbox
     chromium
     # the check of the macOS side
     libblocksruntime-dev libc++-14-dev lld-14 llvm-14
