@@ -173,7 +173,7 @@ TEST(RemovalOfAnInstallation, SaysWhichVersionItWas) {
 TEST(RemovalOfLeftovers, TakesAwayWhatARefusedRunLeft) {
     RemovalMac mac({"--empty"});
     const std::string run =
-        "'" + kKit + "/Uninstall Sentrel.app/Contents/MacOS/Uninstall Sentrel' --silent; ";
+        "'" + kKit + "/Uninstall Sentrel.app/Contents/MacOS/Uninstall Sentrel' --silent 2>/dev/null; ";
     const auto result = mac.shell(run + kInspect + " verify --wait 60 >/tmp/before; " + kScript);
     EXPECT_NE(mac.contents("/tmp/before").find("job system/com.norvik.InstallerHelper"), std::string::npos);
     expectOutcome(result, 0, "removed", true);
