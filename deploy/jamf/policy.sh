@@ -26,10 +26,11 @@ case $mode in
         exit 2
         ;;
 esac
-[ -z "$time_limit" ] || set -- "$@" --time-limit "$time_limit"
-[ -z "$log" ] || set -- "$@" --log "$log"
+# Some old shells take an empty "$@" for an unset variable.
+[ -z "$time_limit" ] || set -- ${1+"$@"} --time-limit "$time_limit"
+[ -z "$log" ] || set -- ${1+"$@"} --log "$log"
 if [ ! -x "$script" ]; then
     echo "policy.sh: there is no $script; install the kit's package first" >&2
     exit 1
 fi
-exec "$script" "$@"
+exec "$script" ${1+"$@"}
