@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <future>
+#include <memory>
 
 #include "RemovalMac.h"
 
@@ -33,9 +34,8 @@ std::ostream& operator<<(std::ostream& stream, const Outcome& outcome) {
     return stream << outcome.name;
 }
 
-void tryOnAMac(const Outcome& expected) {
+void tryOn(RemovalMac& mac, const Outcome& expected) {
     SCOPED_TRACE(expected.name);
-    RemovalMac mac(expected.mac);
     const auto result = mac.underFaults(expected.faults, kScript);
     expectOutcome(result, expected.status, expected.word, expected.changed);
     EXPECT_EQ(lineOf(result).value("attempts", -1), expected.attempts) << result.out;
@@ -46,7 +46,8 @@ void tryOnAMac(const Outcome& expected) {
 class Removal : public testing::TestWithParam<Outcome> {};
 
 TEST_P(Removal, EndsAsItShould) {
-    tryOnAMac(GetParam());
+    RemovalMac mac(GetParam().mac);
+    tryOn(mac, GetParam());
 }
 
 Lines withVersion(const char* version) {
@@ -137,10 +138,18 @@ TEST(RemovalThatTakesLongerThanTheUninstallerWaits, EndsAsItShould) {
          true,
          2,
          "installed"}};
+    // All Macs are made before one runs: a program that is still being written when another thread starts one
+    // cannot be run.
+    std::vector<std::unique_ptr<RemovalMac>> macs;
+    macs.reserve(outcomes.size());
+    for (const Outcome& outcome : outcomes) {
+        macs.push_back(std::make_unique<RemovalMac>(outcome.mac));
+    }
     std::vector<std::future<void>> running;
     running.reserve(outcomes.size());
-    for (const Outcome& outcome : outcomes) {
-        running.push_back(std::async(std::launch::async, [&outcome] { tryOnAMac(outcome); }));
+    for (std::size_t index = 0; index < outcomes.size(); ++index) {
+        running.push_back(std::async(
+            std::launch::async, [&mac = *macs[index], &outcome = outcomes[index]] { tryOn(mac, outcome); }));
     }
     for (auto& each : running) {
         each.get();
