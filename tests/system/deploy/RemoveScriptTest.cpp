@@ -71,6 +71,7 @@ INSTANTIATE_TEST_SUITE_P(
     Refused, Removal,
     testing::Values(
         Outcome{"NewerVersion", withVersion("99.1/1"), {}, 12, "newer", false, 0, "installed"},
+        Outcome{"Authorization", kQuickMac, {"authorization"}, 13, "no-rights", false, 1, "installed"},
         Outcome{"InstallerHelper", kQuickMac, {"bless-installer"}, 10, "leftovers", false, 2, "installed"},
         Outcome{"SupportHelper", kQuickMac, {"bless-support"}, 10, "leftovers", false, 2, "installed"},
         Outcome{"Package", kQuickMac, {"package"}, 10, "leftovers", true, 2, "installed"},
