@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -135,6 +136,7 @@ TEST(MacsimCreate, CopiesTheUninstallerAsRootsAlone) {
     fs::create_directories(bundle);
     fs::copy_file(SimulatedMac::macsim(), bundle + "/Uninstall Sentrel");
     fs::permissions(bundle + "/Uninstall Sentrel", fs::perms::all);
+    std::ofstream(mac.scratch() + "/Some.app/Contents/Info.plist") << "<plist/>";
     ASSERT_EQ(mac.create({"--installed", "current", "--uninstaller", mac.scratch() + "/Some.app"}).status, 0);
     struct stat status {};
     ASSERT_EQ(
