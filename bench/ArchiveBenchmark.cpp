@@ -8,8 +8,8 @@
 #include <string_view>
 #include <vector>
 
-#include "Base/KeyedArchiver.h"
-#include "Base/KeyedUnarchiver.h"
+#include "Base/Archive/KeyedArchiver.h"
+#include "Base/Archive/KeyedUnarchiver.h"
 #include "InstallCommon/CommandSuitsProvider.h"
 #include "InstallCommon/XPC/InstallationXPCUtils.h"
 #include "Platform/SystemPorts.h"

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "Base/KeyedArchiver.h"
-#include "Base/KeyedUnarchiver.h"
+#include "Base/Archive/KeyedArchiver.h"
+#include "Base/Archive/KeyedUnarchiver.h"
 
 namespace Fuzz {
 

@@ -36,6 +36,7 @@ forbid "$above" '#(include|import) <((sys|linux|mach)/|(unistd|fcntl|pwd|dirent|
     'A system header is named above the seam' --exclude-dir=Cocoa --exclude-dir=GNUstep
 
 looks_up Base 'Platform|NorvikCommon|SwiftUtils|InstallCommon|Helpers|Uninstaller' 'Base looks up'
+looks_up 'Base/*.h Base/*.cpp' 'Base/Archive' 'Base knows its archive room'
 looks_up Platform 'NorvikCommon|SwiftUtils|InstallCommon|Helpers|Uninstaller' 'Platform looks up'
 looks_up NorvikCommon 'SwiftUtils|InstallCommon|Helpers|Uninstaller' 'NorvikCommon looks up'
 looks_up SwiftUtils 'InstallCommon|Helpers|Uninstaller' 'SwiftUtils looks up'

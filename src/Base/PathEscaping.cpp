@@ -1,10 +1,7 @@
 #include "Base/PathEscaping.h"
 
 #include <array>
-#include <cstdint>
-#include <cstring>
-
-#include "Base/ByteChunk.h"
+#include <cstddef>
 
 namespace Base {
 namespace {
@@ -26,46 +23,60 @@ constexpr std::array<bool, 256> kLiteral = [] {
     return table;
 }();
 
-// True when the chunk holds only bytes of the ranges that cover nearly every path. A chunk with a rarer
-// literal goes the slow way, with the same result.
-bool isPlainlyLiteral(ByteChunk chunk) {
-    const ByteChunk literal =
-        within(chunk, '&', ':') | within(chunk, '@', 'Z') | within(chunk, 'a', 'z') | equalTo(chunk, '_');
-    return !anySet(~literal);
+int hexValue(char c) {
+    if (c >= '0' && c <= '9') {
+        return c - '0';
+    }
+    const char lower = static_cast<char>(c | 0x20);
+    return (lower >= 'a' && lower <= 'f') ? lower - 'a' + 10 : -1;
 }
 
-char* writeEscaped(char* out, const char* bytes, std::size_t count) {
-    constexpr char kDigits[] = "0123456789ABCDEF";
-    for (std::size_t i = 0; i < count; ++i) {
-        const auto byte = static_cast<unsigned char>(bytes[i]);
-        if (kLiteral[byte]) {
-            *out++ = bytes[i];
-        } else {
-            *out++ = '%';
-            *out++ = kDigits[byte >> 4];
-            *out++ = kDigits[byte & 15];
-        }
+// The byte that the escape at the start of `text` stands for; nothing if it is broken or stands for NUL.
+std::optional<char> escapedByte(std::string_view text) {
+    const int high = text.size() >= 3 ? hexValue(text[1]) : -1;
+    const int low = high >= 0 ? hexValue(text[2]) : -1;
+    if (low < 0 || (high | low) == 0) {
+        return std::nullopt;
     }
-    return out;
+    return static_cast<char>(high << 4 | low);
 }
 
 }  // namespace
 
-char* writeFileURL(char* out, std::string_view path) {
-    constexpr std::string_view kScheme = "file://";
-    std::memcpy(out, kScheme.data(), kScheme.size());
-    out += kScheme.size();
-    const char* bytes = path.data();
-    std::size_t left = path.size();
-    for (; left >= kByteChunkSize; bytes += kByteChunkSize, left -= kByteChunkSize) {
-        if (isPlainlyLiteral(loadChunk(bytes))) {
-            std::memcpy(out, bytes, kByteChunkSize);
-            out += kByteChunkSize;
-        } else {
-            out = writeEscaped(out, bytes, kByteChunkSize);
+void appendEscapedPath(std::string& text, std::string_view path) {
+    constexpr std::string_view kDigits = "0123456789ABCDEF";
+    std::size_t literal = 0;  // where the bytes begin that are literal up to `at`
+    for (std::size_t at = 0; at < path.size(); ++at) {
+        const auto byte = static_cast<unsigned char>(path[at]);
+        if (!kLiteral[byte]) {
+            text.append(path, literal, at - literal);
+            text += {'%', kDigits[byte >> 4U], kDigits[byte & 15U]};
+            literal = at + 1;
         }
     }
-    return writeEscaped(out, bytes, left);
+    text.append(path, literal);
+}
+
+std::optional<std::string> unescapedPath(std::string_view text) {
+    std::string path(text.size(), '\0');  // it cannot get longer
+    std::size_t length = 0;
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        char c = text[at];
+        if (c == '?' || c == '#' || c == '\0') {
+            return std::nullopt;
+        }
+        if (c == '%') {
+            const auto byte = escapedByte(text.substr(at));
+            if (!byte) {
+                return std::nullopt;
+            }
+            c = *byte;
+            at += 2;
+        }
+        path[length++] = c;
+    }
+    path.resize(length);
+    return path;
 }
 
 }  // namespace Base

@@ -1,17 +1,17 @@
 #pragma once
 
-#include <cstddef>
+#include <optional>
+#include <string>
 #include <string_view>
 
 namespace Base {
 
-/// The largest number of characters that `writeFileURL` touches for a path of `pathSize` bytes.
-constexpr std::size_t fileURLCapacity(std::size_t pathSize) {
-    return sizeof("file://") - 1 + 3 * pathSize;
-}
+/// Appends `path` as the path of a file URL: every byte that may not stand there literally is escaped as %XX,
+/// upper-case.
+void appendEscapedPath(std::string& text, std::string_view path);
 
-/// Writes the textual form of the file URL of `path` (see URL::absoluteString), without a terminator, to
-/// `out`, which has room for `fileURLCapacity` characters. Returns the end of what was written.
-char* writeFileURL(char* out, std::string_view path);
+/// The bytes that `text`, the path of a file URL, stands for. Returns nothing for a broken escape, a NUL
+/// byte, a query or a fragment.
+[[nodiscard]] std::optional<std::string> unescapedPath(std::string_view text);
 
 }  // namespace Base

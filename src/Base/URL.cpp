@@ -2,7 +2,6 @@
 
 #include <cstddef>
 
-#include "Base/ByteChunk.h"
 #include "Base/PathEscaping.h"
 
 namespace Base {
@@ -44,14 +43,6 @@ std::size_t schemeLength(std::string_view text) {
     return kNowhere;
 }
 
-int hexValue(char c) {
-    if (c >= '0' && c <= '9') {
-        return c - '0';
-    }
-    const char lower = static_cast<char>(c | 0x20);
-    return (lower >= 'a' && lower <= 'f') ? lower - 'a' + 10 : -1;
-}
-
 bool hasDotComponent(std::string_view path) {
     std::size_t begin = 0;
     while (begin <= path.size()) {
@@ -72,79 +63,14 @@ void dropTrailingSlashes(std::string& path) {
     }
 }
 
-// Whether a chunk holds a byte that needs a closer look: an escape, what a path may not hold, or the
-// beginning of a component with a dot. `bytes` has a byte before it.
-bool hasSpecial(const char* bytes) {
-    const ByteChunk chunk = loadChunk(bytes);
-    const ByteChunk before = loadChunk(bytes - 1);
-    return anySet(equalTo(chunk, '%') | equalTo(chunk, '?') | equalTo(chunk, '#') | equalTo(chunk, 0) |
-                  (equalTo(chunk, '.') & equalTo(before, '/')));
-}
-
-// The place of the first such byte of `text` from `at` on, which is not 0; the size of `text` when there is
-// none.
-std::size_t findSpecial(std::string_view text, std::size_t at) {
-    while (text.size() - at >= kByteChunkSize && !hasSpecial(text.data() + at)) {
-        at += kByteChunkSize;
-    }
-    // What is left is less than a chunk: the last chunk of the text overlaps the one before it.
-    const bool isRest = text.size() - at < kByteChunkSize && text.size() > kByteChunkSize;
-    if (isRest && !hasSpecial(text.data() + text.size() - kByteChunkSize)) {
-        return text.size();
-    }
-    for (; at < text.size(); ++at) {
-        const char c = text[at];
-        if (c == '%' || c == '?' || c == '#' || c == '\0' || (c == '.' && text[at - 1] == '/')) {
-            break;
-        }
-    }
-    return at;
-}
-
-// The byte that the escape at the start of `text` writes; nothing when it is broken or writes a NUL.
-std::optional<char> escapedByte(std::string_view text) {
-    const int high = text.size() >= 3 ? hexValue(text[1]) : -1;
-    const int low = high >= 0 ? hexValue(text[2]) : -1;
-    if (low < 0 || (high | low) == 0) {
-        return std::nullopt;
-    }
-    return static_cast<char>(high << 4 | low);
-}
-
-// The path that `text`, which begins with a slash, writes with escapes; without trailing slashes. Dots are
-// looked for in the decoded form, so that an escaped one is found as well.
+// The path that `text` stands for, without trailing slashes. Dots are looked for in the decoded form, so that
+// an escaped one is found as well.
 std::optional<std::string> decodedPath(std::string_view text) {
-    std::size_t special = findSpecial(text, 1);
-    if (special == text.size() && !text.ends_with('/')) {
-        return std::string(text);
-    }
-    std::string path;
-    path.reserve(text.size());
-    path.append(text, 0, special);
-    bool mayHaveDots = false;
-    while (special < text.size()) {
-        std::size_t next = special + 1;
-        if (text[special] == '%') {
-            const auto byte = escapedByte(text.substr(special));
-            if (!byte) {
-                return std::nullopt;
-            }
-            path += *byte;
-            mayHaveDots = mayHaveDots || *byte == '.' || *byte == '/';
-            next = special + 3;
-        } else if (text[special] == '.') {
-            path += '.';
-            mayHaveDots = true;
-        } else {
-            return std::nullopt;
-        }
-        special = findSpecial(text, next);
-        path.append(text, next, special - next);
-    }
-    if (mayHaveDots && hasDotComponent(path)) {
+    auto path = unescapedPath(text);
+    if (!path || hasDotComponent(*path)) {
         return std::nullopt;
     }
-    dropTrailingSlashes(path);
+    dropTrailingSlashes(*path);
     return path;
 }
 
@@ -179,11 +105,6 @@ URL URL::fileURL(std::string_view path) {
 }
 
 std::optional<URL> URL::parse(std::string_view text) {
-    constexpr std::string_view kUsual = "file:///";
-    if (text.starts_with(kUsual)) {
-        auto path = decodedPath(text.substr(kUsual.size() - 1));
-        return path ? std::optional(URL(std::move(*path))) : std::nullopt;
-    }
     constexpr std::string_view kScheme = "file";
     if (text.size() <= kScheme.size() || text[kScheme.size()] != ':' ||
         !equalsIgnoringCase(text.substr(0, kScheme.size()), kScheme)) {
@@ -222,8 +143,10 @@ std::optional<URL> URL::parse(std::string_view relative, const URL& base, bool b
 }
 
 std::string URL::absoluteString() const {
-    std::string text(fileURLCapacity(path_.size()), '\0');
-    text.resize(static_cast<std::size_t>(writeFileURL(text.data(), path_) - text.data()));
+    std::string text;
+    text.reserve(2 * path_.size());  // room for a few escapes
+    text = "file://";
+    appendEscapedPath(text, path_);
     return text;
 }
 

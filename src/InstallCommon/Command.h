@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "Base/Coder.h"
+#include "Base/Archive/Coder.h"
 
 namespace InstallCommon {
 

@@ -9,8 +9,8 @@
 #include <variant>
 #include <vector>
 
-#include "Base/Coder.h"
-#include "Base/KeyedUnarchiver.h"
+#include "Base/Archive/AllowedClasses.h"
+#include "Base/Archive/Coder.h"
 #include "Base/URL.h"
 #include "Platform/Error.h"
 

@@ -3,7 +3,7 @@
 #include <array>
 #include <string_view>
 
-#include "Base/KeyedUnarchiver.h"
+#include "Base/Archive/KeyedUnarchiver.h"
 #include "BinaryForm.h"
 #include "InstallCommon/XPC/InstallationXPCUtils.h"
 
@@ -37,7 +37,7 @@ std::optional<InstallCommon::CommandList> decodeBinary(std::span<const std::uint
     }
     auto commands = InstallCommon::commandList(std::move(*objects));
     if (!commands) {
-        refusal = "the list holds something else than commands";
+        refusal = "the list contains an object that is not a command";
     }
     return commands;
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "Base/Displayable.h"
+#include "Base/UTF8.h"
 
 namespace Inspect {
 
@@ -15,9 +16,8 @@ std::string shown(const std::optional<std::string>& text) {
 }
 
 std::size_t columnsOf(std::string_view text) {
-    return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), [](char byte) {
-        return (static_cast<unsigned char>(byte) & 0xC0) != 0x80;
-    }));
+    return static_cast<std::size_t>(
+        std::count_if(text.begin(), text.end(), [](char byte) { return !Base::continuesUTF8(byte); }));
 }
 
 void appendCell(std::string& line, std::string_view cell, std::size_t width) {

@@ -1,7 +1,7 @@
 // The commands that show lists and the catalogue, and look at no Mac.
 
 #include "ArchiveInput.h"
-#include "Base/KeyedArchiver.h"
+#include "Base/Archive/KeyedArchiver.h"
 #include "CatalogueReport.h"
 #include "CommandJson.h"
 #include "CommandLists.h"

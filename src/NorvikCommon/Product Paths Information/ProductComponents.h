@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "Base/Coder.h"
+#include "Base/Archive/Coder.h"
 #include "Base/URL.h"
 
 namespace NorvikCommon {

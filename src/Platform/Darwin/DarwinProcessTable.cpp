@@ -35,16 +35,6 @@ int copyTo(std::span<char> destination, std::string_view text) {
     return static_cast<int>(count);
 }
 
-/// Takes a character off the end that the kernel has cut in its middle.
-std::string_view withoutCutCharacter(std::string_view text) {
-    for (std::size_t cut = 0; cut < 4 && cut < text.size(); ++cut) {
-        if (Base::isValidUTF8(text.substr(0, text.size() - cut))) {
-            return text.substr(0, text.size() - cut);
-        }
-    }
-    return text;
-}
-
 /// What a call wrote to a buffer that was zeroed before.
 std::string_view textIn(const Buffer& buffer, int length) {
     const std::string_view text(buffer.data(), buffer.size());
@@ -73,7 +63,7 @@ int DarwinProcessTable::effectiveUser(std::int32_t pid, std::uint32_t& user) {
 int DarwinProcessTable::name(std::int32_t pid, std::span<char> name) {
     Buffer buffer{};
     const int length = ::proc_name(pid, buffer.data(), static_cast<std::uint32_t>(buffer.size()));
-    return copyTo(name, withoutCutCharacter(textIn(buffer, length)));
+    return copyTo(name, Base::withoutCutCharacter(textIn(buffer, length)));
 }
 
 int DarwinProcessTable::path(std::int32_t pid, std::span<char> path) {

@@ -1,40 +1,9 @@
 #include "Platform/Darwin/FoundationBridge.h"
 
-#include <vector>
-
-#include "Base/Text.h"
+#include "Base/UTF16.h"
 #include "Base/UTF8.h"
 
 namespace Platform::Darwin {
-
-namespace {
-
-constexpr char32_t kReplacement = 0xFFFD;
-
-constexpr bool isHighSurrogate(char32_t unit) {
-    return unit >= 0xD800 && unit < 0xDC00;
-}
-
-constexpr bool isLowSurrogate(char32_t unit) {
-    return unit >= 0xDC00 && unit < 0xE000;
-}
-
-void append(std::string& text, char32_t value) {
-    const auto continuation = [value](unsigned shift) {
-        return static_cast<char>(0x80U | (value >> shift & 0x3FU));
-    };
-    if (value < 0x80) {
-        text += static_cast<char>(value);
-    } else if (value < 0x800) {
-        text += {static_cast<char>(0xC0U | value >> 6U), continuation(0)};
-    } else if (value < 0x10000) {
-        text += {static_cast<char>(0xE0U | value >> 12U), continuation(6), continuation(0)};
-    } else {
-        text += {static_cast<char>(0xF0U | value >> 18U), continuation(12), continuation(6), continuation(0)};
-    }
-}
-
-}  // namespace
 
 NSString* foundationString(std::string_view text) {
     const std::u16string units = Base::utf16FromUTF8(text);
@@ -44,21 +13,9 @@ NSString* foundationString(std::string_view text) {
 
 // Not by Foundation's own conversion: what becomes of half of a surrogate pair differs there.
 std::string text(NSString* string) {
-    std::vector<unichar> units([string length]);
-    [string getCharacters:units.data() range:NSMakeRange(0, units.size())];
-    std::string result;
-    result.reserve(units.size());
-    for (std::size_t index = 0; index < units.size(); ++index) {
-        const char32_t unit = units[index];
-        const char32_t next = index + 1 < units.size() ? units[index + 1] : 0;
-        if (isHighSurrogate(unit) && isLowSurrogate(next)) {
-            append(result, 0x10000 + ((unit - 0xD800) << 10U) + (next - 0xDC00));
-            ++index;
-        } else {
-            append(result, isHighSurrogate(unit) || isLowSurrogate(unit) ? kReplacement : unit);
-        }
-    }
-    return result;
+    std::u16string units([string length], u'\0');
+    [string getCharacters:reinterpret_cast<unichar*>(units.data()) range:NSMakeRange(0, units.size())];
+    return Base::utf8FromUTF16WithReplacements(units);
 }
 
 NSString* foundationPath(const std::string& path) {

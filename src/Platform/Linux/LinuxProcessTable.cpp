@@ -12,6 +12,7 @@
 #include <string>
 #include <string_view>
 
+#include "Base/UTF8.h"
 #include "Platform/Linux/ProcessFiles.h"
 #include "Platform/Posix/Descriptor.h"
 #include "Platform/Posix/FolderListing.h"
@@ -37,23 +38,6 @@ int copyTo(std::span<char> destination, std::string_view text) {
     const std::size_t count = std::min({destination.size(), text.size(), std::size_t{INT_MAX}});
     std::copy_n(text.data(), count, destination.data());
     return static_cast<int>(count);
-}
-
-/// Takes a character off the end that the kernel has cut in its middle.
-std::string withoutCutCharacter(std::string text) {
-    std::size_t lead = text.size();
-    while (lead > 0 && text.size() - lead < 3 &&
-           (static_cast<unsigned char>(text[lead - 1]) & 0xC0U) == 0x80U) {
-        --lead;
-    }
-    if (lead > 0) {
-        const auto byte = static_cast<unsigned char>(text[lead - 1]);
-        const std::size_t length = byte >= 0xF0U ? 4 : byte >= 0xE0U ? 3 : byte >= 0xC0U ? 2 : 1;
-        if (text.size() - lead + 1 < length) {
-            text.resize(lead - 1);
-        }
-    }
-    return text;
 }
 
 /// The file name among a script's arguments that begins with `start`; empty when there is none.
@@ -83,7 +67,7 @@ std::string wholeName(std::int32_t pid) {
     if (!candidate.starts_with(name)) {
         candidate = argumentBeginningWith(pid, name);
     }
-    return candidate.empty() ? withoutCutCharacter(std::move(name)) : candidate;
+    return candidate.empty() ? std::string(Base::withoutCutCharacter(name)) : candidate;
 }
 
 }  // namespace

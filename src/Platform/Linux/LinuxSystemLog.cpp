@@ -12,6 +12,7 @@
 #include <cstring>
 #include <ctime>
 
+#include "Base/UTF8.h"
 #include "Platform/Linux/ProcessFiles.h"
 #include "Platform/Linux/StandardErrorLog.h"
 
@@ -43,18 +44,6 @@ std::string priorityAndTime() {
 
 iovec part(std::string_view text) {
     return iovec{const_cast<char*>(text.data()), text.size()};
-}
-
-/// How much of `text` makes a piece of at most `limit` bytes that does not end inside a UTF-8 character.
-std::size_t pieceLength(std::string_view text, std::size_t limit) {
-    if (text.size() <= limit) {
-        return text.size();
-    }
-    std::size_t length = limit;
-    while (length > limit - 4 && (static_cast<unsigned char>(text[length]) & 0xC0U) == 0x80U) {
-        --length;
-    }
-    return length;
 }
 
 }  // namespace
@@ -131,10 +120,10 @@ bool LinuxSystemLog::sendOrReconnect(std::string_view heading, std::string_view&
 bool LinuxSystemLog::sendInPieces(std::string_view heading, std::string_view& text) {
     std::size_t limit = text.size() / 2;
     while (!text.empty()) {
-        const std::size_t length = pieceLength(text, std::max(limit, kShortestPiece));
-        const int failure = send(heading, text.substr(0, length));
+        const std::string_view piece = Base::startOfUTF8(text, std::max(limit, kShortestPiece));
+        const int failure = send(heading, piece);
         if (failure == 0) {
-            text.remove_prefix(length);
+            text.remove_prefix(piece.size());
         } else if ((failure == EMSGSIZE || failure == ENOBUFS) && limit > kShortestPiece) {
             limit /= 2;
         } else {

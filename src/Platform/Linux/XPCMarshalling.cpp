@@ -3,8 +3,9 @@
 #include <algorithm>
 #include <utility>
 
+#include "Base/Archive/KeyedArchiver.h"
+#include "Base/Archive/KeyedUnarchiver.h"
 #include "Base/FatalError.h"
-#include "Base/KeyedArchiver.h"
 #include "Base/UTF8.h"
 
 namespace Platform::Linux {

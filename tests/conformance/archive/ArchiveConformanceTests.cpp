@@ -13,8 +13,8 @@
 #include <string>
 #include <vector>
 
-#include "Base/KeyedArchiver.h"
-#include "Base/KeyedUnarchiver.h"
+#include "Base/Archive/KeyedArchiver.h"
+#include "Base/Archive/KeyedUnarchiver.h"
 #include "InstallCommon/CommandSuitsProvider.h"
 #include "InstallCommon/Commands/Installation/CopyCommand.h"
 #include "InstallCommon/Commands/Installation/StartLaunchdJobCommand.h"

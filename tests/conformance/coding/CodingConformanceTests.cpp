@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "Base/Archive/KeyedUnarchiver.h"
 #include "CodingSamples.h"
 #include "InstallCommon/Commands/LaunchdJobCommand.h"
 #include "InstallCommon/Commands/Uninstallation/KillProcessCommand.h"

@@ -4,7 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "../../unit/base/ArchiveBuilder.h"
+#include "../../unit/base/archive/ArchiveBuilder.h"
+#include "Base/Archive/KeyedUnarchiver.h"
 #include "CodingSamples.h"
 #include "InstallCommon/Commands/Installation/CopyCommand.h"
 #include "InstallCommon/Commands/Installation/StartLaunchdJobCommand.h"

@@ -3,7 +3,7 @@
 #include <memory>
 #include <utility>
 
-#include "Base/KeyedArchiver.h"
+#include "Base/Archive/KeyedArchiver.h"
 #include "InstallCommon/Commands/Installation/CopyCommand.h"
 #include "InstallCommon/Commands/Installation/StartLaunchdJobCommand.h"
 #include "InstallCommon/Commands/Installation/UpdateLaunchServices.h"

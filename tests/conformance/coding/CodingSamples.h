@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "Base/Coder.h"
+#include "Base/Archive/Coder.h"
 
 /// The product's commands and records, for both sides of the wire.
 namespace CodingSamples {

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "Base/Coder.h"
-#include "Base/KeyedUnarchiver.h"
+#include "Base/Archive/Coder.h"
+#include "Base/Archive/KeyedUnarchiver.h"
 
 /// The system's keyed coders, as the tests drive them: the program's objects go in and come out in carriers.
 namespace SystemArchives {

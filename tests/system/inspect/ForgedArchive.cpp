@@ -1,6 +1,6 @@
 #include "ForgedArchive.h"
 
-#include "Base/KeyedArchiver.h"
+#include "Base/Archive/KeyedArchiver.h"
 
 namespace InspectTest {
 

@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "Base/Coder.h"
+#include "Base/Archive/Coder.h"
 
 namespace InspectTest {
 

@@ -6,8 +6,8 @@
 #include <utility>
 #include <vector>
 
-#include "Base/KeyedArchiver.h"
-#include "Base/KeyedUnarchiver.h"
+#include "Base/Archive/KeyedArchiver.h"
+#include "Base/Archive/KeyedUnarchiver.h"
 #include "InstallCommon/Command.h"
 #include "InstallCommon/XPC/InstallationXPCUtils.h"
 

@@ -2,7 +2,8 @@
 
 #include <type_traits>
 
-#include "Base/KeyedArchiver.h"
+#include "Base/Archive/KeyedArchiver.h"
+#include "Base/Archive/KeyedUnarchiver.h"
 #include "InstallCommon/CommandSuitsProvider.h"
 #include "InstallCommon/Commands/Installation/CopyCommand.h"
 #include "InstallCommon/Commands/Installation/StartLaunchdJobCommand.h"

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "Base/KeyedArchiver.h"
+#include "Base/Archive/KeyedArchiver.h"
 #include "NorvikCommon/Product Paths Information/ProductComponents.h"
 #include "support/FakeMac.h"
 

@@ -6,8 +6,8 @@
 #include <optional>
 #include <string>
 
-#include "Base/Coder.h"
-#include "Base/KeyedUnarchiver.h"
+#include "Base/Archive/AllowedClasses.h"
+#include "Base/Archive/Coder.h"
 
 /// The Objective-C face of the program's coded objects: what the system's coders see of them.
 ///

@@ -6,8 +6,9 @@
 #include <utility>
 #include <vector>
 
+#include "Base/Archive/KeyedArchiver.h"
+#include "Base/Archive/KeyedUnarchiver.h"
 #include "Base/FatalError.h"
-#include "Base/KeyedArchiver.h"
 #import "Platform/Darwin/Coding/CarrierClasses.h"
 #import "Platform/Darwin/Coding/SystemCoder.h"
 #include "Platform/Darwin/FoundationBridge.h"
@@ -37,7 +38,7 @@ const Base::CodedObject* decodedObject(const Base::CodedClass* coded, NSCoder* c
     } else if (!adapter.missingKey().empty()) {
         text += ": key \"" + adapter.missingKey() + "\" is missing";
     } else {
-        text += ": it cannot be made from what it holds";
+        text += ": its keys do not make an object";
     }
     *why = Platform::Darwin::foundationString(text);
     return nullptr;

@@ -4,7 +4,7 @@
 
 #include <vector>
 
-#include "Base/Coder.h"
+#include "Base/Archive/Coder.h"
 
 /// Which Objective-C class stands for which coded class. `carrierClass` (Carrier.h) adds to it; a process
 /// only ever gains classes. Any thread.

@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-#include "Base/Coder.h"
+#include "Base/Archive/Coder.h"
 
 namespace Platform::Darwin {
 

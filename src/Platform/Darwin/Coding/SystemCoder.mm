@@ -2,7 +2,7 @@
 
 #include <cstddef>
 
-#include "Base/Text.h"
+#include "Base/Excerpt.h"
 #import "Platform/Darwin/Coding/Carrier.h"
 #import "Platform/Darwin/Coding/CodedValues.h"
 #import "Platform/Darwin/Coding/GuardedCoding.h"
