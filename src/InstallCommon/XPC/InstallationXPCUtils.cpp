@@ -79,7 +79,7 @@ class ExportedExecutor final : public Platform::XPCObject {
         std::optional<CommandList> commands =
             commandList(std::move(std::get<Base::CodedObjectList>(arguments.at(0))));
         if (!commands) {
-            refused_("the list holds something else than commands");
+            refused_("a list: it contains an object that is not a command");
             return;
         }
         auto delegate =

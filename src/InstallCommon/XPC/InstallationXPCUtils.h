@@ -45,12 +45,12 @@ class CommandExecuting {
 /// it loads anybody else's code (see Platform::XPC::registerClasses).
 void registerCommandListClasses();
 
-/// Turns decoded objects into commands. Nothing when one of them is no command; `objects` is used up in any
-/// case.
+/// Turns decoded objects into commands. Returns nothing if any object is not a command. Always consumes
+/// `objects`.
 [[nodiscard]] std::optional<CommandList> commandList(Base::CodedObjectList objects);
 
-/// `executor` as an object that a connection can export. A list that holds something else than commands is
-/// dropped whole, and so is a message with any other selector, each with a call of `refused`.
+/// `executor` as an object that a connection can export. A list that contains an object that is not
+/// a command is dropped whole, and so is a message with any other selector, each with a call of `refused`.
 [[nodiscard]] std::shared_ptr<Platform::XPCObject> exportedCommandExecuting(
     std::shared_ptr<CommandExecuting> executor, std::function<void(const std::string& why)> refused);
 

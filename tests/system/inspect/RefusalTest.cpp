@@ -41,7 +41,7 @@ TEST_F(Inspect, RefusesAClassThatTheHelperDoesNotAllow) {
 
 TEST_F(Inspect, RefusesAListThatHoldsARecordInPlaceOfACommand) {
     const Forged record(NorvikCommon::LaunchdInfo::codedClass());
-    expectRefusal(inspect({"decode", "-"}, archiveOf(record)), 1, "something else than commands");
+    expectRefusal(inspect({"decode", "-"}, archiveOf(record)), 1, "contains an object that is not a command");
 }
 
 TEST_F(Inspect, RefusesEveryClassWithoutADescription) {

@@ -49,13 +49,13 @@ TEST(InstallerHelperPeers, AListWithAnUnlistedClassIsRefusedWholeAndTheHelperGoe
 
 TEST(InstallerHelperPeers, ARecordAmongTheCommandsRefusesTheList) {
     HostileMac mac;
-    EXPECT_EQ(mac.shell("'" + kProgram + "' record & " + untilLogged("Refused the list") + "kill $!; '" +
+    EXPECT_EQ(mac.shell("'" + kProgram + "' record & " + untilLogged("Refused a list") + "kill $!; '" +
                         kProgram + "' good")
                   .out,
               "reported Deleting\n");
     EXPECT_TRUE(mac.exists("/tmp/victim"));
     EXPECT_THAT(mac.helperLog(),
-                Contains("[SNTM Installer] Refused the list holds something else than commands"));
+                Contains("[SNTM Installer] Refused a list: it contains an object that is not a command"));
 }
 
 TEST(InstallerHelperPeers, AProgramWithoutTheIdentityIsRefusedWhileTheUninstallationRuns) {

@@ -117,8 +117,8 @@ TEST_F(RefusalLogTest, TellsSixteenKindsApartAndCountsAllOthersTogether) {
 }
 
 TEST_F(RefusalLogTest, TakesAReasonWithoutAPeerWhole) {
-    log_.note("the list holds something else than commands");
-    EXPECT_EQ(lines(), Lines{"the list holds something else than commands"});
+    log_.note("nobody asked for it");
+    EXPECT_EQ(lines(), Lines{"nobody asked for it"});
 }
 
 TEST_F(RefusalLogTest, KeepsAForeignNameOnItsLine) {

@@ -82,7 +82,7 @@ TEST(ExportedExecutor, RefusesAMessageWithAnotherSelector) {
     EXPECT_EQ(refused.size(), 1U);
 }
 
-TEST(ExportedExecutor, RefusesAListThatHoldsSomethingElseThanCommands) {
+TEST(ExportedExecutor, RefusesAListWithAnObjectThatIsNotACommand) {
     const auto executor = std::make_shared<Executor>();
     Lines refused;
     const auto exported = InstallCommon::exportedCommandExecuting(
@@ -96,7 +96,7 @@ TEST(ExportedExecutor, RefusesAListThatHoldsSomethingElseThanCommands) {
     arguments.emplace_back(std::shared_ptr<Platform::XPCObject>());
     exported->message("executeWithCommands:delegate:", std::move(arguments), {});
     EXPECT_EQ(executor->lists, Lines());
-    EXPECT_EQ(refused, Lines{"the list holds something else than commands"});
+    EXPECT_EQ(refused, Lines{"a list: it contains an object that is not a command"});
 }
 
 TEST(ExportedExecutor, ReportsToTheDelegateOfTheClientWithoutWaiting) {
