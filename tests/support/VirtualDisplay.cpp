@@ -100,18 +100,6 @@ bool VirtualDisplay::waitForWindow(const std::string& title, std::chrono::second
     return waitUntil(limit, [&] { return xdotool({"getwindowfocus", "getwindowname"}) == title + "\n"; });
 }
 
-std::string VirtualDisplay::focusedWindow() const {
-    const std::string id = xdotool({"getwindowfocus"});
-    return id.substr(0, id.find('\n'));
-}
-
-bool VirtualDisplay::waitForWindowAfter(const std::string& before, const std::string& title) const {
-    return waitUntil(60s, [&] {
-        const std::string window = focusedWindow();
-        return window != before && !window.empty() && xdotool({"getwindowname", window}) == title + "\n";
-    });
-}
-
 bool VirtualDisplay::waitUntilGone(const std::string& title) const {
     return waitUntil(60s, [&] { return xdotool({"search", "--onlyvisible", "--name", title}).empty(); });
 }

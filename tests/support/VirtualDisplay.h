@@ -24,10 +24,6 @@ class VirtualDisplay {
     /// Waits until the window of that title has the keyboard.
     [[nodiscard]] bool waitForWindow(const std::string& title,
                                      std::chrono::seconds limit = std::chrono::seconds(60)) const;
-    /// The window that has the keyboard.
-    [[nodiscard]] std::string focusedWindow() const;
-    /// Waits until a window of that title other than `before` has the keyboard.
-    [[nodiscard]] bool waitForWindowAfter(const std::string& before, const std::string& title) const;
     /// Waits until no window of that title is on the screen.
     [[nodiscard]] bool waitUntilGone(const std::string& title) const;
     /// Its height in pixels; 0 when there is none.
