@@ -57,6 +57,7 @@ VirtualDisplay::VirtualDisplay(const std::string& authority) : authority_(author
         words.insert(words.end(), {"-auth", authority});
     }
     std::vector<char*> pointers;
+    pointers.reserve(words.size() + 1);
     for (std::string& word : words) {
         pointers.push_back(word.data());
     }
