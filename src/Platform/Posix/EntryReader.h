@@ -26,7 +26,8 @@ class EntryReader {
     [[nodiscard]] ssize_t read(char* room, std::size_t size) const;
 
   private:
-    int folder_ = -1;
+    /// Where getdents64(2) reads.
+    [[maybe_unused]] int folder_ = -1;
     /// Where readdir(3) reads.
     DIR* stream_ = nullptr;
 };

@@ -25,7 +25,7 @@ bool isLaunchdJob(const std::string& label) {
 
 void DarwinXPC::registerClasses(const Base::AllowedClasses& classes) {
     for (const Base::CodedClass* const each : classes.objects) {
-        carrierClass(*each);
+        static_cast<void>(carrierClass(*each));
     }
 }
 
