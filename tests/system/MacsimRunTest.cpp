@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <fstream>
 #include <regex>
+#include <sstream>
 #include <thread>
 
 #include <gtest/gtest.h>
@@ -24,8 +25,15 @@ class MacsimRun : public ::testing::Test {
   protected:
     void SetUp() override { ASSERT_EQ(mac_.create().status, 0); }
 
+    void TearDown() override {
+        if (background_ > 0) {
+            ::kill(background_, SIGKILL);
+            static_cast<void>(endOfBackground());
+        }
+    }
+
     /// Starts macsim run in the background and waits until its command has made /tmp/up.
-    pid_t startInBackground(const std::string& line) {
+    void startInBackground(const std::string& line) {
         std::vector<std::string> words{SimulatedMac::macsim(),  "run", mac_.path(), "--", "sh", "-c",
                                        "touch /tmp/up; " + line};
         std::vector<char*> pointers;
@@ -33,24 +41,35 @@ class MacsimRun : public ::testing::Test {
             pointers.push_back(word.data());
         }
         pointers.push_back(nullptr);
-        pid_t child = 0;
-        EXPECT_EQ(::posix_spawn(&child, pointers.front(), nullptr, nullptr, pointers.data(), environ), 0);
+        EXPECT_EQ(::posix_spawn(&background_, pointers.front(), nullptr, nullptr, pointers.data(), environ),
+                  0);
         for (int tries = 0; tries < 6000 && !mac_.exists("/tmp/up"); ++tries) {
             std::this_thread::sleep_for(10ms);
         }
         EXPECT_TRUE(mac_.exists("/tmp/up"));
-        return child;
+    }
+
+    /// Waits until macsim has ended; its wait status, -1 when there is none.
+    int endOfBackground() {
+        int status = -1;
+        EXPECT_EQ(::waitpid(background_, &status, 0), background_);
+        background_ = 0;
+        return status;
     }
 
     SimulatedMac mac_;
+    pid_t background_ = 0;
 };
 
 /// Processes of the host whose command line holds `text`.
 int countOnHost(const std::string& text) {
     int count = 0;
     for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
-        std::ifstream file(entry.path() / "cmdline", std::ios::binary);
-        const std::string line((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+        // A process that ends while it is read makes the read fail; a stream takes note of that where
+        // an iterator would throw.
+        std::ostringstream words;
+        words << std::ifstream(entry.path() / "cmdline", std::ios::binary).rdbuf();
+        const std::string line = words.str();
         count += line.find(text) != std::string::npos && line.find("macsim") == std::string::npos ? 1 : 0;
     }
     return count;
@@ -126,7 +145,7 @@ TEST_F(MacsimRun, LosesNoLineOfAFlood) {
 }
 
 TEST_F(MacsimRun, RefusesASecondRunAtTheSameTime) {
-    const pid_t first = startInBackground("while [ ! -e /tmp/end ]; do sleep 0.02; done");
+    startInBackground("while [ ! -e /tmp/end ]; do sleep 0.02; done");
     const ProgramResult second = mac_.shell("true");
     EXPECT_EQ(second.status, 1);
     EXPECT_EQ(second.err, "macsim: " + mac_.path() + " is running already\n");
@@ -135,9 +154,7 @@ TEST_F(MacsimRun, RefusesASecondRunAtTheSameTime) {
     EXPECT_EQ(state.status, 1);
     EXPECT_EQ(state.err, "macsim: " + mac_.path() + " is running; its state is recorded when the run ends\n");
     mac_.put("/tmp/end", "");
-    int status = 0;
-    ASSERT_EQ(::waitpid(first, &status, 0), first);
-    EXPECT_EQ(status, 0);
+    EXPECT_EQ(endOfBackground(), 0);
 }
 
 TEST_F(MacsimRun, EverythingDiesWithMacsim) {
@@ -145,11 +162,13 @@ TEST_F(MacsimRun, EverythingDiesWithMacsim) {
         // A length of sleep that nobody else on this machine has asked for.
         const std::string marker = "9" + std::to_string(::getpid()) + "00" + std::to_string(signal);
         std::filesystem::remove(mac_.path("/tmp/up"));
-        const pid_t macsim = startInBackground("setsid sleep " + marker + " & sleep " + marker);
+        startInBackground("setsid sleep " + marker + " & sleep " + marker);
         EXPECT_GT(countOnHost(marker), 0);
-        ::kill(macsim, signal);
-        int status = 0;
-        ASSERT_EQ(::waitpid(macsim, &status, 0), macsim);
+        ::kill(background_, signal);
+        const int status = endOfBackground();
+        EXPECT_TRUE(signal == SIGKILL ? WIFSIGNALED(status)
+                                      : WIFEXITED(status) && WEXITSTATUS(status) == 128 + signal)
+            << "status " << status << " after signal " << signal;
         for (int tries = 0; tries < 6000 && countOnHost(marker) > 0; ++tries) {
             std::this_thread::sleep_for(10ms);
         }
