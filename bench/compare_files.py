@@ -13,7 +13,7 @@ import time
 ROUNDS = int(os.environ.get("ROUNDS", 8))
 FILES = int(os.environ.get("FILES", 20000))
 PREFIX = os.environ.get("PREFIX", "").split()
-THREADS = "2"
+THREADS = "4"
 
 bin_folder, tables, places = sys.argv[1], sys.argv[2].split(","), sys.argv[3:]
 tool, limit = (os.path.join(bin_folder, name) for name in ("FileTool", "LimitTool"))
