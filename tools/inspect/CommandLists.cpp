@@ -13,16 +13,16 @@ using InstallCommon::CommandLists;
 using InstallCommon::CommandSuitsProvider;
 using InstallCommon::PayloadLocations;
 
-constexpr PayloadUse kNone{};
+constexpr PayloadUse kNoPayload{};
 constexpr PayloadUse kSupportFiles{false, false, true};
 constexpr PayloadUse kAll{true, true, true};
 
 constexpr std::array kLists{
-    NamedCommandList{"uninstall", "stops, unloads, closes and deletes every component", kNone,
+    NamedCommandList{"uninstall", "stops, unloads, closes and deletes every component", kNoPayload,
                      [](const PayloadLocations&) { return CommandSuitsProvider::makeUninstallCommands(); }},
-    NamedCommandList{"cleanup", "deletes the data folders and the helper tools", kNone,
+    NamedCommandList{"cleanup", "deletes the data folders and the helper tools", kNoPayload,
                      [](const PayloadLocations&) { return CommandSuitsProvider::makeCleanupCommands(); }},
-    NamedCommandList{"uninstall-all", "both, as an uninstallation sends them", kNone,
+    NamedCommandList{"uninstall-all", "both, as an uninstallation sends them", kNoPayload,
                      [](const PayloadLocations&) { return CommandLists::uninstallation(); }},
     NamedCommandList{"pre-install", "copies the settings and the AV bases", kSupportFiles,
                      [](const PayloadLocations& payload) {
@@ -33,7 +33,7 @@ constexpr std::array kLists{
                          return CommandSuitsProvider::makeInstallCommands(
                              payload.applications, payload.launchdJobs, payload.supportFiles);
                      }},
-    NamedCommandList{"post-install", "updates the Launch Services database", kNone,
+    NamedCommandList{"post-install", "updates the Launch Services database", kNoPayload,
                      [](const PayloadLocations&) { return CommandSuitsProvider::makePostInstallCommands(); }},
     NamedCommandList{"clean-install", "pre-install, install, post-install", kAll,
                      &CommandLists::cleanInstallation},

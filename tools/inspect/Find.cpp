@@ -12,7 +12,7 @@ namespace Inspect {
 
 namespace {
 
-constexpr int kFormatVersion = 1;
+constexpr int kFindFormat = 1;
 
 bool isBelow(const std::string& path, const std::string& folder) {
     return path.size() > folder.size() && path.starts_with(folder) && path[folder.size()] == '/';
@@ -199,7 +199,7 @@ Json findJson(const FindResult& result) {
         steps.push_back(
             {{"number", step.number}, {"class", step.className}, {"description", step.description}});
     }
-    return {{"formatVersion", kFormatVersion},
+    return {{"formatVersion", kFindFormat},
             {"what", result.what},
             {"records", std::move(records)},
             {"steps", std::move(steps)}};

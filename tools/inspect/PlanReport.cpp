@@ -9,7 +9,7 @@ namespace Inspect {
 
 namespace {
 
-constexpr int kFormatVersion = 1;
+constexpr int kPlanFormat = 1;
 
 std::string counted(std::uint64_t count, const char* one, const char* several) {
     return std::to_string(count) + " " + (count == 1 ? one : several);
@@ -143,7 +143,7 @@ Json planJson(const Plan& plan, bool all) {
                          {"finds", std::move(findings)}});
     }
     const Platform::TreeSize sum = plan.sum();
-    return {{"formatVersion", kFormatVersion},
+    return {{"formatVersion", kPlanFormat},
             {"root", plan.inventory.root.empty() ? Json(nullptr) : Json(plan.inventory.root)},
             {"steps", std::move(steps)},
             {"stepCount", plan.steps.size()},

@@ -13,7 +13,7 @@ namespace {
 using Inventory::Verdict;
 namespace Product = ::Inventory;
 
-constexpr int kFormatVersion = 1;
+constexpr int kScanFormat = 1;
 constexpr std::size_t kUnbroken = SIZE_MAX;
 
 std::string joined(const std::vector<std::string>& parts) {
@@ -250,7 +250,7 @@ Json scanJson(const Scan& scan) {
         items.push_back(placeJson(scan, index));
     }
     return {
-        {"formatVersion", kFormatVersion},
+        {"formatVersion", kScanFormat},
         {"root", optionalText(found.root)},
         {"verdict", nameOf(verdict)},
         {"exitStatus", Product::exitStatusOf(verdict)},

@@ -5,8 +5,8 @@
 namespace Base {
 namespace {
 
-constexpr CodedClass kArray{"NSArray", nullptr, nullptr};
-constexpr CodedClass kURL{"NSURL", nullptr, nullptr};
+constexpr CodedClass kArrayClass{"NSArray", nullptr, nullptr};
+constexpr CodedClass kURLClass{"NSURL", nullptr, nullptr};
 
 }  // namespace
 
@@ -58,14 +58,14 @@ Archiver::ObjectId Archiver::url(const URL& value) {
     const Entry entry = newEntry();
     const Entry text = newEntry();
     writer_.writeText(text.content, value.absoluteString());
-    writeSystemObject(entry.content, kURL, {{"NS.base", nil_}, {"NS.relative", text.uid}});
+    writeSystemObject(entry.content, kURLClass, {{"NS.base", nil_}, {"NS.relative", text.uid}});
     return entry.uid;
 }
 
 void Archiver::writeArray(const Entry& entry, std::span<const ObjectId> members) {
     const ObjectId list = writer_.newObject();
     writer_.writeArray(list, members);
-    writeSystemObject(entry.content, kArray, {{"NS.objects", list}});
+    writeSystemObject(entry.content, kArrayClass, {{"NS.objects", list}});
 }
 
 Archiver::ObjectId Archiver::inlineBool(bool value) {

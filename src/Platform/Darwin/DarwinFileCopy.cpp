@@ -11,6 +11,7 @@
 
 #include "Platform/Posix/Descriptor.h"
 #include "Platform/Posix/FileCopy.h"
+#include "Platform/Posix/FileMode.h"
 #include "Platform/Posix/Moments.h"
 #include "Platform/Posix/NativeFiles.h"
 
@@ -18,8 +19,6 @@ namespace Platform::Posix {
 
 namespace {
 
-constexpr mode_t kModeBits = 07777;
-constexpr mode_t kSetIdBits = S_ISUID | S_ISGID;
 constexpr mode_t kPrivate = 0600;
 
 /// Gives an open copy the owner, mode and times in `source`; without set-id bits where the owner cannot be

@@ -12,6 +12,7 @@
 
 #include "Platform/Linux/ExtendedAttributes.h"
 #include "Platform/Posix/Descriptor.h"
+#include "Platform/Posix/FileMode.h"
 #include "Platform/Posix/Moments.h"
 #include "Platform/Posix/NativeFiles.h"
 
@@ -19,8 +20,6 @@ namespace Platform::Posix {
 
 namespace {
 
-constexpr mode_t kModeBits = 07777;
-constexpr mode_t kSetIdBits = S_ISUID | S_ISGID;
 constexpr mode_t kPrivate = 0600;
 /// Below this size two plain calls are cheaper than setting up a copy inside the kernel.
 constexpr off_t kSmallFile = off_t{1} << 17;

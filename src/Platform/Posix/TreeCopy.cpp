@@ -23,7 +23,7 @@ namespace {
 constexpr mode_t kFolderBeingFilled = 0700;
 
 /// Each holds up to twice FolderChain::kHeld descriptors.
-constexpr std::size_t kMostErrands = 4;
+constexpr std::size_t kMostCopies = 4;
 
 /// What the errands of one copy have in common.
 struct Copying {
@@ -251,7 +251,7 @@ std::optional<Error> copyTree(const CopyPlace& source, const CopyPlace& destinat
     if (failure != 0) {
         return copyError(source.path, destination.path, failure);
     }
-    FolderCrew(kMostErrands).run(std::move(errand));
+    FolderCrew(kMostCopies).run(std::move(errand));
     return std::move(copying.failure);
 }
 

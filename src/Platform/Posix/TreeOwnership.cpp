@@ -11,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include "Platform/Posix/FileMode.h"
 #include "Platform/Posix/FirstFailure.h"
 #include "Platform/Posix/Moments.h"
 #include "Platform/Posix/NativeFiles.h"
@@ -22,10 +23,8 @@ namespace Platform::Posix {
 
 namespace {
 
-constexpr mode_t kModeBits = 07777;
-constexpr mode_t kSetIdBits = S_ISUID | S_ISGID;
 /// Each holds up to FolderChain::kHeld descriptors.
-constexpr std::size_t kMostErrands = 8;
+constexpr std::size_t kMostChanges = 8;
 
 using Report = std::function<void(const Base::URL& item, int error)>;
 
@@ -214,7 +213,7 @@ void setOwnerBelow(int parent, const std::string& name, const std::string& path,
     }
     Descriptor again(::fcntl(folder.get(), F_DUPFD_CLOEXEC, 0));
     Ownership ownership(owner, group);
-    FolderCrew(kMostErrands)
+    FolderCrew(kMostChanges)
         .run(std::make_unique<OwnershipErrand>(ownership, path, std::move(folder), nullptr));
     std::vector<Failure>& failures = ownership.failures();
     if (failures.size() == Ownership::kMostFailures && again) {

@@ -25,7 +25,7 @@ constexpr int kMostGoes = 3;
 constexpr int kMostRepetitions = 60;
 
 /// Each holds up to FolderChain::kHeld descriptors.
-constexpr std::size_t kMostErrands = 8;
+constexpr std::size_t kMostRemovals = 8;
 
 int unlinkEntry(int parent, const char* name, int flags) {
     atMoment(flags == 0 ? Moment::removing : Moment::removingFolder, parent, name);
@@ -259,7 +259,7 @@ std::optional<Error> removeTree(int parent, const std::string& name, const std::
     }
     auto errand = std::make_unique<RemovalErrand>(removal);
     errand->begin(status);
-    FolderCrew(kMostErrands).run(std::move(errand));
+    FolderCrew(kMostRemovals).run(std::move(errand));
     return removal.failure.take();
 }
 

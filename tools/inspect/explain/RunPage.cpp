@@ -79,7 +79,7 @@ std::string className(StepOutcome outcome) {
     return name;
 }
 
-std::string_view markOf(StepOutcome outcome) {
+std::string_view markOnPage(StepOutcome outcome) {
     switch (outcome) {
         case StepOutcome::done:
             return "✓";
@@ -210,7 +210,7 @@ void appendTable(std::string& page, const Run& run, const std::string& number) {
     for (const StepReport& step : run.steps) {
         const std::string css = className(step.outcome);
         page += "<tr class=\"row" + css + "\"><td>" + std::to_string(step.number) + "</td><td class=\"mark " +
-                css + "\"><span aria-hidden=\"true\">" + std::string(markOf(step.outcome)) + "</span> " +
+                css + "\"><span aria-hidden=\"true\">" + std::string(markOnPage(step.outcome)) + "</span> " +
                 std::string(nameOf(step.outcome)) + "</td><td>" + escaped(step.description);
         page += step.pauses ? " <span class=\"notthere\">(then a pause of 5 s)</span>" : "";
         appendDetails(page, step);

@@ -13,7 +13,7 @@ namespace {
 constexpr std::size_t kLabelWidth = 8;
 constexpr std::size_t kOutcomeWidth = 11;
 // Where a step's description begins.
-constexpr std::size_t kIndent = 19;
+constexpr std::size_t kDetailIndent = 19;
 
 /// Appends `text` in lines of at most `width` columns, broken between words; every line after the first is
 /// indented by as much as `line` takes already.
@@ -76,7 +76,7 @@ void appendStep(std::string& output, const StepReport& step, bool everything, st
     appendLine(output, line + shown(std::string_view(step.description)) + pause);
     for (const StepDetail& detail : step.details) {
         if (everything || detail.outcome == StepOutcome::failed) {
-            appendWrapped(output, std::string(kIndent, ' '), detailText(detail), width);
+            appendWrapped(output, std::string(kDetailIndent, ' '), detailText(detail), width);
         }
     }
 }
