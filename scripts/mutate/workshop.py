@@ -14,7 +14,6 @@ import time
 
 import schemata
 
-COPIED = ("CMakeLists.txt", "CMakePresets.json", "cmake", "resources", "scripts", "src", "simulator", "tests", "tools")
 # Built like this preset, so that the compiler cache knows nearly all of it. Mutants are compiled for speed of compiling.
 PRESET = "release"
 # Looking into an optional or a text that is empty ends the program, as it should a test.
@@ -61,7 +60,7 @@ class Workshop:
 
     def prepare(self):
         """Brings the copy up to date. Raises Refusal."""
-        for name in COPIED:
+        for name in top_level_names(self.checkout):
             where = self.checkout / name
             (synchronise if where.is_dir() else copy_if_changed)(where, self.source / name)
         if not (self.build / "build.ninja").exists():
@@ -252,6 +251,13 @@ def noticing_test(log):
         if line.startswith("[ RUN      ] "):
             running = line[13:]
     return running
+
+
+def top_level_names(checkout):
+    """The files and folders of a checkout that Git knows or would take; none that a build has made."""
+    listed = must(["git", "-C", checkout, "ls-files", "-z", "--cached", "--others", "--exclude-standard"])
+    names = {path.split("/")[0] for path in listed.split("\0") if path}
+    return sorted(name for name in names if (checkout / name).exists())
 
 
 def copy_if_changed(source, target):
