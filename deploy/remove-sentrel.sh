@@ -296,15 +296,26 @@ take_away() {
     esac
 }
 
-# take_all_away: prints a line for each leftover that went.
+# take_all_away: prints the kind and the target of each leftover that went, a line each.
 take_all_away() {
     fact leftover | while IFS=$tab read -r kind target; do
         if take_away "$kind" "$target" >&3 2>&3 </dev/null; then
             log "removed: $kind $target"
-            echo gone
+            printf '%s %s\n' "$kind" "$target"
         else
             log "not removed: $kind $target"
         fi
+    done
+}
+
+# await_killed TAKEN: until the processes among what was taken away are gone; a busy Mac takes a moment to end what was killed.
+await_killed() {
+    tries=10
+    for pid in $(printf '%s\n' "$1" | sed -n 's/^process //p'); do
+        while [ "$tries" -gt 0 ] && [ "$(seconds_left)" -gt 0 ] && kill -0 "$pid" 2>/dev/null; do
+            tries=$((tries - 1))
+            sleep 1
+        done
     done
 }
 
@@ -331,10 +342,13 @@ clean() {
             sleep 1
             look
         done
-        gone=$(take_all_away | grep -c gone)
+        taken=$(take_all_away)
+        gone=$(printf '%s' "$taken" | grep -c '')
         cleaned=$((cleaned + gone))
-        [ "$gone" -gt 0 ] || return
+        await_killed "$taken"
+        # Also when nothing could be taken away: it may have gone by itself.
         look
+        [ "$gone" -gt 0 ] || return
     done
 }
 

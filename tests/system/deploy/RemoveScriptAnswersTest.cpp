@@ -97,6 +97,52 @@ TEST(AnswersOfSentrelInspect, TakeNothingAwayThatIsNotTheProducts) {
     EXPECT_FALSE(mac.exists("/tmp/run"));
 }
 
+TEST(AnswersOfSentrelInspect, AreAskedForAgainWhenNothingCouldBeTakenAway) {
+    RemovalMac mac(kEmpty);
+    // The process has ended between the look and the kill.
+    mac.put("/opt/inspect",
+            "#!/bin/sh\n"
+            "if mkdir /tmp/looked 2>/dev/null; then\n"
+            "    printf 'verdict\\tleftovers\\nleftover\\tprocess\\t4194303\\n'\n"
+            "    exit 4\n"
+            "fi\n"
+            "printf 'verdict\\trestart\\njob\\tsystem/com.norvik.x\\n'\n"
+            "exit 5\n",
+            0755);
+    const auto result = mac.shell(kScript + " --inspect /opt/inspect");
+    EXPECT_EQ(lineOf(result).at("cleaned"), 0);
+    EXPECT_EQ(lineOf(result).at("result"), "restart");
+    EXPECT_EQ(result.status, 11);
+}
+
+TEST(AnswersOfSentrelInspect, AreAskedForOnlyWhenKilledProcessesAreGone) {
+    RemovalMac mac(kEmpty);
+    // A killed process stays in the table until its parent has taken note of it.
+    mac.put("/opt/inspect",
+            "#!/bin/sh\n"
+            "pid=$(cat /tmp/pid)\n"
+            "if kill -0 \"$pid\" 2>/dev/null; then\n"
+            "    printf 'verdict\\tleftovers\\nleftover\\tprocess\\t%s\\n' \"$pid\"\n"
+            "    [ ! -e /tmp/looked ] || echo again >> /tmp/looked-too-early\n"
+            "    touch /tmp/looked\n"
+            "    exit 4\n"
+            "fi\n"
+            "printf 'verdict\\tnothing\\n'\n",
+            0755);
+    mac.put("/opt/parent.py",
+            "import os, subprocess, time\n"
+            "child = subprocess.Popen(['sleep', '1000'])\n"
+            "open('/tmp/pid', 'w').write(str(child.pid))\n"
+            "while not os.path.exists('/tmp/looked'):\n"
+            "    time.sleep(0.05)\n"
+            "time.sleep(1)\n"
+            "child.wait()\n");
+    const auto result = mac.shell("python3 /opt/parent.py & while [ ! -s /tmp/pid ]; do sleep 0.05; done; " +
+                                  kScript + " --inspect /opt/inspect");
+    EXPECT_EQ(lineOf(result).at("result"), "removed") << result.out;
+    EXPECT_FALSE(mac.exists("/tmp/looked-too-early"));
+}
+
 // The reverse: what the catalogue has is known to the script, too.
 TEST(AnswersOfSentrelInspect, NameNoPlaceThatTheScriptDoesNotKnow) {
     RemovalMac mac(kEmpty);
