@@ -8,6 +8,7 @@
 #include <utility>
 
 #include <sys/socket.h>
+#include <sys/wait.h>
 
 #include "Support/Passwords.h"
 #include "launchd/CodeIdentity.h"
@@ -83,6 +84,8 @@ void AdministratorDialog::close() {
     if (agent_) {
         // Its window goes with its connection to the display.
         ::kill(*agent_, SIGKILL);
+        // Gone before anybody is told: the answer may be the last thing that this Mac's command waits for.
+        ::waitpid(*agent_, nullptr, 0);
         agent_.reset();
     }
     if (socket_.valid()) {
