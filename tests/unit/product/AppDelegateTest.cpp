@@ -4,11 +4,11 @@
 
 #include <gtest/gtest.h>
 
-#include "support/FakeApplication.h"
-#include "support/FakeHelper.h"
+#include "WindowFlow.h"
 
 namespace {
 
+using ProductTests::WindowFlow;
 using TestSupport::CallList;
 using Uninstall_Sentrel::AppDelegate;
 using Uninstall_Sentrel::UninstallerWindowController;
@@ -18,50 +18,6 @@ const std::string kNewVersion =
     "alert [OK] [Please, use newer uninstaller in order to uninstall application.] "
     "[This uninstaller has older version than installed app.]";
 const std::string kNotAuthorized = "alert [Gut] [You are not authorized to run uninstallation.] []";
-
-/// A window with its delegate, over an installed product of the uninstaller's version.
-class WindowFlow : public testing::Test {
-  protected:
-    WindowFlow() {
-        helper_.serve(mac_);
-        mac_.bundles.mainInfo = {{"CFBundleShortVersionString", "6.4"}, {"CFBundleVersion", "640"}};
-        mac_.bundles.mainResources = {"SwiftRuntimeForCommandLineTools.pkg"};
-        mac_.bundles.mainTexts = {{{"WebInstaller", "d129c1"}, "Gut"},
-                                  {{"WebInstaller", "368"}, "%@ ist weg."},
-                                  {{"WebInstaller", "d234c1075"}, "Fertig"},
-                                  {{"macstrings", "204"}, "%@ fehlt."}};
-        mac_.bundles.install("/Applications/Sentrel.app", "6.4", "640");
-        mac_.files.addFolder("/Applications/Sentrel.app");
-        mac_.files.addFolder("/Library/Application Support/NORVIK/SNT");
-        framework_.window->controller = &controller_;
-        framework_.shouldTerminate = [this] { return delegate_->applicationShouldTerminate(); };
-        delegate_->setWindow(framework_.window);
-        controller_.awakeFromNib();
-        delegate_->applicationDidFinishLaunching();
-        mac_.calls.clear();
-    }
-
-    ~WindowFlow() override {
-        // The client's block holds the delegate, and the delegate the client: on a Mac until the process
-        // ends.
-        if (delegate_ != nullptr) {
-            delegate_->installationClient().setProgressNotificationBlock({});
-        }
-    }
-
-    void removeProduct() {
-        mac_.files.nodes.clear();
-        mac_.bundles.infoByPath.clear();
-    }
-
-    [[nodiscard]] CallList alerts() const { return mac_.callsOf("alert"); }
-
-    TestSupport::FakeMac mac_;
-    TestSupport::FakeHelper helper_;
-    TestSupport::FakeApplicationFramework framework_{mac_};
-    UninstallerWindowController controller_{framework_, framework_.outlets()};
-    std::shared_ptr<AppDelegate> delegate_ = std::make_shared<AppDelegate>(framework_);
-};
 
 TEST_F(WindowFlow, RunsTheWholeSequenceInteractivelyAndInOrder) {
     controller_.uninstallAction();
@@ -263,32 +219,6 @@ TEST_F(WindowFlow, TheUninstallBlockHoldsTheDelegate) {
     EXPECT_FALSE(observed.expired());
     controller_.setUninstallBlock({});
     EXPECT_TRUE(observed.expired());
-}
-
-using WindowFlowDeathTest = WindowFlow;
-
-TEST_F(WindowFlowDeathTest, AnAbsentWindowIsFatalWhenTheApplicationIsToQuit) {
-    framework_.window.reset();
-    EXPECT_DEATH(static_cast<void>(delegate_->applicationShouldTerminate()),
-                 "Fatal error: The window is gone.");
-}
-
-TEST_F(WindowFlowDeathTest, AnAbsentWindowIsFatalForAReport) {
-    controller_.uninstallAction();
-    framework_.window.reset();
-    EXPECT_DEATH(framework_.drainMainQueue(), "Fatal error: The window is gone.");
-}
-
-TEST_F(WindowFlowDeathTest, AnAbsentProgressBarIsFatalForAReport) {
-    controller_.uninstallAction();
-    framework_.progressIndicator.reset();
-    EXPECT_DEATH(framework_.drainMainQueue(), "Fatal error: The progress bar is gone.");
-}
-
-TEST_F(WindowFlowDeathTest, AnAbsentDescriptionLineIsFatalForAReport) {
-    controller_.uninstallAction();
-    framework_.progressDescription.reset();
-    EXPECT_DEATH(framework_.drainMainQueue(), "Fatal error: The description line is gone.");
 }
 
 }  // namespace
