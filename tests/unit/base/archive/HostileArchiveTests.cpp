@@ -304,6 +304,9 @@ TEST(HostileArchive, WithURLsThatLeaveTheirPlaceIsRefused) {
     }
     ArchiveBuilder onBase;
     EXPECT_TRUE(isRefused(linkOutcome(onBase, onBase.url("../c", onBase.url("file:///a/b/")), 0)));
+    ArchiveBuilder wholeOnBase;
+    EXPECT_TRUE(
+        isRefused(linkOutcome(wholeOnBase, wholeOnBase.url("file:///a", wholeOnBase.url("http://a/")), 0)));
 }
 
 TEST(HostileArchive, WithTextThatIsNotWellFormedIsRefused) {

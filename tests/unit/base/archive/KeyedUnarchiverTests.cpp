@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+
 #include <array>
 #include <memory>
 #include <string>
@@ -258,6 +260,24 @@ TEST(KeyedUnarchiver, RefusesARootThatIsNoArray) {
     ArchiveBuilder outside;
     EXPECT_EQ(outcome(outside.finish(1000, outside.archiverName(), outside.version())),
               "refused: not a keyed archive: \"$top\" refers to no object under \"root\"");
+}
+
+TEST(KeyedUnarchiver, RefusesAListThatCannotBeOneOfObjects) {
+    // `objects` makes the value of "$objects".
+    const auto outcomeOf = [](const std::function<PlistBuilder::Id(PlistBuilder&)>& objects) {
+        PlistBuilder plist;
+        const auto list = objects(plist);
+        const auto top = plist.dictionary({{"root", plist.uid(0)}});
+        return outcome(plist.finish(plist.dictionary({{"$archiver", plist.ascii("NSKeyedArchiver")},
+                                                      {"$version", plist.integer(100000)},
+                                                      {"$objects", list},
+                                                      {"$top", top}})));
+    };
+    const std::string noList = "refused: not a keyed archive: \"$objects\" is not a list of objects";
+    EXPECT_EQ(outcomeOf([](PlistBuilder& plist) { return plist.ascii("$null"); }), noList);
+    EXPECT_EQ(outcomeOf([](PlistBuilder& plist) { return plist.array({}); }), noList);
+    EXPECT_EQ(outcomeOf([](PlistBuilder& plist) { return plist.array({plist.ascii("$nil")}); }),
+              "refused: not a keyed archive: \"$objects\" does not begin with $null");
 }
 
 TEST(KeyedUnarchiver, RefusesAnotherArchiverOrVersion) {
