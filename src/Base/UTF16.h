@@ -12,7 +12,7 @@ namespace Base {
 /// The UTF-8 form of `units`; nothing if half of a surrogate pair is missing.
 [[nodiscard]] std::optional<std::string> utf8FromUTF16(std::u16string_view units);
 
-/// The UTF-8 form of `units`, with U+FFFD for every surrogate without its other half.
+/// The UTF-8 form of `units`, with U+FFFD for every unpaired surrogate.
 [[nodiscard]] std::string utf8FromUTF16WithReplacements(std::u16string_view units);
 
 }  // namespace Base

@@ -12,7 +12,7 @@ namespace Base {
 /// Whether `bytes` are well-formed UTF-8 (no overlong forms, surrogates or values above U+10FFFF).
 [[nodiscard]] bool isValidUTF8(std::string_view bytes);
 
-/// One character and the bytes that it takes in UTF-8; no bytes when there is none.
+/// One character and the number of its bytes in UTF-8, 0 if there is none.
 struct UTF8Character {
     char32_t value;
     std::size_t bytes;
@@ -33,10 +33,10 @@ void appendUTF8(std::string& text, char32_t value);
 inline constexpr std::size_t kLongestUTF8 = 4;
 
 /// `text` if it fits into `limit` bytes; otherwise its first `limit` bytes without the character that they
-/// would cut. Of bytes that are not UTF-8, up to 4 more are left out.
+/// would cut. Of invalid UTF-8, up to 4 more bytes are left out.
 [[nodiscard]] std::string_view startOfUTF8(std::string_view text, std::size_t limit);
 
-/// `text` without the character at its end of which bytes are missing, if there is one.
+/// `text` without an incomplete character at its end.
 [[nodiscard]] std::string_view withoutCutCharacter(std::string_view text);
 
 }  // namespace Base

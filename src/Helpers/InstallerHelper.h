@@ -12,20 +12,20 @@
 
 namespace Helpers {
 
-/// A request to end may come at any moment of the process's life, so its owner never destroys it.
+/// A request to end may arrive at any moment of the process's life, so its owner never destroys it.
 class InstallerHelper {
   public:
     static constexpr std::uint32_t kIdleSeconds = 2;
 
-    /// The helper behind the mach service that launchd handed to this process. Null when launchd handed over
-    /// none, with a log line.
+    /// The helper behind the mach service that launchd handed to this process. Null, with a log line, if
+    /// launchd handed over none.
     [[nodiscard]] static std::unique_ptr<InstallerHelper> make();
 
     /// Use `make`.
     explicit InstallerHelper(std::unique_ptr<Platform::XPCListener> listener);
 
     /// Serves until nobody has been connected and no list has been under way for kIdleSeconds, or until
-    /// launchd has asked the process to end and the list under way is done. Logs what was refused.
+    /// launchd has asked the process to end and the current list is done. Logs every refusal.
     void serve();
 
   private:

@@ -10,13 +10,13 @@
 
 namespace Helpers {
 
-/// The log lines of a helper for peers and messages that it refused, so few that nobody can flood the log and
-/// so many that nothing is lost.
+/// A helper's log lines for the peers and messages that it refused: few enough that nobody can flood the log,
+/// enough that nothing is lost.
 ///
-/// Of each kind the first `kWhole` refusals are written whole: "[SNTM Installer] Refused " + why. Then, at
+/// The first `kWhole` refusals of each kind are written in full: "[SNTM Installer] Refused " + why. Then, at
 /// the 10th, 100th, 1000th and so on, "[SNTM Installer] Refused so far: COUNT times, KIND", and at the end
-/// the same with "in all" for every kind that has been counted since its last line. The kind is what follows
-/// the peer's name and ": "; after `kMostKinds` of them all others are one kind, "for other reasons".
+/// the same with "in all" for every kind that has been counted since its last line. The kind is the text
+/// after the peer's name and ": "; after `kMostKinds` of them all others are one kind, "for other reasons".
 ///
 /// Both operations may be called on any thread. `summarize` is the helper's last word on the matter.
 class RefusalLog {
@@ -26,7 +26,7 @@ class RefusalLog {
 
     RefusalLog();
 
-    /// `why` as a listener tells it: "process 1 of user 2: reason".
+    /// `why` in a listener's form: "process 1 of user 2: reason".
     void note(const std::string& why);
     void summarize();
 
@@ -41,7 +41,7 @@ class RefusalLog {
     [[nodiscard]] Count& countOf(const std::string& kind);
     void noteAlone(const std::string& why);
 
-    /// One refusal after another.
+    /// Handles one refusal after another.
     std::unique_ptr<Platform::Queue> queue_;
     std::map<std::string, Count> counts_;
 };

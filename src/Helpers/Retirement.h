@@ -11,29 +11,29 @@
 
 namespace Helpers {
 
-/// How both helpers leave nothing of themselves behind when a product was removed.
+/// How both helpers leave nothing behind after a product was removed.
 ///
 /// The list that removes a product deletes the installer helper's own tool and property list. A job stays
-/// with launchd until the next restart even when its files are gone, so jobs have to be removed too, and the
-/// support helper, which is in no list, with its tool. All of that happens at the end of such a list, before
-/// its last report, and never later: whoever comes after the client has seen the list end finds launchd
-/// informed, and its blessing comes after the removal. A helper that has merely become idle removes nothing,
-/// because it cannot know of a client that has just been told that the helper is there.
+/// with launchd until the next restart even if its files are gone, so the jobs have to be removed too, and so
+/// does the support helper, which is in no list, with its tool. All of that happens at the end of such a
+/// list, before its last report, and never later: anybody who comes after the client has seen the list end
+/// finds launchd informed, and the next blessing comes after the removal. A helper that has merely become
+/// idle removes nothing, because it cannot know of a client that has just been told that the helper is there.
 ///
-/// What is not provably in nobody's use stays: nothing is removed while another list waits (that list's end
-/// does it), nor when the own tool is there again (somebody has blessed it anew); the support helper only if
-/// launchd says that it does not run, and if its tool is the very file that was there when the list began.
-/// Whatever fails on the way leaves something that the next blessing repairs. Nothing is logged: the last
+/// Anything that may still be in use stays: nothing is removed while another list waits (that list's end does
+/// it), or if the helper's own tool is back (somebody has blessed it again); the support helper is removed
+/// only if launchd says that it does not run, and if its tool is the very file that was there when the list
+/// began. Any failure on the way leaves something that the next blessing repairs. Nothing is logged: the last
 /// line of the log stays the outcome.
 class Retirement final : public ListObserver {
   public:
-    /// From now on launchd's request to end (SIGTERM) does not end the process but stops `listener`: a list
-    /// that was taken is executed and reported to its end, as far as launchd's own patience with the job goes
+    /// From now on launchd's request to end (SIGTERM) does not end the process but stops `listener`: an
+    /// accepted list is executed and reported to its end, as far as launchd's own patience with the job goes
     /// (20 seconds). One per process; it and `listener` live as long as the process.
     Retirement(std::string ownLabel, std::string supportLabel, Platform::XPCListener& listener);
 
     void listBegins() override;
-    /// Takes at most a few seconds more than launchctl does.
+    /// Takes at most a few seconds longer than launchctl does.
     void listEnds(const std::function<bool()>& isAnotherWaiting) override;
 
   private:
@@ -44,7 +44,7 @@ class Retirement final : public ListObserver {
 
     const std::string ownLabel_;
     const std::string supportLabel_;
-    /// Signalled for every request to end.
+    /// Signalled on every request to end.
     std::shared_ptr<Platform::Semaphore> requests_;
     /// The support helper's tool when the list began.
     std::optional<Platform::FileIdentity> supportTool_;

@@ -13,21 +13,21 @@
 
 namespace Helpers {
 
-/// NVKSupportPrivilegedHelper, as it is exported. Every connection delivers on its own thread; installations
-/// that come at the same time wait for each other.
+/// NVKSupportPrivilegedHelper, as it is exported. Every connection delivers on its own thread; concurrent
+/// installations wait for each other.
 ///
-/// A client that has been served may stay connected without need, so it does not keep the process. Tool and
-/// job stay: the next client may have been told already that they are there. The installer helper removes
+/// A client that has been served may stay connected needlessly, so it does not keep the process alive. Tool
+/// and job stay: the next client may already have been told that they are there. The installer helper removes
 /// them at the end of an uninstallation.
 class SupportHelper final : public Platform::XPCObject {
   public:
     static constexpr std::uint32_t kIdleSeconds = 2;
 
-    /// Installs packages with the fingerprint `maker`. `listener` outlives the object.
+    /// Installs packages that match the fingerprint `maker`. `listener` outlives the object.
     SupportHelper(Platform::XPCListener& listener, PackageFingerprint maker);
 
     /// Serves the mach service that launchd handed to this process until the helper is idle for kIdleSeconds.
-    /// Logs what was refused. False, with a log line, when launchd handed over no service.
+    /// Logs every refusal. False, with a log line, if launchd handed over no service.
     [[nodiscard]] static bool serve(PackageFingerprint maker);
 
     [[nodiscard]] std::string_view protocolName() const override { return "NVKSupportPrivilegedHelper"; }

@@ -15,9 +15,9 @@ namespace InstallCommon {
 /// helper decodes it and calls `execute` on each command in order.
 class Command : public Base::CodedObject {
   public:
-    /// A line for people, shown as progress text while the command runs.
+    /// Shown to people as progress text while the command runs.
     [[nodiscard]] virtual const std::string& commandDescription() const = 0;
-    /// How many progress units the command counts for.
+    /// The number of progress units that the command counts for.
     [[nodiscard]] virtual std::int32_t weight() const = 0;
     /// Performs the step, in the helper process, on the calling thread. Has no result: a failure is logged
     /// and the list goes on. A command holds no state that changes here; running it twice repeats the step.
@@ -51,7 +51,7 @@ class CommandConcrete : public Command {
     void encode(Base::Coder& coder) const override;
 
   protected:
-    /// Subclasses read their own keys first and then this, each giving up at the first that is missing.
+    /// Subclasses read their own keys first and then this, each stopping at the first missing key.
     [[nodiscard]] static std::optional<std::string> decodeDescription(Base::Coder& coder);
 
   private:

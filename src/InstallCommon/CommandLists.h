@@ -13,7 +13,7 @@ struct PayloadLocations {
     Base::URL launchdJobs;
     Base::URL supportFiles;
 
-    /// One component each below the payload's folder.
+    /// One component each, below the payload's folder.
     [[nodiscard]] static PayloadLocations inDirectory(const Base::URL& sourceDirectory,
                                                       std::string_view applicationsSubdir,
                                                       std::string_view launchdJobsSubdir,

@@ -7,7 +7,8 @@
 
 namespace InstallCommon {
 
-/// The answers for the Mac that the program runs on; the three facts are taken once, when the object is made.
+/// The answers for the Mac that the program runs on; the three facts are established once, when the object is
+/// made.
 class CurrentInstallationEnvironment final : public InstallationEnvironment {
   public:
     static constexpr std::array<std::string_view, 3> otherAntivirusesProcessNames{"kav_agent", "esets_gui",
@@ -19,7 +20,7 @@ class CurrentInstallationEnvironment final : public InstallationEnvironment {
     /// The one instance, made at the first use on the thread that asks.
     [[nodiscard]] static const InstallationEnvironment& shared();
 
-    /// Logs "[SNTM Installer] found installed version true, updatable: " + "true" or "false" when a folder of
+    /// Logs "[SNTM Installer] found installed version true, updatable: " + "true" or "false" if a folder of
     /// the product exists, else nothing.
     CurrentInstallationEnvironment();
 

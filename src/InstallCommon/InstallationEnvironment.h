@@ -29,8 +29,7 @@ class InstallationEnvironment {
 
     /// Whether another maker's antivirus product was found.
     [[nodiscard]] virtual bool otherAntivirusInstalled() const = 0;
-    /// `relativeToNew` is the bundle of the running program. The installed bundle is read afresh on every
-    /// call.
+    /// `relativeToNew` is the bundle of the running program. The installed bundle is read anew on every call.
     [[nodiscard]] virtual InstallatedNorvikAntivirusType checkNorvikAntivirusInstallType(
         const Platform::Bundle& relativeToNew) const = 0;
 };

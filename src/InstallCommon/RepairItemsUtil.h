@@ -8,7 +8,7 @@ namespace InstallCommon {
 struct RepairItemsUtil {
     RepairItemsUtil() = delete;
 
-    /// Copies an installed item below the repair folder, where its whole absolute path is mirrored. The first
+    /// Copies an installed item below the repair folder, which mirrors its whole absolute path. The first
     /// call of a process creates that folder, with mode 000 and owner 0:0, so that only root may enter it;
     /// later calls leave it as it is. An existing copy stays. Logs "[SNTM Installer] Backup source: " + path
     /// + ", destination: " + path and then the lines of FileSystemUtil::copy; fails silently otherwise.

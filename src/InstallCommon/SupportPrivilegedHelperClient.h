@@ -7,7 +7,7 @@
 
 namespace InstallCommon {
 
-/// The support helper, as its clients use it. Stateless; every call blocks the calling thread.
+/// The support helper from its clients' side. Stateless; every call blocks the calling thread.
 struct SupportPrivilegedHelperClient {
     SupportPrivilegedHelperClient() = delete;
 
@@ -19,11 +19,11 @@ struct SupportPrivilegedHelperClient {
     /// Installs the helper with launchd; logs as BlessHelperWithLabel does.
     [[nodiscard]] static bool blessHelper(const Platform::SFAuthorization& auth);
 
-    /// Has the helper install the runtime support package of the running program's bundle. True only when the
-    /// helper reported success. False without a log line when the package is not in the bundle; false with
-    /// the error's description as the whole line when the helper cannot be reached or reports an error. A
-    /// helper that dies or is replaced is such an error at once; one that has not answered after an hour ends
-    /// the wait with one, too.
+    /// Has the helper install the runtime support package of the running program's bundle. True only if the
+    /// helper reported success. False without a log line if the package is not in the bundle; false with the
+    /// error's description as the whole line if the helper cannot be reached or reports an error. A helper
+    /// that dies or is replaced is such an error at once; one that has not answered after an hour ends the
+    /// wait with one, too.
     [[nodiscard]] static bool installSwiftSupportPackage();
 
     /// The protocol NVKSupportPrivilegedHelper.

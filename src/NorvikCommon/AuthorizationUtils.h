@@ -8,13 +8,13 @@
 
 namespace NorvikCommon {
 
-/// Obtaining rights from the system's authorization service. Every operation blocks the calling thread,
-/// returns null when the right was refused or the dialog was cancelled, and logs nothing.
+/// Obtains rights from the system's authorization service. Every operation blocks the calling thread, returns
+/// null if the right was refused or the dialog was cancelled, and logs nothing.
 struct AuthorizationUtils {
     AuthorizationUtils() = delete;
 
     /// The right "system.privilege.admin". With `interactive` the system may show its administrator dialog;
-    /// without, only a process that holds the right already gets it, at once and with no dialog.
+    /// otherwise only a process that holds the right already gets it, at once and without a dialog.
     [[nodiscard]] static std::unique_ptr<Platform::SFAuthorization> authorizationForRootAction(
         bool interactive);
 

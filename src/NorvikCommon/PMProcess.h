@@ -18,8 +18,8 @@ struct PMProcess {
     /// Full path of the executable.
     Base::URL location;
 
-    /// Nothing when user id, name or location (asked in this order) cannot be had: such a process is never
-    /// listed.
+    /// Returns nothing if user id, name or location (asked in this order) cannot be determined: such a
+    /// process is never listed.
     [[nodiscard]] static std::optional<PMProcess> processWithPid(std::int32_t pid);
     [[nodiscard]] static std::optional<PMProcess> processWithPid(std::int32_t pid,
                                                                  const PMProcessUtil& processUtil);

@@ -10,24 +10,24 @@
 
 namespace NorvikCommon {
 
-/// A list of running processes, kept on a concurrent queue and refreshed by a timer that only `start` sets
-/// going. Nothing is logged.
+/// A list of running processes, kept on a concurrent queue and refreshed by a timer that only `start` starts.
+/// Nothing is logged.
 class PMProcessMonitor {
     struct State;
 
   public:
     /// The shared monitor, made once per process with the default refresh frequency and never started: its
-    /// list is the one taken at the first use.
+    /// list is the one taken at first use.
     [[nodiscard]] static const PMProcessMonitor& defaultMonitor();
 
     /// `refreshFrequency` is in seconds. The list is taken before the constructor returns.
     explicit PMProcessMonitor(double refreshFrequency = 5.0, std::uint32_t ofUser = kAllUsersId);
     PMProcessMonitor(const PMProcessMonitor&) = delete;
     PMProcessMonitor& operator=(const PMProcessMonitor&) = delete;
-    /// Stops.
+    /// Cancels the timer.
     ~PMProcessMonitor();
 
-    /// Sets the timer going.
+    /// Starts the timer.
     void start();
     /// Cancels the timer.
     void stop();
@@ -35,9 +35,9 @@ class PMProcessMonitor {
     /// it returns.
     void updateProcessList(bool async);
 
-    /// The last list stored. May be called on any thread.
+    /// The list last stored. May be called on any thread.
     [[nodiscard]] std::vector<PMProcess> allProcesses() const;
-    /// Those of allProcesses whose name is exactly `name`, in the list's order.
+    /// The entries of allProcesses whose name is exactly `name`, in the list's order.
     [[nodiscard]] std::vector<PMProcess> allProcessesWithName(std::string_view name) const;
 
   private:

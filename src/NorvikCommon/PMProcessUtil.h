@@ -19,12 +19,12 @@ class PMProcessUtil {
     /// The one instance, made once per process.
     [[nodiscard]] static const PMProcessUtil& shared();
 
-    /// The ids of the running processes whose effective user is `uid`, of all for kAllUsersId. No duplicates;
-    /// the order means nothing.
+    /// The ids of the running processes whose effective user is `uid`, or of all for kAllUsersId. No
+    /// duplicates; in no particular order.
     [[nodiscard]] std::vector<std::int32_t> collectPidsForUser(std::uint32_t uid) const;
     /// The effective user id.
     [[nodiscard]] std::optional<std::uint32_t> processUidForPid(std::int32_t pid) const;
-    /// The process's name; the last component of its executable's path when it has none.
+    /// The process's name, or the last component of its executable's path if it has none.
     [[nodiscard]] std::optional<std::string> processNameForPid(std::int32_t pid) const;
     /// The executable's full path.
     [[nodiscard]] std::optional<Base::URL> processLocationForPid(std::int32_t pid) const;

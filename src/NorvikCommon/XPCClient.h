@@ -29,9 +29,9 @@ class XPCClient : public std::enable_shared_from_this<XPCClient> {
     }
 
     /// Makes and resumes a new connection, between the two resume hooks. An earlier one is replaced, not
-    /// invalidated. `connect` and `stop` are for one thread.
+    /// invalidated. Call `connect` and `stop` on one thread.
     void connect();
-    /// Invalidates the connection, if there is one, and drops it.
+    /// Invalidates and drops the connection, if there is one.
     void stop();
 
   protected:

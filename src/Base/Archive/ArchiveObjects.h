@@ -37,13 +37,13 @@ class ArchiveObjects {
     struct Entry {
         BinaryPlistReader::ObjectId id;
         Kind kind;
-        std::uint16_t classIndex;  // for a classDescription: its place in the list of classes met
+        std::uint16_t classIndex;  // for a classDescription: its index in the list of classes met
     };
 
     /// The largest dictionary that an archive may hold. No class of an archive has nearly as many keys.
     static constexpr std::size_t kMaxKeys = 16;
 
-    /// Returns nothing and sets `refusal` when `archive` is not a keyed archive, or holds anything that
+    /// Returns nothing and sets `refusal` if `archive` is not a keyed archive or holds anything that
     /// `allowed` does not list.
     [[nodiscard]] static std::optional<ArchiveObjects> open(std::span<const std::uint8_t> archive,
                                                             const AllowedClasses& allowed,
@@ -54,11 +54,11 @@ class ArchiveObjects {
     [[nodiscard]] const Entry& root() const { return entries_[root_]; }
     /// The entry that stands for nil.
     [[nodiscard]] const Entry* nil() const { return entries_.data(); }
-    /// The entry that the UID object `id` refers to; null when `id` is not a UID or points outside.
+    /// The entry that the UID object `id` refers to; null if `id` is not a UID or points outside.
     [[nodiscard]] const Entry* target(BinaryPlistReader::ObjectId id) const;
 
   private:
-    // A class that an archive describes, as the entries of that class will have it.
+    // A class that the archive describes, in the form that entries of that class take.
     struct Class {
         Kind kind;
         std::uint16_t classIndex;
@@ -67,7 +67,7 @@ class ArchiveObjects {
     ArchiveObjects(BinaryPlistReader plist, const AllowedClasses& allowed)
         : plist_(std::move(plist)), allowed_(allowed) {}
 
-    // How a refusal calls an entry.
+    // The name of an entry in a refusal.
     static std::string entryName(std::size_t index);
     bool readFrame(const UnarchivingLimits& limits, std::string& refusal);
     bool readTop(const BinaryPlistReader::Object& top, std::string& refusal);
@@ -75,7 +75,7 @@ class ArchiveObjects {
     bool readEntry(std::size_t index, std::string& refusal);
     bool readPlainValue(std::size_t index, const BinaryPlistReader::Object& object, std::string& refusal);
     bool readDictionary(std::size_t index, const BinaryPlistReader::Object& dictionary, std::string& refusal);
-    // The object under `key`; a damaged one when there is none.
+    // The object under `key`; a damaged one if there is none.
     [[nodiscard]] BinaryPlistReader::Object value(const BinaryPlistReader::Object& dictionary,
                                                   std::string_view key) const;
 

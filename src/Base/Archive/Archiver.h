@@ -26,7 +26,7 @@ class Archiver final : public Coder {
     /// References between the objects of the property list take `referenceSize` bytes, 2 or 4.
     explicit Archiver(std::size_t referenceSize);
 
-    /// The archive of `objects`; nothing when it takes wider references. Called once.
+    /// Returns the archive of `objects`, or nothing if it needs wider references. Called once.
     std::optional<std::vector<std::uint8_t>> archive(std::span<const CodedObject* const> objects);
 
     void encodeNil(std::string_view key) override;
@@ -70,7 +70,7 @@ class Archiver final : public Coder {
     [[noreturn]] static void wrongDirection() { fatalError("A keyed archiver cannot decode."); }
 
     Entry newEntry();
-    // The UID of a new entry whose content is already there or will be.
+    // Returns the UID of a new entry whose content is written already or will be.
     ObjectId addEntry(ObjectId content);
     ObjectId newText(std::string_view text);
     ObjectId key(std::string_view text);
@@ -78,14 +78,14 @@ class Archiver final : public Coder {
     ObjectId writeClass(const CodedClass& coded);
     // Adds a key to the object being written.
     void add(std::string_view keyText, ObjectId value);
-    // Writes the keys and values from `first` on as the dictionary `id` and takes them away.
+    // Writes the keys and values from `first` on as the dictionary `id` and removes them.
     void writePairs(ObjectId id, std::size_t first);
     ObjectId object(const CodedObject& value);
     // Writes an object of one of the system's classes.
     void writeSystemObject(ObjectId id, const CodedClass& coded, std::initializer_list<NamedValue> values);
     std::vector<std::uint8_t> finish(ObjectId root);
 
-    // In Archiver+Values.cpp. Each returns what stands for the value in an object or an array.
+    // In Archiver+Values.cpp. Each returns the reference that stands for the value in an object or an array.
     ObjectId url(const URL& value);
     void writeArray(const Entry& entry, std::span<const ObjectId> members);
     ObjectId inlineBool(bool value);
@@ -95,7 +95,7 @@ class Archiver final : public Coder {
     ObjectId top_;
     std::vector<ObjectId> entries_;  // the contents
     ObjectId nil_;
-    std::vector<Pair> pairs_;  // keys and values of the objects being written, the innermost object's last
+    std::vector<Pair> pairs_;  // keys and values of the objects being written, innermost object last
     std::vector<Key> keys_;
     std::vector<Class> classes_;
     std::array<std::optional<ObjectId>, 2> bools_;

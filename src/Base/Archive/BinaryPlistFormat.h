@@ -28,7 +28,7 @@
 /// reference is the place of an object in the offset table.
 namespace Base::BinaryPlist {
 
-/// An object's place in the offset table.
+/// An object's index in the offset table.
 using ObjectId = std::uint32_t;
 
 inline constexpr std::string_view kSignature = "bplist00";
@@ -49,7 +49,7 @@ inline constexpr unsigned kUID = 0x80;
 inline constexpr unsigned kArray = 0xA0;
 inline constexpr unsigned kDictionary = 0xD0;
 
-/// The lower half of the marker that says that the count follows.
+/// The lower half of a marker that says that the count follows.
 inline constexpr unsigned kCountFollows = 0x0F;
 
 }  // namespace Base::BinaryPlist

@@ -34,18 +34,18 @@ class BinaryPlistWriter {
     void writeBool(ObjectId id, bool value);
     void writeInteger(ObjectId id, std::uint32_t value);
     void writeUID(ObjectId id, std::uint32_t value);
-    /// UTF-8 text: stored as ASCII when it is, otherwise as UTF-16, with U+FFFD for what is not valid.
+    /// UTF-8 text: stored as ASCII if it is ASCII, otherwise as UTF-16, with U+FFFD for invalid bytes.
     void writeText(ObjectId id, std::string_view text);
     void writeArray(ObjectId id, std::span<const ObjectId> members);
     void writeDictionary(ObjectId id, std::span<const Pair> pairs);
 
-    /// Ends the list, whose outermost object is `top`, and returns its bytes. Nothing may be written
+    /// Completes the list, whose outermost object is `top`, and returns its bytes. Nothing may be written
     /// afterwards.
     [[nodiscard]] std::vector<std::uint8_t> finish(ObjectId top);
 
   private:
     void begin(ObjectId id) { offsets_[id] = size_; }
-    // Where the next `count` bytes go. Everything that is written goes through here.
+    // Makes room for the next `count` bytes. Everything that is written goes through here.
     std::uint8_t* claim(std::size_t count) {
         if (bytes_.size() - size_ < count) {
             bytes_.resize(2 * bytes_.size() + count);

@@ -16,16 +16,16 @@ namespace Base {
 class Coder;
 class CodedObject;
 
-/// What an archive knows of a class: its runtime name, its superclass, how to make an object from a coder.
+/// What an archive knows about a class: its runtime name, its superclass, how to make an object from a coder.
 /// Instances are static constants, compared by address.
 struct CodedClass {
     /// The name that archives carry ("$classname").
     std::string_view runtimeName;
     /// The coded superclass; null when the class derives from NSObject directly.
     const CodedClass* superclass;
-    /// Makes an object from the keys of the object that `coder` stands on. Returns null when a key that the
-    /// class needs is missing or unusable; the archive is then refused. Null for a class that is never
-    /// decoded.
+    /// Makes an object from the keys of the object that `coder` is at. Returns null if a key that the class
+    /// needs is missing or unusable; the archive is then refused. A null function means that the class is
+    /// never decoded.
     std::unique_ptr<CodedObject> (*decode)(Coder& coder);
 
     /// True for this class itself and for every class derived from it.
@@ -58,9 +58,9 @@ using CodedObjectList = std::vector<std::unique_ptr<CodedObject>>;
 /// behind it: the keyed archiver and unarchiver of this room, and on macOS an adapter over the system's
 /// coder.
 ///
-/// The encode operations write one key of the object at hand. The decode operations read one: they return
-/// nothing when the key is absent or holds nil; when it holds a value of another type they return nothing
-/// too, and the whole archive is refused (the coder remembers the fault, later calls return nothing). An
+/// The encode operations write one key of the current object. The decode operations read one: they return
+/// nothing if the key is absent or holds nil; if it holds a value of another type they return nothing too,
+/// and the whole archive is refused (the coder remembers the fault, later calls return nothing). An
 /// implementation serves one direction; calling the other is a programming error. Not thread-safe; nothing is
 /// logged.
 class Coder {
@@ -81,10 +81,10 @@ class Coder {
 
     [[nodiscard]] virtual std::optional<std::string> decodeString(std::string_view key) = 0;
     [[nodiscard]] virtual std::optional<URL> decodeURL(std::string_view key) = 0;
-    /// An inline boolean or number; false when the key is absent.
+    /// An inline boolean or number; false if the key is absent.
     [[nodiscard]] virtual bool decodeBool(std::string_view key) = 0;
     [[nodiscard]] virtual std::optional<std::vector<URL>> decodeURLs(std::string_view key) = 0;
-    /// Numbers other than 0 and 1 are of another type.
+    /// A number other than 0 or 1 counts as another type.
     [[nodiscard]] virtual std::optional<std::vector<bool>> decodeBools(std::string_view key) = 0;
     /// An object of `expected` or of a class derived from it, or null.
     [[nodiscard]] virtual std::unique_ptr<CodedObject> decodeObject(std::string_view key,

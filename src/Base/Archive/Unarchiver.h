@@ -47,13 +47,13 @@ class Unarchiver final : public Coder {
     // The object whose keys are being read, within the one that holds it.
     struct Frame {
         const Frame* outer;
-        std::string_view outerKey;  // under which the outer object holds this one
+        std::string_view outerKey;  // the outer object's key for this one
         const CodedClass* coded;
         BinaryPlistReader::Object dictionary;
-        std::optional<std::string_view> missingKey{};  // the last one that was asked for in vain
+        std::optional<std::string_view> missingKey{};  // the last key that was requested and not found
     };
 
-    // Stands for no object.
+    // Stands for a missing object.
     static constexpr BinaryPlistReader::Object kNoObject{BinaryPlistReader::Type::damaged, 0, nullptr};
     static bool isNone(const BinaryPlistReader::Object& object) {
         return object.type == BinaryPlistReader::Type::damaged;
@@ -62,43 +62,43 @@ class Unarchiver final : public Coder {
     [[noreturn]] static void wrongDirection() { fatalError("A keyed unarchiver cannot encode."); }
 
     [[nodiscard]] bool refused() const { return !refusal_.empty(); }
-    // Refuses the archive at the place where decoding stands. `what` continues a sentence.
+    // Refuses the archive at the current place. `what` continues a sentence.
     void refuse(std::string_view what);
     void refuseKey(std::string_view key, std::string_view what);
     void refuseMember(std::string_view key, std::size_t index, std::string_view what);
-    // Takes one object off the budget; refuses the archive if there is none left.
+    // Charges one object to the budget; refuses the archive if none is left.
     bool spendObject();
-    // Whether that many more may be built, which takes nothing off the budget; asked before room for them is
+    // Whether the budget still covers that many objects, without charging them; asked before room for them is
     // made.
     bool canAfford(std::size_t objects);
-    // Takes that many bytes of text off the budget.
+    // Charges that many bytes of text to the budget.
     bool spendText(std::size_t bytes);
 
-    // What the object at hand holds under `key`.
+    // The value of `key` in the current object.
     std::optional<BinaryPlistReader::ObjectId> find(std::string_view key);
-    // The entry under `key`; null when the key is missing, nil, or (after a refusal) no reference.
+    // The entry under `key`; null if the key is missing, nil, or (after a refusal) not a reference.
     const ArchiveObjects::Entry* findEntry(std::string_view key);
-    // The references in an array entry; none (after a refusal) when the entry is not an array.
+    // The references in an array entry; none (after a refusal) if the entry is not an array.
     BinaryPlistReader::Object members(const ArchiveObjects::Entry& entry, std::string_view key);
     std::unique_ptr<CodedObject> object(const ArchiveObjects::Entry& entry, const CodedClass& coded,
                                         const Frame* outer, std::string_view key);
 
     // In Unarchiver+Values.cpp.
-    // The members of the array that the object at hand holds under `key`, taken off the budget.
+    // The members of the array under `key` in the current object, charged to the budget.
     BinaryPlistReader::Object listUnder(std::string_view key);
-    // The text of a string entry, wrapped or not; none when it is another entry.
+    // The text of a string entry, wrapped or not; none if it is another kind of entry.
     BinaryPlistReader::Object textOf(const ArchiveObjects::Entry& entry) const;
     BinaryPlistReader::Object wrappedText(const ArchiveObjects::Entry& entry) const;
     std::optional<std::string> string(const BinaryPlistReader::Object& text);
     std::optional<URL> url(const ArchiveObjects::Entry& entry);
-    // The relative text of a URL entry, none when the entry is damaged; and what it stands on.
+    // The relative text of a URL entry, none if the entry is damaged; and its base.
     struct URLParts {
         BinaryPlistReader::Object relative;
         const ArchiveObjects::Entry* base;  // the nil entry at the end of a chain
     };
     URLParts urlParts(const ArchiveObjects::Entry& entry) const;
     std::optional<URL> urlOnBases(const URLParts& outermost);
-    // The truth of a boolean or of the numbers 0 and 1.
+    // The truth value of a boolean or of the numbers 0 and 1.
     static std::optional<bool> truth(const BinaryPlistReader::Object& value);
 
     const ArchiveObjects& archive_;

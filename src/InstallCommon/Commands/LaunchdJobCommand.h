@@ -12,7 +12,7 @@
 namespace InstallCommon {
 
 /// The shared base of the commands that start and stop a launchd job. A daemon lives in the system's domain,
-/// an agent in each user's session. Has no `execute` of its own and is never put into a list.
+/// an agent in each user's session. Has no `execute` and is never put into a list.
 class LaunchdJobCommand : public CommandConcrete {
   public:
     LaunchdJobCommand(std::string commandDescription, NorvikCommon::LaunchdInfo launchdJob, bool isDaemon);

@@ -16,13 +16,13 @@ namespace InstallCommon {
 using ProgressNotificationBlock = std::function<void(const std::string& description, std::int32_t totalWeight,
                                                      std::int32_t executedWeight)>;
 
-/// What drives an installation or uninstallation.
+/// Drives an installation or uninstallation.
 class InstallationService {
   public:
     virtual ~InstallationService() = default;
 
     [[nodiscard]] virtual const ProgressNotificationBlock& progressNotificationBlock() const = 0;
-    /// To be set before the run; may be empty.
+    /// Set this before the run; may be empty.
     virtual void setProgressNotificationBlock(ProgressNotificationBlock block) = 0;
     /// The payload lies in `sourceDirectory`, its three parts in the subfolders named.
     virtual void install(const Base::URL& sourceDirectory, const std::string& applicationsSubdir,
@@ -50,7 +50,7 @@ class InstallationHelperClient final : public NorvikCommon::XPCClient,
         progressNotificationBlock_ = std::move(block);
     }
 
-    /// Whether the owner forces an over-install; false at first.
+    /// Whether the owner forces an over-install; initially false.
     [[nodiscard]] bool shouldOverinstall() const { return shouldOverinstall_; }
     void setShouldOverinstall(bool shouldOverinstall) { shouldOverinstall_ = shouldOverinstall; }
 
@@ -60,11 +60,11 @@ class InstallationHelperClient final : public NorvikCommon::XPCClient,
     [[nodiscard]] std::int32_t totalCommandsWeight() const { return totalCommandsWeight_; }
     void setTotalCommandsWeight(std::int32_t weight) { totalCommandsWeight_ = weight; }
 
-    /// Whether the installed product may be removed by this program: it is installed and not newer. Logs what
-    /// the environment check logs at its first use.
+    /// Whether this program may remove the installed product: it is installed and not newer. Logs what the
+    /// environment check logs at its first use.
     [[nodiscard]] bool canUninstall() const;
 
-    /// What an installation on this Mac has to be.
+    /// The kind of installation that this Mac needs.
     struct EnvironmentCheck {
         bool canInstall = false;
         bool shouldUpdate = false;
@@ -74,25 +74,25 @@ class InstallationHelperClient final : public NorvikCommon::XPCClient,
 
     /// Nothing may be installed beside another antivirus ("[SNTM Installer] There is other antivirus
     /// installed.") or over the same or a newer version ("[SNTM Installer] Has same or newer Norvik
-    /// installed."); an older one is updated, or over-installed when it cannot be.
+    /// installed."); an older one is updated, or over-installed if it cannot be.
     [[nodiscard]] EnvironmentCheck checkInstallationEnvironment() const;
 
-    /// Checks the environment and sends the list that fits: the over-install list when the environment or the
+    /// Checks the environment and sends the list that fits: the over-install list if the environment or the
     /// owner asks for it ("[SNTM Installer] Overinstall..."), else the update list ("[SNTM Installer]
-    /// Update..."), else the clean-install list ("[SNTM Installer] Clean install..."). Refused: "[SNTM
+    /// Update..."), else the clean-install list ("[SNTM Installer] Clean install..."). If refused: "[SNTM
     /// Installer] Can not install antivirus.", and no connection is made. Returns as `uninstall` does.
     void install(const Base::URL& sourceDirectory, const std::string& applicationsSubdir,
                  const std::string& launchdJobsSubdir, const std::string& supportFilesSubdir) override;
 
     /// Sends the uninstall and cleanup commands and returns as soon as they are handed over; results arrive
-    /// through the progress block only. Without a proxy nothing is sent or reported. Logs nothing.
+    /// only through the progress block. Without a proxy nothing is sent or reported. Logs nothing.
     void uninstall() override;
 
-    /// Sums the weights, connects anew and hands the list over in one message; what `uninstall` does with its
+    /// Sums the weights, connects anew and hands the list over in one message, as `uninstall` does with its
     /// list.
     void send(CommandList commands);
 
-    /// The helper's call. Weights add up from the creation of the client on; an overflow ends the process.
+    /// The helper's call. Weights add up from the client's creation; an overflow ends the process.
     void commandExecutingDidExecuteCommand(const std::string& description, std::int32_t withWeight) override;
 
   protected:

@@ -11,7 +11,7 @@
 
 namespace InstallCommon {
 
-/// What the client of a command list offers to the helper.
+/// Offered to the helper by the client of a command list.
 class CommandExecutingDelegate {
   public:
     virtual ~CommandExecutingDelegate() = default;
@@ -22,7 +22,7 @@ class CommandExecutingDelegate {
                                                    std::int32_t withWeight) = 0;
 };
 
-/// What the installer helper offers.
+/// Offered by the installer helper.
 class CommandExecuting {
   public:
     virtual ~CommandExecuting() = default;
@@ -35,26 +35,26 @@ class CommandExecuting {
 
 /// A new interface for CommandExecuting: exactly the seven concrete commands, the seven records and the
 /// containers and values that they need may travel in argument 0 of executeWithCommands:delegate:; argument 1
-/// is a proxy of CommandExecutingDelegate. The abstract bases are left out on purpose.
+/// is a proxy of CommandExecutingDelegate. The abstract bases are left out intentionally.
 [[nodiscard]] Platform::XPCInterface CreateCommandExecutingXPCInterface();
 
 /// The classes allowed in a command list, as in the interface.
 [[nodiscard]] Base::AllowedClasses allowedCommandListClasses();
 
-/// Has the system know those classes. The first thing that a program does which sends or takes lists, before
-/// it loads anybody else's code (see Platform::XPC::registerClasses).
+/// Registers those classes with the system. A program that sends or takes lists does this first, before it
+/// loads anybody else's code (see Platform::XPC::registerClasses).
 void registerCommandListClasses();
 
 /// Turns decoded objects into commands. Returns nothing if any object is not a command. Always consumes
 /// `objects`.
 [[nodiscard]] std::optional<CommandList> commandList(Base::CodedObjectList objects);
 
-/// `executor` as an object that a connection can export. A list that contains an object that is not
-/// a command is dropped whole, and so is a message with any other selector, each with a call of `refused`.
+/// `executor` as an object that a connection can export. A list that contains an object that is not a command
+/// is dropped whole, and so is a message with any other selector, each with a call of `refused`.
 [[nodiscard]] std::shared_ptr<Platform::XPCObject> exportedCommandExecuting(
     std::shared_ptr<CommandExecuting> executor, std::function<void(const std::string& why)> refused);
 
-/// `proxy` as CommandExecuting; null when it is null or understands another protocol.
+/// `proxy` as CommandExecuting; null if it is null or understands another protocol.
 [[nodiscard]] std::shared_ptr<CommandExecuting> commandExecutingProxy(
     std::shared_ptr<Platform::XPCObject> proxy);
 

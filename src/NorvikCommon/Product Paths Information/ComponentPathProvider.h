@@ -8,7 +8,7 @@
 
 namespace NorvikCommon {
 
-/// Where the components of the product are: the current version's here, the earlier versions' in the members
+/// Locations of the product's components: the current version's here, the earlier versions' in the members
 /// whose names begin with "legacy" (InstallCommon/LegacyComponents.cpp). Records are made anew on every call;
 /// the fixed lists are made once per process, safely against concurrent first use, and shared. Nothing is
 /// logged.
@@ -23,7 +23,7 @@ struct ComponentPathProvider {
     [[nodiscard]] static Base::URL productAppSupport();
     /// The Finder service.
     [[nodiscard]] static Base::URL workflow();
-    /// /Applications/Sentrel.app, which carries all the other components of this version inside.
+    /// /Applications/Sentrel.app, which contains all other components of this version.
     [[nodiscard]] static ApplicationInfo managementConsole();
     [[nodiscard]] static ApplicationInfo diagnostics();
     [[nodiscard]] static ApplicationInfo viewLogs();
@@ -54,7 +54,7 @@ struct ComponentPathProvider {
     /// Two agents for each of the legacy installation paths.
     [[nodiscard]] static std::vector<BundleDaemonInfo> legacyVersionsUserAgents();
     [[nodiscard]] static std::vector<ApplicationInfo> legacyVersionsGuiApps();
-    /// The privileged helper tools that the product's applications bless. Their order means nothing.
+    /// The privileged helper tools that the product's applications bless, in no particular order.
     [[nodiscard]] static std::vector<DaemonInfo> auxiliaryHelperTools();
 };
 

@@ -7,7 +7,7 @@
 
 namespace NorvikCommon {
 
-/// Where single features keep their files, below the product's data folder unless said otherwise. Each call
+/// Locations of single features' files, below the product's data folder unless stated otherwise. Each call
 /// computes a fresh value; nothing is logged.
 struct FeaturePathProvider {
     FeaturePathProvider() = delete;
@@ -18,7 +18,7 @@ struct FeaturePathProvider {
     [[nodiscard]] static FilesystemItemInfo avBases();
     /// Copies of the installed items, each mirrored under its whole path.
     [[nodiscard]] static Base::URL repairFolder();
-    // Three features share one database file on purpose.
+    // Three features share one database file intentionally.
     [[nodiscard]] static Base::URL flsStorage();
     [[nodiscard]] static Base::URL verdictStorage();
     [[nodiscard]] static Base::URL fileRatingStorage();

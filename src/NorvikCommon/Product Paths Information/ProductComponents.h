@@ -9,10 +9,10 @@
 
 namespace NorvikCommon {
 
-/// The records that describe components of the product: plain values, made by factories that derive paths
-/// from a few names, and coded into archives under the keys that both ends agree on. No factory touches the
-/// disk, validates or fails. A property is empty only when a record was decoded from an archive without its
-/// key; derived properties of an empty one are empty too.
+/// Records that describe components of the product: plain values, made by factories that derive paths from a
+/// few names, and coded into archives under the keys that both ends agree on. No factory touches the disk,
+/// validates or fails. A property is empty only if a record was decoded from an archive without its key;
+/// properties derived from an empty one are empty too.
 
 /// A file or folder.
 struct FilesystemItemInfo {
@@ -62,7 +62,7 @@ struct LaunchdInfo {
     /// Label "com.norvik." + `name`, plist `plistsLocation` + label + ".plist". The name keeps its case.
     [[nodiscard]] static LaunchdInfo launchdWithName(std::string_view name, const Base::URL& plistsLocation);
 
-    /// The plist's place, empty when either link of the way is missing.
+    /// The plist's place, empty if either part of the path is missing.
     [[nodiscard]] std::optional<Base::URL> plistLocation() const;
 
     [[nodiscard]] static const Base::CodedClass& codedClass();
@@ -76,7 +76,7 @@ struct ApplicationInfo {
     std::optional<BundleInfo> bundle;
     std::optional<FilesystemItemInfo> executable;
 
-    /// The executable inside the bundle carries `name`, whatever the bundle's file is called.
+    /// The executable inside the bundle is called `name`, whatever the bundle's file is called.
     [[nodiscard]] static ApplicationInfo appWithName(std::string_view name, const Base::URL& bundle,
                                                      std::string_view bundleId);
     /// The bundle is `inDirectory` + `name` + ".app".
@@ -109,7 +109,7 @@ struct DaemonInfo {
     friend bool operator==(const DaemonInfo&, const DaemonInfo&) = default;
 };
 
-/// A daemon or agent that is packaged as a bundle.
+/// A daemon or agent packaged as a bundle.
 struct BundleDaemonInfo {
     std::optional<LaunchdInfo> launchd;
     std::optional<ApplicationInfo> app;
@@ -148,7 +148,7 @@ struct KextInfo {
     friend bool operator==(const KextInfo&, const KextInfo&) = default;
 };
 
-/// Reads a nested record. Empty when the key is missing (no fault) or of another class (the archive is
+/// Reads a nested record. Empty if the key is missing (not a fault) or of another class (the archive is
 /// refused).
 template <class Record>
 [[nodiscard]] std::optional<Record> decodeRecord(Base::Coder& coder, std::string_view key) {
@@ -159,12 +159,12 @@ template <class Record>
     return std::nullopt;
 }
 
-/// A bundle is an item too: where an item is expected, a bundle's item part is taken.
+/// A bundle is an item too: where an item is expected, the item part of a bundle is taken.
 template <>
 [[nodiscard]] std::optional<FilesystemItemInfo> decodeRecord<FilesystemItemInfo>(Base::Coder& coder,
                                                                                  std::string_view key);
 
-/// Writes a nested record, or nil when it is empty.
+/// Writes a nested record, or nil if it is empty.
 template <class Record>
 void encodeRecord(Base::Coder& coder, std::string_view key, const std::optional<Record>& record) {
     if (record) {

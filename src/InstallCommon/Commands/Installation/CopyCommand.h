@@ -25,8 +25,8 @@ class CopyCommand final : public CommandConcrete {
 
     [[nodiscard]] const std::vector<Item>& itemsToCopy() const { return itemsToCopy_; }
 
-    /// Pair by pair, in order; a failed copy is followed by its backup and by the next pair all the same. The
-    /// lines are those of FileSystemUtil::copy and RepairItemsUtil::backup.
+    /// Pair by pair, in order; a failed copy is still followed by its backup and by the next pair. The lines
+    /// are those of FileSystemUtil::copy and RepairItemsUtil::backup.
     void execute() const override;
 
     [[nodiscard]] static const Base::CodedClass& staticClass();

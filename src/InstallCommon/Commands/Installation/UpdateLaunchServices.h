@@ -6,12 +6,12 @@
 
 namespace InstallCommon {
 
-/// Makes the Launch Services database register the product's support folder anew.
+/// Has the Launch Services database register the product's support folder again.
 class UpdateLaunchServices final : public CommandConcrete {
   public:
     using CommandConcrete::CommandConcrete;
 
-    /// Runs lsregister; what becomes of it is ignored (its output is logged by SwiftUtils::execute).
+    /// Runs lsregister; its result is ignored (its output is logged by SwiftUtils::execute).
     void execute() const override;
 
     [[nodiscard]] static const Base::CodedClass& staticClass();

@@ -7,7 +7,7 @@
 
 namespace InstallCommon {
 
-/// Kills every running process of one name.
+/// Kills every running process with a given name.
 class KillProcessCommand final : public CommandConcrete {
   public:
     /// `process` is the name as the process monitor reports it.
@@ -15,7 +15,7 @@ class KillProcessCommand final : public CommandConcrete {
 
     [[nodiscard]] const std::string& process() const { return process_; }
 
-    /// The lines are those of InstallationUtils::killProcess; without such a process there is none.
+    /// The lines are those of InstallationUtils::killProcess; none if there is no such process.
     void execute() const override;
 
     [[nodiscard]] static const Base::CodedClass& staticClass();

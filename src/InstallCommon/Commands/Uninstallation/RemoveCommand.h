@@ -14,7 +14,7 @@ class RemoveCommand final : public CommandConcrete {
   public:
     struct Item {
         Base::URL path;
-        /// Leave the item and its repair copy alone when it is a folder that holds something.
+        /// Leaves the item and its repair copy alone if the item is a folder with visible entries.
         bool removeIfEmpty = false;
 
         friend bool operator==(const Item&, const Item&) = default;

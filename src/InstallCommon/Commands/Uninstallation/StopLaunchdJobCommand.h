@@ -18,9 +18,9 @@ class StopLaunchdJobCommand final : public LaunchdJobCommand {
     [[nodiscard]] static std::unique_ptr<StopLaunchdJobCommand> withDaemon(std::string commandDescription,
                                                                            NorvikCommon::LaunchdInfo daemon);
 
-    /// A daemon that is registered is booted out, and the thread sleeps 5 seconds when that succeeded. An
-    /// agent is booted out for user id 0 and for every local user, each with a log line, registered or not. A
-    /// record without a label or a plist has nothing to boot out.
+    /// A registered daemon is booted out, and the thread sleeps 5 seconds if that succeeded. An agent is
+    /// booted out for user id 0 and for every local user, each with a log line, registered or not. A record
+    /// without a label or a plist boots nothing out.
     void execute() const override;
 
     [[nodiscard]] static const Base::CodedClass& staticClass();

@@ -16,7 +16,7 @@ class UnloadKextCommand final : public CommandConcrete {
     [[nodiscard]] const NorvikCommon::KextInfo& kext() const { return kext_; }
 
     /// Asks the kernel-extension manager once; a result other than 0 is one log line. A record without a
-    /// bundle identifier has nothing to unload.
+    /// bundle identifier unloads nothing.
     void execute() const override;
 
     [[nodiscard]] static const Base::CodedClass& staticClass();
