@@ -7,8 +7,9 @@
 
 namespace InstallCommon {
 
-/// The component lists behind the uninstall suites: the current version's and the earlier versions' together.
-/// Each is made once per process, at its first use, and shared. Labels repeat; no list is deduplicated.
+/// The component lists behind the uninstall suites: the current version's and the earlier versions'
+/// together. Each is made once per process, at its first use, and shared. Labels repeat; no list is
+/// deduplicated.
 struct ComponentLists {
     ComponentLists() = delete;
 

@@ -7,8 +7,7 @@
 
 namespace InstallCommon {
 
-/// The answers for the Mac that the program runs on; the three facts are established once, when the object is
-/// made.
+/// The answers for the Mac that the program runs on; the constructor establishes the three facts.
 class CurrentInstallationEnvironment final : public InstallationEnvironment {
   public:
     static constexpr std::array<std::string_view, 3> otherAntivirusesProcessNames{"kav_agent", "esets_gui",

@@ -7,8 +7,9 @@
 
 namespace InstallCommon {
 
-/// File operations of the commands, in the helper process. None reports failure to its caller: a failure is
-/// one log line and the caller goes on. All are synchronous. [P] stands for "[SNTM Installer] " below.
+/// File operations of the commands, in the helper process. None reports failure to its caller: a failure
+/// is one log line and the caller goes on. All are synchronous. [P] stands for "[SNTM Installer] "
+/// below.
 struct FileSystemUtil {
     FileSystemUtil() = delete;
 
@@ -16,8 +17,9 @@ struct FileSystemUtil {
     /// existing folder is not a failure. Failure: [P]"Error: " + description.
     static void createDirectory(const Base::URL& at, bool withIntermediateDirectories);
 
-    /// Whether the folder holds nothing but hidden entries. A folder that cannot be listed counts as empty,
-    /// intentionally: it logs [P]"Error: " + description and returns true.
+    /// Whether the folder holds nothing but hidden entries. A folder that cannot be listed
+    /// counts as empty, intentionally: it logs [P]"Error: " + description and returns
+    /// true.
     [[nodiscard]] static bool isEmpty(const Base::URL& directory);
 
     /// Removes an item, a folder with everything in it, a link as itself. Success: [P]"Removed at " + path;
@@ -29,8 +31,9 @@ struct FileSystemUtil {
     /// + URL + " and set errno to " + errno (EBADF if it cannot be opened), without a full stop.
     static void setPermissions(std::uint16_t mode, const Base::URL& fileLocation);
 
-    /// Sets owner and group of the item itself. Failure: [P]"Chown failed for path " + URL + " and set errno
-    /// to " + errno + ".", with a full stop.
+    /// Sets owner and group of the item itself. Failure: [P]"Chown failed
+    /// for path " + URL + " and set errno to " + errno + ".", with a full
+    /// stop.
     static void setOwner(std::uint32_t owner, std::uint32_t group, const Base::URL& of);
 
     /// The same for the item and, if it is a folder, everything below it, hidden items included, links as

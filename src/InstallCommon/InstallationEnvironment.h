@@ -29,7 +29,8 @@ class InstallationEnvironment {
 
     /// Whether another maker's antivirus product was found.
     [[nodiscard]] virtual bool otherAntivirusInstalled() const = 0;
-    /// `relativeToNew` is the bundle of the running program. The installed bundle is read anew on every call.
+    /// `relativeToNew` is the bundle of the running program. The installed bundle is read anew on every
+    /// call.
     [[nodiscard]] virtual InstallatedNorvikAntivirusType checkNorvikAntivirusInstallType(
         const Platform::Bundle& relativeToNew) const = 0;
 };

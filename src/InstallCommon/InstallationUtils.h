@@ -11,10 +11,11 @@ namespace InstallCommon {
 struct InstallationUtils {
     InstallationUtils() = delete;
 
-    /// Sends signal 9 once to every process with this name, in the process monitor's order, without waiting.
-    /// Logs for each "[SNTM Installer] Kill result for pid " + pid + ": " + result, and for a result other
-    /// than 0 also "[SNTM Installer] Failed to kill process " + name + ". Return code: " + result + ".". No
-    /// such process: no line.
+    /// Sends signal 9 once to every process with this name, in the process monitor's
+    /// order, without waiting. Logs for each "[SNTM Installer] Kill result for pid " +
+    /// pid + ": " + result, and for a result other than 0 also "[SNTM Installer] Failed
+    /// to kill process " + name + ". Return code: " + result + ".". No such process: no
+    /// line.
     static void killProcess(const std::string& name);
 
     /// CurrentInstallationEnvironment::shared.

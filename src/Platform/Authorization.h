@@ -12,9 +12,9 @@ namespace Platform {
 /// One right or one environment entry (AuthorizationItem).
 struct AuthorizationItem {
     std::string name;
-    /// UTF-8; nothing stands for a null value.
+    /// UTF-8; empty for a null value.
     std::optional<std::string> value;
-    /// The length that is handed to the system for `value`.
+    /// The length that is passed to the system for `value`.
     std::size_t valueLength = 0;
     std::uint32_t flags = 0;
 
@@ -40,7 +40,7 @@ class SFAuthorization {
                                                 std::uint32_t flags,
                                                 const std::vector<AuthorizationItem>& environment) = 0;
 
-    /// The underlying reference, owned by the session; null when it has none.
+    /// The underlying reference, owned by the session; null if it has none.
     [[nodiscard]] virtual const AuthorizationReference* authorizationRef() const = 0;
 };
 

@@ -13,7 +13,7 @@ class Clock {
     [[nodiscard]] virtual std::uint64_t now() = 0;
     /// dispatch_time(DISPATCH_TIME_NOW, delta): the present plus `delta` nanoseconds.
     [[nodiscard]] std::uint64_t time(std::int64_t delta) { return now() + static_cast<std::uint64_t>(delta); }
-    /// Blocks the calling thread for `seconds`, signals notwithstanding.
+    /// Blocks the calling thread for `seconds`, even if signals arrive.
     virtual void sleep(std::uint32_t seconds) = 0;
 };
 

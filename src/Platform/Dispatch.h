@@ -17,7 +17,7 @@ class Semaphore {
 
     /// May be called on any thread.
     virtual void signal() = 0;
-    /// Takes one count; waits for it until `deadline` on Clock's scale. True when a count was taken.
+    /// Takes one count; waits for it until `deadline` on Clock's scale. True if a count was taken.
     [[nodiscard]] virtual bool wait(std::uint64_t deadline) = 0;
 };
 
@@ -30,17 +30,17 @@ class Queue {
 
     /// Hands `block` over and returns at once; it runs on another thread.
     virtual void async(std::function<void()> block) = 0;
-    /// Runs `block` as a plain submission (no barrier) and returns when it has ended.
+    /// Runs `block` as a plain submission (not a barrier) and returns when it has ended.
     virtual void sync(const std::function<void()>& block) = 0;
 };
 
 /// A timer source, made suspended.
 class Timer {
   public:
-    /// Cancels. No handler runs after the destructor has returned.
+    /// Cancels the timer. No handler runs after the destructor has returned.
     virtual ~Timer() = default;
 
-    /// `start` and `interval` are taken as they are, in nanoseconds (dispatch_source_set_timer).
+    /// `start` and `interval` are passed on unchanged, in nanoseconds (dispatch_source_set_timer).
     virtual void schedule(std::uint64_t start, std::uint64_t interval, std::uint64_t leeway) = 0;
     virtual void resume() = 0;
     virtual void cancel() = 0;

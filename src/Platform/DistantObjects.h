@@ -5,7 +5,7 @@
 
 namespace Platform {
 
-/// The proxy of an object in another process (NSDistantObject), as far as it tells whether that process still
+/// The proxy of an object in another process (NSDistantObject), reduced to whether that process still
 /// answers. Used on the main thread only.
 class DistantObject {
   public:
@@ -27,7 +27,7 @@ class DistantObjects {
     virtual ~DistantObjects() = default;
 
     /// The root object that is registered under `name` on the local host
-    /// (rootProxyForConnectionWithRegisteredName:host:). Null when nobody has registered the name or the
+    /// (rootProxyForConnectionWithRegisteredName:host:). Null if nobody has registered the name or the
     /// process that did is gone. May block while the other process is asked.
     [[nodiscard]] virtual std::shared_ptr<DistantObject> rootProxy(const std::string& name) = 0;
 };

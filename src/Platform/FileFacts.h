@@ -14,7 +14,7 @@ namespace Platform {
 /// What an item of the file system is.
 enum class ItemKind : std::uint8_t { file, folder, link, other };
 
-/// The one thing that two spellings of an item share: its file system and its number there.
+/// Identifies an item however its path is spelled: its file system and its number there.
 struct ItemIdentity {
     std::uint64_t device = 0;
     std::uint64_t inode = 0;
@@ -22,17 +22,17 @@ struct ItemIdentity {
     friend auto operator<=>(const ItemIdentity&, const ItemIdentity&) = default;
 };
 
-/// An item itself, a link as the link.
+/// Facts about an item itself; for a link, about the link.
 struct ItemFacts {
     ItemKind kind = ItemKind::file;
-    /// The length of a file; of anything else what the file system says.
+    /// The length of a file; for anything else, the file system's value.
     std::uint64_t bytes = 0;
     ItemIdentity identity;
 
     friend bool operator==(const ItemFacts&, const ItemFacts&) = default;
 };
 
-/// What a tree holds.
+/// The contents of a tree.
 struct TreeSize {
     std::uint64_t files = 0;
     std::uint64_t folders = 0;
@@ -40,26 +40,26 @@ struct TreeSize {
     std::uint64_t others = 0;
     /// The lengths of the files; a file with two names in the tree counts twice.
     std::uint64_t bytes = 0;
-    /// Folders and items that could not be looked into: the other numbers are too small then.
+    /// Folders and items that could not be read: the other numbers are too small then.
     std::uint64_t unread = 0;
 
     TreeSize& operator+=(const TreeSize& more);
     friend bool operator==(const TreeSize&, const TreeSize&) = default;
 };
 
-/// Questions about items that change nothing, not even a time of access. Nothing is logged.
+/// Queries that change nothing, not even a time of access. Nothing is logged.
 class FileFacts {
   public:
     virtual ~FileFacts() = default;
 
-    /// The item at this path. On failure returns nothing and sets `error`: the code is ENOENT or ENOTDIR
-    /// where there is no such item, and any other where that cannot be told. Links on the way are followed.
+    /// The item at this path. On failure returns nothing and sets `error`: the code is ENOENT or ENOTDIR if
+    /// there is no such item, and any other if that cannot be told. Links on the way are followed.
     [[nodiscard]] virtual std::optional<ItemFacts> look(const Base::URL& item, Error& error) = 0;
 
     /// Counts an item and everything in it, with several threads, which have ended when it returns. A link
-    /// counts as itself; items in `without` are left out with everything in them; what vanishes while it is
-    /// counted is not there. `counted` is called on this thread, now and then, with what was counted so far.
-    /// Memory grows with the number of folders that are waiting.
+    /// counts as itself; items in `without` are left out with everything in them; an item that vanishes
+    /// during the count is not counted. `counted` is called on this thread, now and then, with the count so
+    /// far. Memory grows with the number of folders that are waiting.
     [[nodiscard]] virtual TreeSize measure(const Base::URL& item, const std::vector<ItemIdentity>& without,
                                            const std::function<void(const TreeSize&)>& counted) = 0;
 };

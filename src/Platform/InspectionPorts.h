@@ -5,7 +5,7 @@
 
 namespace Platform {
 
-/// The services that only a program which looks at a Mac uses. They are apart from SystemPorts so that the
+/// The services that only a program which looks at a Mac uses, kept apart from SystemPorts so that the
 /// privileged programs do not carry them. The referred objects outlive the struct.
 struct InspectionPorts {
     FileFacts& files;

@@ -13,7 +13,7 @@ class LoadedExtensions {
     virtual ~LoadedExtensions() = default;
 
     /// Whether the extension with this bundle identifier is loaded, wherever its bundle is or was. Returns
-    /// nothing and sets `error` when that cannot be told. Needs no rights; logs nothing.
+    /// nothing and sets `error` if that cannot be told. Needs no rights; logs nothing.
     [[nodiscard]] virtual std::optional<bool> isLoaded(const std::string& bundleIdentifier, Error& error) = 0;
 };
 

@@ -29,23 +29,23 @@ class PrivateCopies {
   public:
     virtual ~PrivateCopies() = default;
 
-    /// Copies the first `atMost` bytes of `file`, all when there are fewer, to `destination`.
+    /// Copies the first `atMost` bytes of `file`, or all if there are fewer, to `destination`.
     ///
     /// The file is opened once, and read once: the bytes that are written are those that are hashed. It has
     /// to be a regular file; a link as its last component is not followed, a FIFO is not waited for.
     ///
-    /// The destination's folder exists only for the copy: it is created with mode 0700, and what an
-    /// interrupted call left in it is removed first. Every folder above it has to be root's own and such that
-    /// nobody else can replace what is in it; none is reached through a link. While there is a copy in that
-    /// folder, another call for it, also in another process, waits.
+    /// The destination's folder exists only for the copy: it is created with mode 0700, and anything that an
+    /// interrupted call left in it is removed first. Every folder above it has to belong to root, and nobody
+    /// else may be able to replace its contents; none is reached through a link. While there is a copy in
+    /// that folder, another call for it, even in another process, waits.
     ///
     /// Returns nothing and sets `error` on failure, after which neither copy nor folder is left.
     [[nodiscard]] virtual std::unique_ptr<PrivateCopy> copy(const Base::URL& file,
                                                             const Base::URL& destination,
                                                             std::uint64_t atMost, Error& error) = 0;
 
-    /// Removes the folder of copies that an interrupted call left. One that is in use stays; whoever uses it
-    /// removes it. A missing folder is no error.
+    /// Removes the folder of copies that an interrupted call left. A folder in use stays; its user removes
+    /// it. A missing folder is not an error.
     [[nodiscard]] virtual std::optional<Error> removeFolder(const Base::URL& folder) = 0;
 };
 

@@ -6,14 +6,14 @@
 
 namespace Platform {
 
-/// Base of everything that a process makes once; keeps the list of those, so that a test can start like a new
+/// Base of everything that a process makes once; keeps a list of them, so that a test can start like a new
 /// process.
 class OnceGuard {
   public:
     OnceGuard(const OnceGuard&) = delete;
     OnceGuard& operator=(const OnceGuard&) = delete;
 
-    /// Forgets what every guard of this process has made. For the test harness; no other thread may be using
+    /// Discards what every guard of this process has made. For the test harness; no other thread may be using
     /// one.
     static void resetAll();
 

@@ -15,16 +15,16 @@ class ProcessTable {
   public:
     virtual ~ProcessTable() = default;
 
-    /// Fills `pids` with as many process ids as fit, in no order, and returns at least how many; what lies
-    /// behind the ids stays as it was. With an empty span the result is at least the number that a call would
-    /// list at that moment. 0 or less on failure. `user` is looked at for `effectiveUser` only.
+    /// Fills `pids` with as many process ids as fit, in no particular order, and returns at least how many;
+    /// the span beyond the ids is untouched. With an empty span the result is at least the number that a call
+    /// would list at that moment. 0 or less on failure. `user` is used for `effectiveUser` only.
     virtual int listPids(PidListType type, std::uint32_t user, std::span<std::int32_t> pids) = 0;
 
-    /// The effective user id. Returns more than 0 on success and sets `user`; otherwise leaves it.
+    /// The effective user id. Returns more than 0 on success and sets `user`; otherwise does not touch it.
     virtual int effectiveUser(std::int32_t pid, std::uint32_t& user) = 0;
 
     /// The process's own name, whole, as UTF-8 without a terminator. Returns the number of bytes written to
-    /// `name`, 0 when the process has no name or is gone.
+    /// `name`, 0 if the process has no name or is gone.
     virtual int name(std::int32_t pid, std::span<char> name) = 0;
 
     /// The absolute path of the executable, like `name`. 0 for a process that has none or whose path cannot

@@ -12,7 +12,7 @@ namespace Platform {
 /// Why a child process ended (NSTaskTerminationReason).
 enum class TerminationReason : std::int32_t { exit = 1, uncaughtSignal = 2 };
 
-/// A child process that was started, with a pipe each on its standard output and error.
+/// A started child process, with a pipe each on its standard output and error.
 class Task {
   public:
     /// Closes the pipes and, if the child was never waited for, waits for it.
@@ -38,10 +38,10 @@ class TaskRunner {
   public:
     virtual ~TaskRunner() = default;
 
-    /// Starts the executable at the absolute `path`; `arguments` without the path itself, nothing standing
-    /// for none. Standard input and the environment are inherited, no other descriptor is; no shell is
-    /// involved; signal mask and handlers are reset. Returns null when the path cannot be run. May be called
-    /// on any thread.
+    /// Starts the executable at the absolute `path`; `arguments` exclude the path itself, nothing means
+    /// none. Standard input and the environment are inherited, no other descriptor is; no shell is involved;
+    /// signal mask and handlers are reset. Returns null if the path cannot be run. May be called on any
+    /// thread.
     [[nodiscard]] virtual std::unique_ptr<Task> launch(
         const std::string& path, const std::optional<std::vector<std::string>>& arguments) = 0;
 };

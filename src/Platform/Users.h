@@ -12,7 +12,7 @@ class Users {
   public:
     struct Entry {
         std::uint32_t uid = 0;
-        /// The home folder as it stands in the database; empty when the entry has none.
+        /// The home folder as it stands in the database; empty if the entry has none.
         std::string home;
     };
 

@@ -29,9 +29,9 @@ struct XPCInterface;
 /// One argument as an interface declares it.
 struct XPCArgument {
     XPCArgumentKind kind;
-    /// For codedObjects: what may be in the list.
+    /// For codedObjects: the classes allowed in the list.
     Base::AllowedClasses allowed{};
-    /// For object: what the proxy understands.
+    /// For object: the proxy's interface.
     std::shared_ptr<const XPCInterface> proxy{};
 };
 
@@ -43,17 +43,17 @@ struct XPCMethod {
     bool replies = false;
 };
 
-/// A protocol as it goes over a connection (NSXPCInterface): its methods and what may travel in each
+/// A protocol as it travels over a connection (NSXPCInterface): its methods and the types allowed in each
 /// argument.
 struct XPCInterface {
     std::string_view protocolName;
     std::vector<XPCMethod> methods;
 };
 
-/// Completion of a method that replies. To be called once, on any thread.
+/// Completion of a method that replies. Called once, on any thread.
 using XPCReply = std::function<void(const std::optional<Error>& error)>;
 
-/// Something that understands the messages of one protocol: an exported object, or the proxy of one on the
+/// An object that understands the messages of one protocol: an exported object, or the proxy of one on the
 /// other side.
 class XPCObject {
   public:
@@ -72,12 +72,12 @@ class XPCObject {
 /// own thread.
 ///
 /// A resumed connection stays alive and in use, whether or not anybody refers to it, until it becomes
-/// invalid: dropping it is no invalidation.
+/// invalid: dropping it does not invalidate it.
 class XPCConnection {
   public:
     virtual ~XPCConnection() = default;
 
-    /// Before resume: what the remote object understands.
+    /// Before resume: the interface of the remote object.
     virtual void setRemoteObjectInterface(XPCInterface interface) = 0;
     /// Before resume: the object that answers the peer's messages. The connection shares its ownership.
     virtual void setExportedObject(XPCInterface interface, std::shared_ptr<XPCObject> object) = 0;
@@ -92,12 +92,12 @@ class XPCConnection {
     /// A proxy for the remote object, without an error handler. Null without a remote interface.
     [[nodiscard]] virtual std::shared_ptr<XPCObject> remoteObjectProxy() = 0;
     /// A proxy whose calls block until the reply has arrived; `failed` runs on the caller's thread instead of
-    /// the reply when the message could not be delivered or the peer went away.
+    /// the reply if the message could not be delivered or the peer went away.
     [[nodiscard]] virtual std::shared_ptr<XPCObject> synchronousRemoteObjectProxy(
         std::function<void(const Error&)> failed) = 0;
 };
 
-/// Where the other end of a connection comes from.
+/// The other end of a connection.
 struct XPCPeer {
     std::int32_t pid = 0;
     /// Effective user id.
@@ -110,7 +110,7 @@ class XPCListener {
     /// `accept` decides on a new, authenticated, not yet resumed connection: it sets interface and object and
     /// returns true, or returns false to refuse the peer. It runs on the thread that called `run`.
     using Accept = std::function<bool(std::shared_ptr<XPCConnection> connection, const XPCPeer& peer)>;
-    /// A peer or a message that was refused, and why, in one line; for the owner to log. On any thread.
+    /// Receives each refused peer or message with the reason, as one line to log. On any thread.
     using Refused = std::function<void(const std::string& why)>;
 
     virtual ~XPCListener() = default;
@@ -119,16 +119,16 @@ class XPCListener {
     /// returns. Only peers that satisfy one of the requirements reach `accept`; no byte of another is read.
     virtual void run(const Accept& accept, const Refused& refused, std::uint32_t idleSeconds) = 0;
 
-    /// Opens a transaction: work that must be finished although nobody may be connected any more. It lasts as
-    /// long as the returned pointer or a copy of it. May be called on any thread.
+    /// Opens a transaction: work that must be finished even if nobody is connected any more. It lasts as long
+    /// as the returned pointer or a copy of it. May be called on any thread.
     [[nodiscard]] virtual std::shared_ptr<void> transaction() = 0;
 
-    /// From now on a peer that stays connected does not keep `run`, only a transaction does: it returns when
-    /// for `idleSeconds` nobody has come, nobody has left and no transaction was open. May be called on any
-    /// thread, more than once.
+    /// From now on a peer that stays connected does not keep `run` going, only a transaction does: it returns
+    /// when for `idleSeconds` nobody has come, nobody has left and no transaction was open. May be called on
+    /// any thread, more than once.
     virtual void disregardPeers() = 0;
 
-    /// The same, and `run` returns at once when nobody is connected, nobody waits to be accepted and no
+    /// The same, and `run` returns at once if nobody is connected, nobody waits to be accepted and no
     /// transaction is open.
     virtual void stop() = 0;
 };
@@ -141,16 +141,16 @@ class XPC {
   public:
     virtual ~XPC() = default;
 
-    /// Has the system know the classes of `classes.objects` under their runtime names from now on. Call it
-    /// before anybody else's code is loaded: the names are those of the product, whose frameworks may hold
-    /// classes that are called the same. On macOS a class that is there already ends the process, one that
-    /// comes later only costs a warning of the system. Nothing to do where classes have no such names.
+    /// Registers the classes of `classes.objects` with the system under their runtime names. Call it before
+    /// anybody else's code is loaded: the names are those of the product, whose frameworks may hold classes
+    /// with the same names. On macOS a class that already exists ends the process, one that comes later only
+    /// causes a warning of the system. Does nothing where classes have no such names.
     virtual void registerClasses(const Base::AllowedClasses& classes) = 0;
 
     /// A new connection, not yet resumed. Never null; touches nothing.
     [[nodiscard]] virtual std::shared_ptr<XPCConnection> makeConnection(const std::string& machServiceName,
                                                                         std::uint32_t options) = 0;
-    /// The listener of this process's own mach service; null when launchd did not hand it one.
+    /// The listener of this process's own mach service; null if launchd did not hand it one.
     /// `clientRequirements` are code-signing requirements, as the helper's SMAuthorizedClients lists them; a
     /// peer has to satisfy one.
     [[nodiscard]] virtual std::unique_ptr<XPCListener> makeListener(

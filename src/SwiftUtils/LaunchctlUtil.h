@@ -8,8 +8,8 @@
 namespace SwiftUtils {
 
 /// Drives launchd through the system's launchctl tool. Every operation runs the tool once, blocks until it
-/// has ended and returns whether it exited with status 0; what the tool printed is logged by `execute`. User
-/// ids are those of the session ("gui/<uid>") that is meant.
+/// has ended and returns whether it exited with status 0; `execute` logs what the tool printed. User ids
+/// select the session ("gui/<uid>").
 struct LaunchctlUtil {
     LaunchctlUtil() = delete;
 

@@ -10,13 +10,13 @@
 
 namespace SwiftUtils {
 
-/// What became of a child process. Only `execute` makes results.
+/// The result of a child process. Only `execute` makes results.
 class ProcessResult {
   public:
     /// Not available: a programming error that ends the process.
     [[noreturn]] ProcessResult();
 
-    /// Everything the child wrote to standard output, as UTF-8; nothing when it wrote nothing or no valid
+    /// Everything the child wrote to standard output, as UTF-8; nothing if it wrote nothing or invalid
     /// UTF-8.
     [[nodiscard]] const std::optional<std::string>& output() const { return output_; }
     /// The same for standard error.
@@ -38,14 +38,14 @@ class ProcessResult {
     Platform::TerminationReason terminationReason_;
 };
 
-/// Runs one program to its end on this thread and captures what it wrote. `arguments` do not include the
-/// path.
+/// Runs one program to its end on this thread and captures its output. `arguments` do not include the path.
 ///
-/// The pipes are read only after the child has ended, output first: a child that fills a pipe blocks for
-/// ever, so only tools with short output are run. Logs what the child wrote to standard error together with
-/// its end, then what it wrote to standard output; a child that wrote nothing logs nothing, whatever its
-/// status. Line breaks of the child's own stay; those in `arguments` that it repeats do not. A path that
-/// cannot be run ends this process (the platform's exception is not caught).
+/// The pipes are read only after the child has ended, output first: a child that fills a pipe blocks
+/// for ever, so only tools with short output are run. Logs what the child wrote to standard error
+/// together with its end, then what it wrote to standard output; logs nothing for a child that wrote
+/// nothing, whatever its status. The child's own line breaks stay; those in `arguments` that it
+/// repeats do not. A path that cannot be run ends this process (the platform's exception is not
+/// caught).
 ProcessResult execute(const std::string& launchPath,
                       const std::optional<std::vector<std::string>>& arguments);
 

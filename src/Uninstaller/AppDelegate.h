@@ -19,19 +19,19 @@ class AppDelegate final : public std::enable_shared_from_this<AppDelegate> {
     /// The uninstaller's window; its controller is an UninstallerWindowController.
     void setWindow(std::weak_ptr<Window> window) { window_ = std::move(window); }
 
-    /// Made when it is first asked for.
+    /// Made on first access.
     [[nodiscard]] InstallCommon::InstallationHelperClient& installationClient();
 
     /// Gives the window controller its uninstall block. A window without such a controller stays as it is.
     void applicationDidFinishLaunching();
 
     /// True to quit now: the window's controller is an UninstallerWindowController that allows it. Without a
-    /// window the process ends as after any programming error.
+    /// window the process ends, as after any programming error.
     [[nodiscard]] bool applicationShouldTerminate();
 
   private:
     [[nodiscard]] UninstallerWindowController* windowController();
-    /// The same for work that cannot be there without a window: ends the process when there is none.
+    /// The same for work that requires a window: ends the process if there is none.
     [[nodiscard]] UninstallerWindowController* controllerOfTheWindow();
 
     void uninstall();

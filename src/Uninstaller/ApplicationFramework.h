@@ -28,7 +28,7 @@ class Button {
     virtual void setTitle(const std::string& title) = 0;
     virtual void setEnabled(bool enabled) = 0;
     virtual void setHidden(bool hidden) = 0;
-    /// What a press does from now on.
+    /// Sets the effect of a press.
     virtual void setAction(std::function<void()> action) = 0;
 };
 
@@ -46,7 +46,7 @@ class MenuItem {
     virtual ~MenuItem() = default;
 };
 
-/// Base of what can be a window's controller.
+/// Base of every window controller.
 class WindowController {
   public:
     virtual ~WindowController() = default;
@@ -57,7 +57,7 @@ class Window {
     virtual ~Window() = default;
 
     virtual void setTitle(const std::string& title) = 0;
-    /// Null when the window has none. Owned by the program.
+    /// Null if the window has none. Owned by the program.
     [[nodiscard]] virtual WindowController* windowController() const = 0;
 };
 
@@ -67,12 +67,12 @@ class Application {
     virtual ~Application() = default;
 
     virtual void activateIgnoringOtherApps() = 0;
-    /// Asks the program's applicationShouldTerminate and, when it agrees, ends the process with status 0.
-    /// Returns when it does not agree.
+    /// Asks the program's applicationShouldTerminate and, if it agrees, ends the process with status 0.
+    /// Returns if it does not.
     virtual void terminate() = 0;
     /// Runs the event loop until the application is stopped.
     virtual void run() = 0;
-    /// Has `block` run on the main thread, also while an alert is open, after those that were handed over
+    /// Runs `block` on the main thread, even while an alert is open, after those that were handed over
     /// before; returns at once. May be called on any thread.
     virtual void performOnMainQueue(std::function<void()> block) = 0;
 };
@@ -81,7 +81,7 @@ class Application {
 class Alert {
   public:
     virtual ~Alert() = default;
-    /// Shows the alert and returns when it was answered.
+    /// Shows the alert and returns once it was answered.
     virtual void runModal() = 0;
 };
 
@@ -89,7 +89,7 @@ class Alert {
 class AlertFactory {
   public:
     virtual ~AlertFactory() = default;
-    /// Null when no alert can be made.
+    /// Null if no alert can be made.
     [[nodiscard]] virtual std::unique_ptr<Alert> alertWithButtonTitle(const std::string& buttonTitle,
                                                                       const std::string& messageText,
                                                                       const std::string& informativeText) = 0;
@@ -99,8 +99,8 @@ class AlertFactory {
 class ParentalControlAuthorization {
   public:
     virtual ~ParentalControlAuthorization() = default;
-    /// True when the product's parental-control lock is off or the user unlocks it. May show a dialog and
-    /// wait for the user.
+    /// True if the product's parental-control lock is off or the user unlocks it. May show a dialog and wait
+    /// for the user.
     [[nodiscard]] virtual bool parentalControlAuthorized() = 0;
 };
 
@@ -123,14 +123,14 @@ class ApplicationProgram {
   public:
     virtual ~ApplicationProgram() = default;
 
-    /// A text of the interface that no operation of the program sets: "headline", "label" (a format with one
-    /// %@ for the product's name), "uninstall", "cancel", "duration" (what stands in the description line
-    /// before the first report), and of the menu "about", "hide", "quit" (complete, with the program's name).
+    /// An interface text that no operation of the program sets: "headline", "label" (a format with one %@ for
+    /// the product's name), "uninstall", "cancel", "duration" (the description line before the first report),
+    /// and for the menu "about", "hide", "quit" (complete, with the program's name).
     [[nodiscard]] virtual std::string interfaceText(const std::string& key) const = 0;
-    /// Absolute path of a file in the bundle's Resources; empty when it is not there.
+    /// Absolute path of a file in the bundle's Resources; empty if it does not exist.
     [[nodiscard]] virtual std::string resourcePath(const std::string& name,
                                                    const std::string& type) const = 0;
-    /// Folders, absolute, that may hold the maker's frameworks, the first to be tried first.
+    /// Folders, absolute, that may hold the maker's frameworks, in the order to try.
     [[nodiscard]] virtual std::vector<std::string> frameworkFolders() const = 0;
     /// The short version and the build, for the About panel; empty when unknown.
     [[nodiscard]] virtual std::string version() const = 0;
@@ -150,9 +150,9 @@ class ApplicationFramework {
     virtual ~ApplicationFramework() = default;
 
     /// The framework's main routine (NSApplicationMain): makes the application, loads the interface, reports
-    /// to `program` and runs the event loop. Does not return as a rule: quitting ends the process.
+    /// to `program` and runs the event loop. Does not normally return: quitting ends the process.
     virtual void applicationMain(int argc, char* argv[], ApplicationProgram& program) = 0;
-    /// The shared application object; null when there is none.
+    /// The shared application object; null if there is none.
     [[nodiscard]] virtual Application* sharedApplication() = 0;
     [[nodiscard]] virtual AlertFactory& alertFactory() = 0;
     [[nodiscard]] virtual std::unique_ptr<ParentalControlAuthorization>
@@ -160,7 +160,7 @@ class ApplicationFramework {
 };
 
 /// The one symbol of the window's library: a function of this type, which returns the framework of the
-/// process. `error` is set, and null returned, when no window can be shown here.
+/// process. If no window can be shown here, sets `error` and returns null.
 using ApplicationFrameworkEntry = ApplicationFramework*(std::string* error);
 inline constexpr const char* kApplicationFrameworkSymbol = "SentrelApplicationFramework";
 

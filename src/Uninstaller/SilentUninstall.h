@@ -9,18 +9,18 @@
 
 namespace Uninstall_Sentrel {
 
-/// How long silent mode waits for the final progress report, from the moment the list was handed over.
+/// How long silent mode waits for the final progress report once the list was handed over.
 inline constexpr std::chrono::seconds kUninstallationTimeout{60};
 
 /// The helper client of a silent run. Null until runSilently sets it, and never released.
 [[nodiscard]] std::shared_ptr<InstallCommon::InstallationHelperClient>& client();
 
-/// Whether the command line asks for silent mode: "-s" or "--silent", as a whole argument, at any place.
+/// Whether the command line asks for silent mode: "-s" or "--silent", as a whole argument, anywhere.
 [[nodiscard]] bool isSilent(const std::vector<std::string>& args);
 
 /// Runs the silent sequence with `client()`: authorizes without interaction, blesses both helpers, has the
 /// runtime support package installed, checks that the product may be removed, sends the list and waits. True
-/// when the helper reported the last command in time. The first step that fails logs its line, without the
+/// if the helper reported the last command in time. The first step that fails logs its line, without the
 /// module's prefix, and ends the sequence; a time-out logs nothing. Blocks the calling thread.
 [[nodiscard]] bool silentUninstall();
 

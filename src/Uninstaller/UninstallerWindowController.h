@@ -18,25 +18,25 @@ class UninstallerWindowController final : public WindowController {
     UninstallerWindowController(ApplicationFramework& framework, Outlets outlets)
         : framework_(framework), outlets_(std::move(outlets)) {}
 
-    /// To be called once, when the interface was loaded: allows quitting, brings the application to the
-    /// front, fills the texts ("367" of the table WebInstaller is the title; the label's own text is a
-    /// format), hides the progress bar, which stands at 0, and the description line.
+    /// Call this once, after the interface was loaded: allows quitting, brings the application to the front,
+    /// fills the texts ("367" of the table WebInstaller is the title; the label's own text is a format),
+    /// hides the progress bar, which stands at 0, and the description line.
     void awakeFromNib();
 
-    /// Whether the window may close now. Asks the application to quit when it may.
+    /// Whether the window may close now. Asks the application to quit if it may.
     [[nodiscard]] bool windowShouldClose();
 
-    /// Uninstall was pressed. When the product's daemon runs and its parental control does not approve,
-    /// nothing changes; otherwise the window goes into its running state (no Cancel, no quitting, progress
-    /// shown) and the uninstall block is called. An unset block is a programming error that ends the process.
+    /// Uninstall was pressed. If the product's daemon runs and its parental control does not approve, nothing
+    /// changes; otherwise the window goes into its running state (no Cancel, no quitting, progress shown) and
+    /// the uninstall block is called. An unset block is a programming error that ends the process.
     void uninstallAction();
     /// Asks the application to quit.
     void cancelAction();
     /// The same, for the Uninstall button after completion.
     void finishAction();
     /// The window's last state: the Uninstall button becomes the finish button (title "d234c1075" of
-    /// WebInstaller), the label tells the completion ("368"), the description line goes, the bar stays as it
-    /// is, quitting is allowed.
+    /// WebInstaller), the label announces the completion ("368"), the description line goes, the bar stays as
+    /// it is, quitting is allowed.
     void installationFinished();
 
     [[nodiscard]] ProgressIndicator* progressIndicator() const {

@@ -8,7 +8,7 @@
 
 namespace Uninstall_Sentrel {
 
-/// The program as the application framework sees it: makes the delegate and, when the interface was loaded,
+/// The program as the application framework sees it: makes the delegate and, once the interface was loaded,
 /// the window's controller, and passes the framework's calls on to them.
 class WindowProgram final : public ApplicationProgram {
   public:
@@ -33,12 +33,12 @@ class WindowProgram final : public ApplicationProgram {
 };
 
 /// Hands control to the framework's main routine and, should that return, to the shared application's run
-/// loop. There being no application then is a programming error that ends the process.
+/// loop. If there is no application then, that is a programming error that ends the process.
 void runApplication(ApplicationFramework& framework, int argc, char* argv[]);
 
 /// Window mode as a whole: loads Contents/Frameworks/UninstallerWindow.dylib of the main bundle, so that
-/// silent mode pays nothing for it, and runs the application. When the library cannot be loaded or there is
-/// no display, one line on standard error says so and the function returns.
+/// silent mode pays nothing for it, and runs the application. If the library cannot be loaded or there is no
+/// display, one line on standard error says so and the function returns.
 void runWindowApplication(int argc, char* argv[]);
 
 }  // namespace Uninstall_Sentrel

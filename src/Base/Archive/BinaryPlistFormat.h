@@ -4,15 +4,15 @@
 #include <cstdint>
 #include <string_view>
 
-/// The binary property list, as its reader and its writer know it. All numbers are big-endian.
+/// The binary property list, as far as its reader and its writer use it. All numbers are big-endian.
 ///
 ///   signature      "bplist00"
 ///   objects        one after another, in any order
-///   offset table   for each object, where it begins, counted from the start of the file
-///   trailer        32 bytes: 6 unused ones, the width of an entry of the offset table, the width of a
-///   reference,
-///                  then in 8 bytes each: the number of objects, the top object, where the offset table
-///                  begins
+///   offset table   for each object, its offset from the start of the file
+///   trailer        32 bytes: 6 unused,
+///                  1 each: the width of an entry of the offset table, the width of a reference,
+///                  8 each: the number of objects, the id of the top object,
+///                  the offset of the offset table
 ///
 /// An object begins with a marker byte. Its upper half is the kind of object, its lower half is n:
 ///
@@ -25,7 +25,7 @@
 ///   0xDn               dictionary: n references to its keys, then n to its values
 ///
 /// In the kinds that have a count, n = 15 says that an integer object with the count follows the marker. A
-/// reference is the place of an object in the offset table.
+/// reference is an object's index in the offset table.
 namespace Base::BinaryPlist {
 
 /// An object's index in the offset table.

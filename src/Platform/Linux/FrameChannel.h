@@ -10,17 +10,17 @@
 
 namespace Platform::Linux {
 
-/// The sending half of a connection: frames that any thread hands over, and the socket that takes them when
-/// there is one. A frame leaves at once, in one call, when nothing waits before it and the socket has room;
-/// what is left is sent by the connection's thread, which `wakeup` wakes. Only that thread opens, closes and
-/// reads the socket.
+/// The sending half of a connection: frames that any thread hands over, and the socket that takes them once
+/// there is one. A frame leaves at once, in one call, if nothing waits before it and the socket has room; the
+/// rest is sent by the connection's thread, which `wakeup` wakes. Only that thread opens, closes and reads
+/// the socket.
 ///
-/// No more than `mostWaiting` bytes wait: a frame that finds as many waiting overflows the channel, which
+/// No more than `mostWaiting` bytes wait: a frame that finds that many waiting overflows the channel, which
 /// drops it, everything that waits and all that comes after. So a peer that does not read costs no memory and
-/// never stops who sends.
+/// never blocks the sender.
 class FrameChannel {
   public:
-    /// Without a socket; frames wait, however many.
+    /// Starts without a socket; frames wait, however many.
     FrameChannel();
     FrameChannel(Posix::Descriptor socket, std::size_t mostWaiting);
 
@@ -37,10 +37,10 @@ class FrameChannel {
     /// Frames handed over from now on are dropped.
     void refuseMore();
     [[nodiscard]] bool hasWaiting() { return waitingBytes() > 0; }
-    /// What was handed over and not yet sent.
+    /// The bytes handed over and not yet sent.
     [[nodiscard]] std::size_t waitingBytes();
     [[nodiscard]] bool hasOverflowed();
-    /// Sends what the socket takes.
+    /// Sends as much as the socket takes.
     void flush();
     [[nodiscard]] int socket() const { return socket_.get(); }
     /// Readable after `wake` and `send`.

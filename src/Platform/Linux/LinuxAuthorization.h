@@ -8,7 +8,7 @@
 
 namespace Platform::Linux {
 
-/// What process 1 of the simulated Mac gave out for an authorization session that it granted.
+/// The token that process 1 of the simulated Mac issued for an authorization session that it granted.
 class LinuxAuthorizationReference final : public AuthorizationReference {
   public:
     explicit LinuxAuthorizationReference(std::string token) : token_(std::move(token)) {}

@@ -11,15 +11,15 @@ namespace Platform::Linux {
 class StringTables;
 
 /// Bundles as folders. The information dictionary is Contents/Info.plist, at most 1 MiB, read with libplist
-/// when the bundle is opened; one that is larger, or nests too deeply to be read safely, counts as broken.
-/// The same bounds hold for string tables and for the user's preferences. A localization is there when its
-/// .lproj folder is. It is chosen at the first question for a text, and a table is read at the first question
-/// for it; both stay as they were then for that bundle.
+/// when the bundle is opened; a larger one, or one that nests too deeply to be read safely, counts as broken.
+/// The same bounds hold for string tables and for the user's preferences. A bundle has a localization if it
+/// has its .lproj folder. It is chosen at the first query for a text, and a table is read at its first query;
+/// both then stay as they are for that bundle.
 ///
-/// mainBundle() never returns null: where the program was started from is noted when this object is made, and
-/// the bundle of a program whose files have been removed since has no information dictionary. What has been
-/// read of its string tables is shared by all main bundles that this object returns: a program that removes
-/// itself keeps its texts.
+/// mainBundle() never returns null: the program's starting location is recorded when this object is made, and
+/// the bundle of a program whose files have been removed since has no information dictionary. String tables
+/// read so far are shared by all main bundles that this object returns: a program that removes itself keeps
+/// its texts.
 class LinuxBundles final : public Bundles {
   public:
     LinuxBundles();

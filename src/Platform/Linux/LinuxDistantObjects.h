@@ -8,9 +8,9 @@
 namespace Platform::Linux {
 
 /// Names that processes of the simulated Mac have registered, as process 1 knows them. A proxy stands for the
-/// process that had the name when it was looked up: it is invalid, in all three respects, as soon as that
-/// process no longer has the name, and stays so when another one takes it. Nothing is delivered through it,
-/// so that it has no request modes to add.
+/// process that had the name at the lookup: it is invalid, in all three respects, as soon as that process no
+/// longer has the name, and stays so if another one takes it. Nothing is delivered through it, so it has no
+/// request modes to add.
 class LinuxDistantObjects final : public DistantObjects {
   public:
     explicit LinuxDistantObjects(MacServices services = MacServices()) : services_(std::move(services)) {}

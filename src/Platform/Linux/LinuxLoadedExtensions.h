@@ -7,7 +7,7 @@
 
 namespace Platform::Linux {
 
-/// Kernel extensions as process 1 of the simulated Mac keeps them.
+/// Loaded kernel extensions as process 1 of the simulated Mac keeps them.
 class LinuxLoadedExtensions final : public LoadedExtensions {
   public:
     explicit LinuxLoadedExtensions(MacServices services = MacServices()) : services_(std::move(services)) {}

@@ -9,13 +9,13 @@
 
 namespace Platform::Linux {
 
-/// The datagram socket of the system log, as syslog(3) speaks to it:
+/// The datagram socket of the system log, in the form that syslog(3) uses:
 /// "<13>Nov  1 12:00:00 NAME[PID]: text", NAME being the program's file name, the time local.
 ///
-/// Connects when something is logged and again after the log was restarted. One entry is one datagram, line
-/// breaks included; one that is larger than the system lets through goes as several, each with the heading,
-/// cut between characters. Waits while the log's queue is full. As NSLog does, writes the entry to standard
-/// error too where somebody reads that (see StandardErrorLog.h).
+/// Connects when something is logged, and again after the log was restarted. One entry is one datagram, line
+/// breaks included; one that is larger than the system accepts is sent as several, each with the heading, cut
+/// between characters. Waits while the log's queue is full. Like NSLog, writes the entry to standard error
+/// too if somebody reads that (see StandardErrorLog.h).
 class LinuxSystemLog final : public SystemLog {
   public:
     explicit LinuxSystemLog(std::string socketPath = "/dev/log");
@@ -25,7 +25,7 @@ class LinuxSystemLog final : public SystemLog {
   private:
     [[nodiscard]] bool connect();
     [[nodiscard]] int send(std::string_view heading, std::string_view text);
-    /// Both take off `text` what was sent and return whether everything was.
+    /// Both remove what was sent from `text` and return whether everything was.
     [[nodiscard]] bool sendOrReconnect(std::string_view heading, std::string_view& text);
     [[nodiscard]] bool sendInPieces(std::string_view heading, std::string_view& text);
 

@@ -10,7 +10,7 @@
 
 namespace Platform::Linux {
 
-/// XPC over Unix-domain sockets that process 1 owns; see MacServices.h for where they are.
+/// XPC over Unix-domain sockets that process 1 owns; MacServices.h says where they are.
 class LinuxXPC final : public XPC {
   public:
     /// `servicesFolder` has the sockets of the mach services.

@@ -27,9 +27,9 @@ namespace Platform::Linux {
 ///
 /// A peer cannot fill a helper's memory. A message is under way while somebody holds its completion or a
 /// proxy that came with it, as an executor holds its delegate. With `kMostUnderWay` messages under way, or
-/// with `kMostUnreadBeforePause` bytes that the peer has not taken, a listener's connection reads no further.
-/// With `kMostUnread` bytes it is refused: what is under way goes on, and its calls of the peer come to
-/// nothing. A client's connection always reads; so the two never wait for each other.
+/// with `kMostUnreadBeforePause` bytes that the peer has not read, a listener's connection stops reading.
+/// With `kMostUnread` bytes it is refused: work under way goes on, and its calls to the peer have no effect.
+/// A client's connection always reads; so the two never wait for each other.
 class LinuxXPCConnection final : public XPCConnection,
                                  public std::enable_shared_from_this<LinuxXPCConnection> {
   public:
@@ -54,13 +54,13 @@ class LinuxXPCConnection final : public XPCConnection,
     [[nodiscard]] std::shared_ptr<XPCObject> synchronousRemoteObjectProxy(
         std::function<void(const Error&)> failed) override;
 
-    /// For proxies. What an answer or its failure leads to; called once, on the connection's thread.
+    /// For proxies. Handles an answer or its failure; called once, on the connection's thread.
     struct Pending {
         XPCReply reply;
         std::function<void(const Error&)> failed;
     };
-    /// For proxies: sends one message to the peer's object with this number. `pending` is kept when the
-    /// method replies.
+    /// For proxies: sends one message to the peer's object with this number. `pending` is kept if the method
+    /// replies.
     void send(std::uint32_t object, const XPCMethod& method, std::vector<XPCValue> arguments,
               Pending pending);
 
@@ -79,9 +79,9 @@ class LinuxXPCConnection final : public XPCConnection,
     [[nodiscard]] bool isReading();
     /// Whether there is something to read.
     [[nodiscard]] bool waitForSomethingToDo(bool reads);
-    /// `hasMore`: it stopped because nothing more may be read for now.
+    /// Sets `hasMore` if it stopped because nothing more may be read for now.
     [[nodiscard]] bool deliverFrames(FrameBuffer& buffer, bool& hasMore, Ending& ending);
-    /// This connection, for what came with one message; the message is under way as long as a copy lives.
+    /// This connection, for the contents of one message, which is under way as long as a copy lives.
     [[nodiscard]] std::shared_ptr<LinuxXPCConnection> forOneMessage();
     [[nodiscard]] bool deliver(std::span<const std::uint8_t> content, Ending& ending);
     [[nodiscard]] bool deliverMessage(FrameReader& reader);
@@ -104,7 +104,7 @@ class LinuxXPCConnection final : public XPCConnection,
     std::function<void()> invalidationHandler_;
     std::function<void()> interruptionHandler_;
 
-    // The connection's thread's own.
+    // Used by the connection's thread only.
     bool accepted_ = false;
     std::shared_ptr<void> transaction_;
 

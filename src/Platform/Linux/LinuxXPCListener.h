@@ -16,7 +16,7 @@ namespace Platform::Linux {
 /// A mach service's listener: the stream socket that process 1 handed to this job.
 class LinuxXPCListener final : public XPCListener {
   public:
-    /// Tells the code-signing identifier of a running process, or nothing when it has no trustworthy one.
+    /// Returns the code-signing identifier of a running process, or nothing if it has no trustworthy one.
     using Identify = std::function<std::optional<std::string>(std::int32_t pid)>;
 
     /// Connections that may be in use at once; one more is refused.
@@ -43,7 +43,7 @@ class LinuxXPCListener final : public XPCListener {
     std::shared_ptr<Activity> activity_;
 };
 
-/// The identifier that a code-signing requirement names: X in `identifier "X" and ...`. Nothing when it names
+/// The identifier in a code-signing requirement: X in `identifier "X" and ...`. Returns nothing if it has
 /// none.
 [[nodiscard]] std::optional<std::string> identifierOfRequirement(std::string_view requirement);
 

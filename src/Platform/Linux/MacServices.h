@@ -14,10 +14,10 @@ namespace Platform::Linux {
 /// replies:
 ///
 ///   authorize FLAGS RIGHT... [EMPTY NAME VALUE...]
-///                              STATUS TOKEN       OSStatus in decimal, 0 when granted; token of the session.
-///                                                 An empty field ends the rights; behind it come the items
-///                                                 of the environment. With interaction (flag 1) the reply
-///                                                 comes when the administrator has answered
+///                              STATUS TOKEN       OSStatus in decimal, 0 if granted; token of the session.
+///                                                 An empty field ends the rights; the environment's items
+///                                                 follow it. With interaction (flag 1) the reply comes
+///                                                 when the administrator has answered
 ///   release TOKEN              0
 ///   bless TOKEN LABEL          CODE TEXT          0, or the error's code and words
 ///   unload-kext BUNDLEID       CODE               kernel return code, decimal, signed
@@ -27,27 +27,27 @@ namespace Platform::Linux {
 ///                                                 could have written; else 1
 ///   lookup NAME                STATUS PID START   0, process id and start time (/proc) of the process that
 ///                                                 has registered the name of a distant object; else 1
-///   executed ARGUMENT...       0                  writes down that the sending tool runs with these
-///   arguments launchctl ARGUMENT...      STATUS OUT ERR     exit status, text for standard output and
-///   standard error
+///   executed ARGUMENT...       0                  records that the sending tool runs with these
+///                                                 arguments
+///   launchctl ARGUMENT...      STATUS OUT ERR     exit status, texts for standard output and error
 inline constexpr std::string_view kServicesSocket = "/var/run/mac-services.socket";
 inline constexpr std::size_t kMaximumPacket = 65536;
 
 /// The stream sockets of mach services: this folder, then the service's name. The owner is process 1, which
-/// hands the listening descriptor to the job as kFirstServiceDescriptor and up, named in order by
+/// hands the listening descriptors to the job, starting at kFirstServiceDescriptor and named in order by
 /// kServiceNamesVariable ("name:name").
 inline constexpr std::string_view kMachServicesFolder = "/var/run/mach";
 inline constexpr std::string_view kServiceNamesVariable = "MACH_SERVICE_NAMES";
 inline constexpr int kFirstServiceDescriptor = 3;
 
-/// The way to process 1. Cheap to copy; opens a connection for each request. Usable on any thread.
+/// The connection to process 1. Cheap to copy; opens a socket for each request. Usable on any thread.
 class MacServices {
   public:
     /// `socket` is the path of the server's socket.
     explicit MacServices(std::string socket = std::string(kServicesSocket)) : socket_(std::move(socket)) {}
 
-    /// Sends one request and waits for its reply's fields. Nothing if there is no server, it went away, or
-    /// the request does not fit into a packet or has a NUL byte in a field.
+    /// Sends one request and waits for its reply's fields. Returns nothing if there is no server, it went
+    /// away, or the request does not fit into a packet or has a NUL byte in a field.
     [[nodiscard]] std::optional<std::vector<std::string>> request(
         const std::vector<std::string>& fields) const;
 

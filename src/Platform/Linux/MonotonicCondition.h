@@ -27,7 +27,7 @@ class MonotonicCondition {
         void unlock();
 
         void wait();
-        /// Waits for a notification until `deadline` (nanoseconds). False when the deadline has passed.
+        /// Waits for a notification until `deadline` (nanoseconds). False if the deadline has passed.
         bool waitUntil(std::uint64_t deadline);
 
       private:

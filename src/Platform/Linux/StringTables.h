@@ -11,12 +11,12 @@
 
 namespace Platform::Linux {
 
-/// The localized string tables of one bundle. The localization is chosen at the first question, a table is
-/// read at the first question for it; both are kept from then on, so that the texts outlive the bundle's
-/// files. Calls may come from any thread.
+/// The localized string tables of one bundle. The localization is chosen at the first query, a table is read
+/// at its first query; both are kept from then on, so that the texts outlive the bundle's files. Calls may
+/// come from any thread.
 class StringTables {
   public:
-    /// `developmentRegion` is the bundle's own, empty when it names none; `preferencesFile` tells the user's
+    /// `developmentRegion` is the bundle's own, empty if it names none; `preferencesFile` holds the user's
     /// languages.
     StringTables(const Base::URL& bundle, std::string developmentRegion, std::string preferencesFile);
 

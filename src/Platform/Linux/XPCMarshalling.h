@@ -12,7 +12,7 @@
 
 namespace Platform::Linux {
 
-/// Gives a local object a number under which the peer can call it.
+/// Gives a local object a number by which the peer can call it.
 using ExportObject = std::function<std::uint32_t(std::shared_ptr<XPCObject> object,
                                                  std::shared_ptr<const XPCInterface> interface)>;
 /// Makes the proxy of an object that the peer numbered.

@@ -12,19 +12,19 @@ namespace Platform::Linux {
 /// Frames of an XPC connection on Linux. Each is a 32-bit length (big-endian, of what follows) and a kind;
 /// all other numbers are big-endian too.
 ///
-///   accepted                                                 the listener took the connection
-///   message      OBJECT(32) REPLY(32) SELECTOR(16+) COUNT(8) then per argument KIND(8) and LENGTH(32) bytes
-///   reply        REPLY(32) FAILED(8) CODE(32) TEXT(32+)      the answer to the message with this reply
-///   number invalidated                                              the listener refused what it was sent
+///   accepted                                               the listener accepted the connection
+///   message      OBJECT(32) REPLY(32) SELECTOR(16+) COUNT(8), then per argument KIND(8) VALUE(32+)
+///   reply        REPLY(32) FAILED(8) CODE(32) TEXT(32+)    the answer to the message with this REPLY
+///   invalidated                                            the listener refused a message
 ///
 /// OBJECT 0 is the exported object of the receiver's end, any other number an object that the receiver passed
 /// as an argument. REPLY 0 asks for no answer. "n+" is an n-bit length and so many bytes.
 enum class FrameKind : std::uint8_t { accepted = 1, message = 2, reply = 3, invalidated = 4 };
 
-/// The longest frame that is taken from a peer.
+/// The longest frame that is accepted from a peer.
 inline constexpr std::size_t kMaximumFrame = (std::size_t{16} << 20) + 4096;
 
-/// Puts one frame together.
+/// Builds one frame.
 class FrameWriter {
   public:
     explicit FrameWriter(FrameKind kind);
@@ -39,14 +39,14 @@ class FrameWriter {
     /// The length in 16 bits, then the bytes.
     void shortText(std::string_view text);
 
-    /// The frame with its length filled in; the writer is used up.
+    /// The frame with its length filled in; the writer must not be used afterwards.
     [[nodiscard]] std::vector<std::uint8_t> finish();
 
   private:
     std::vector<std::uint8_t> bytes_;
 };
 
-/// Takes one frame's content apart. Every read past the end gives nothing.
+/// Parses the content of one frame. Every read past the end returns nothing.
 class FrameReader {
   public:
     explicit FrameReader(std::span<const std::uint8_t> content) : rest_(content) {}

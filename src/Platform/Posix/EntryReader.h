@@ -16,19 +16,19 @@ class EntryReader {
     EntryReader& operator=(const EntryReader&) = delete;
     ~EntryReader() { stop(); }
 
-    /// Stands before the first entry of `folder`, which has to stay open. Returns 0 or an errno value.
+    /// Starts before the first entry of `folder`, which has to stay open. Returns 0 or an errno value.
     [[nodiscard]] int start(int folder);
     void stop();
     /// Goes on from the same place through a duplicate of the descriptor that start() was given.
     void continueThrough(int duplicate);
 
-    /// Returns how many bytes of `room` were filled, 0 at the end, -1 on failure (see errno).
+    /// Returns the number of bytes of `room` that were filled, 0 at the end, -1 on failure (see errno).
     [[nodiscard]] ssize_t read(char* room, std::size_t size) const;
 
   private:
-    /// Where getdents64(2) reads.
+    /// Used by getdents64(2).
     [[maybe_unused]] int folder_ = -1;
-    /// Where readdir(3) reads.
+    /// Used by readdir(3).
     DIR* stream_ = nullptr;
 };
 

@@ -8,9 +8,9 @@
 namespace Platform::Posix {
 
 /// Copies single items between open folders, with their attributes; each system has its own source file for
-/// it. All operations return 0 or an errno value, EEXIST when there is something called `newName`, a dangling
-/// link included. One object serves one copy on one thread at a time: it remembers what the file systems at
-/// hand cannot do.
+/// it. All operations return 0 or an errno value, EEXIST if `newName` is taken, even by a dangling link.
+/// One object serves one copy on one thread at a time: it remembers what the file systems involved cannot
+/// do.
 class FileCopy {
   public:
     FileCopy();
@@ -18,7 +18,7 @@ class FileCopy {
     FileCopy& operator=(const FileCopy&) = delete;
     ~FileCopy();
 
-    /// A plain file. ENOTSUP when the entry is none (any more).
+    /// A plain file. ENOTSUP if the entry is not one (any more).
     [[nodiscard]] int copyFile(int from, const char* name, int to, const char* newName);
     /// A link, as itself; `status` is its own.
     [[nodiscard]] int copyLink(int from, const char* name, const struct stat& status, int to,

@@ -9,16 +9,16 @@
 
 namespace Platform::Posix {
 
-/// Whether an item of a tree comes before another one, given by their paths: a folder's contents before the
+/// Whether an item of a tree comes before another one, both given by path: a folder's contents before the
 /// folder, its entries by the bytes of their names.
 [[nodiscard]] bool comesBefore(std::string_view path, std::string_view other);
 
-/// Keeps the first of several failures in that order, so that the one that is reported does not depend on the
-/// order in which they are met.
+/// Keeps the first of several failures in that order, so that the one reported does not depend on the order
+/// in which they occur.
 class FirstFailure {
   public:
     void note(std::string path, Error error);
-    /// Takes over what another one has kept; may be called by several threads.
+    /// Takes over the other one's failure; may be called by several threads.
     void join(FirstFailure& other);
     [[nodiscard]] std::optional<Error> take() { return std::move(error_); }
 

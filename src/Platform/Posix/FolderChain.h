@@ -9,7 +9,7 @@
 
 namespace Platform::Posix {
 
-/// What makes a folder the same folder, wherever it is moved.
+/// Identifies a folder wherever it is moved.
 struct Identity {
     dev_t device = 0;
     ino_t inode = 0;
@@ -20,15 +20,15 @@ struct Identity {
 /// The identity of an open item. Returns 0 or errno.
 [[nodiscard]] int identityOf(int descriptor, Identity& identity);
 
-/// The open folders on the way from the top of a tree down to the folder at hand, for a way of any length in
+/// The open folders on the way from the top of a tree down to the current folder, for a way of any length in
 /// constant memory and with a constant number of descriptors.
 ///
 /// Only the lowest kHeld folders are held open. A higher one is reached again through ".." and is trusted
-/// only when it is the folder that the way down went through: somebody may have moved a folder out of the
-/// tree meanwhile. The identities of kRemembered levels are kept for that, and those of checkpoints: one
+/// only if it is the folder that the way down went through: somebody may have moved a folder out of the tree
+/// meanwhile. For that check the identities of kRemembered levels are kept, and those of checkpoints: one
 /// every kFirstStride levels, every twice as many when the table is full. When the remembered ones are used
-/// up, they are taken anew from the way up to the next checkpoint, which has to be reached after exactly the
-/// right number of steps: a folder from which it is lies inside one that the way down went through. Each
+/// up, they are collected again on the way up to the next checkpoint, which has to be reached after exactly
+/// the right number of steps: a folder from which it is lies inside one that the way down went through. Each
 /// level is climbed twice at most, as long as checkpoints are not further apart than kRemembered: down to
 /// 262,144 levels.
 class FolderChain {
@@ -42,7 +42,7 @@ class FolderChain {
     [[nodiscard]] std::size_t depth() const { return depth_; }
     /// The lowest folder. There must be one.
     [[nodiscard]] int top() const { return held_[(depth_ - 1) % kHeld].get(); }
-    /// The highest level that is held open, 0 being the top, and the folder of one that is.
+    /// The highest level that is held open, 0 being the top; and the folder of a level that is.
     [[nodiscard]] std::size_t lowestHeld() const { return lowestHeld_; }
     [[nodiscard]] int held(std::size_t level) const { return held_[level % kHeld].get(); }
     /// Whether the folder above the lowest one is held open.
@@ -51,8 +51,8 @@ class FolderChain {
     /// Goes down into `folder`, which was opened relative to top().
     void push(Descriptor folder);
 
-    /// Goes up. Returns 0, also when the way is then empty; otherwise an errno value (ESTALE when a folder
-    /// was moved away), after which the chain stands nowhere and is empty. When the folder above was not held
+    /// Goes up. Returns 0, even if the way is then empty; otherwise an errno value (ESTALE if a folder was
+    /// moved away), after which the chain has no position and is empty. If the folder above was not held
     /// open, sets `left` to the folder that was left.
     [[nodiscard]] int pop(Identity& left);
 

@@ -19,8 +19,8 @@ struct FolderEntry {
 };
 
 /// Reads the entries of one open folder in batches, in the file system's own order, in constant memory.
-/// Reading goes on correctly while entries already returned are removed. One object can read one folder after
-/// another and keeps its buffer. Each system has its own source file for it.
+/// Reading continues correctly while entries already returned are removed. One object can read one folder
+/// after another and keeps its buffer. Each system has its own source file for it.
 class FolderListing {
   public:
     FolderListing();
@@ -28,19 +28,19 @@ class FolderListing {
     FolderListing& operator=(FolderListing&& other) noexcept;
     ~FolderListing();
 
-    /// Stands before the first entry of `folder`, which stays the caller's and has to stay open.
+    /// Positions itself before the first entry of `folder`, which stays the caller's and has to stay open.
     void start(int folder);
 
     /// Moves on to the next entry. Returns 1 and sets `entry`, 0 at the end, -1 on failure (see errno), after
-    /// which it stands at the end.
+    /// which it is at the end.
     int next(FolderEntry& entry);
 
-    /// Whether at least `count` entries, or an entry that may be a folder, lie ahead in what is read in one
-    /// batch. Reads the next batch when there is nothing left of the last one.
+    /// Whether at least `count` entries, or an entry that may be a folder, are left of the current batch.
+    /// Reads the next batch if nothing is left of the last one.
     [[nodiscard]] bool holds(std::size_t count);
     [[nodiscard]] bool holdsFolder();
 
-    /// Takes the first half of what has been read ahead out, as a listing that ends there.
+    /// Takes out the first half of the entries read ahead, as a listing that ends there.
     [[nodiscard]] FolderListing takeFirstHalf();
     /// Goes on from the same place through a duplicate of the descriptor that start() was given.
     void continueThrough(int duplicate);

@@ -10,11 +10,11 @@
 
 namespace Platform::Posix {
 
-/// Opens the entry `name` of `parent` when it is a real folder. Returns 0, or an errno value: ENOTDIR or
-/// ELOOP for anything that is not a folder, links included.
+/// Opens the entry `name` of `parent` if it is a real folder. Returns 0, or an errno value: ENOTDIR or ELOOP
+/// for anything that is not a folder, links included.
 [[nodiscard]] int openFolder(int parent, const char* name, Descriptor& folder);
 
-/// The path of a folder, for messages. What exceeds kLongest is left out and shows as "/...".
+/// The path of a folder, for messages. The part beyond kLongest is left out and shows as "/...".
 class FolderPath {
   public:
     explicit FolderPath(std::string_view path) : text_(path) {}
@@ -36,10 +36,10 @@ class FolderPath {
 class FolderWalk {
   public:
     static constexpr std::size_t kHeld = FolderChain::kHeld;
-    /// How many levels of a way a walk can have given away.
+    /// The most levels of its way that a walk can have given away.
     static constexpr std::size_t kMostGiven = 64;
 
-    /// `path` is what the top folder is called in messages.
+    /// `path` is the top folder's name in messages.
     explicit FolderWalk(std::string_view path) : path_(path) {}
 
     /// The number of folders on the way down, the top one included.
@@ -50,27 +50,27 @@ class FolderWalk {
     void enterTop(Descriptor top);
     void enter(Descriptor folder, const char* name);
 
-    /// The next entry of the folder at hand: 1, 0 at its end, -1 on failure (see errno).
+    /// The next entry of the current folder: 1, 0 at its end, -1 on failure (see errno).
     int next(FolderEntry& entry) { return listing(depth() - 1).next(entry); }
 
     /// Steps up; next() goes on behind the entry that was left. Returns 0 or an errno value, after which the
-    /// walk is over (depth() is 0): the folders above could not be reached again for certain.
+    /// walk is over (depth() is 0): the folders above could not be identified again for certain.
     [[nodiscard]] int leave();
-    /// After leave(): the name in folder() of the folder that was left. Null when it is no longer there;
-    /// next() is then at the end.
+    /// After leave(): the name in folder() of the folder that was left. Null if it is no longer there; next()
+    /// is then at the end.
     [[nodiscard]] const char* leftName() const { return leftName_; }
-    /// After leave(): whether the folder at hand was held open all the time.
+    /// After leave(): whether the current folder was held open all the time.
     [[nodiscard]] bool stayedOpen() const { return stayedOpen_; }
 
-    /// The highest level, 0 being the top, above the folder at hand or that folder itself, whose rest is
-    /// worth giving away; depth() when there is none. Only levels below the last one given come into
-    /// question: what is given later comes earlier in the tree's order.
+    /// The highest level, 0 being the top, above the current folder or that folder itself, whose rest is
+    /// worth giving away; depth() if there is none. Only levels below the last one given are eligible: what
+    /// is given later comes earlier in the tree's order.
     [[nodiscard]] std::size_t levelWorthGiving();
-    /// Gives the rest of such a level, of the folder at hand only a part, to a walk that has not begun and
-    /// has that folder on top then; this walk finds no more entries there. False when that is impossible.
+    /// Gives the rest of such a level (part of it for the current folder) to a walk that has not begun and
+    /// whose top is then that folder; this walk finds no more entries there. False if impossible.
     [[nodiscard]] bool give(std::size_t level, FolderWalk& other);
 
-    /// The path of the folder at hand, for messages.
+    /// The path of the current folder, for messages.
     [[nodiscard]] std::string path() const { return path_.text(); }
     /// The path of one of its entries.
     [[nodiscard]] std::string pathOf(std::string_view name) const;

@@ -6,7 +6,7 @@
 
 namespace Platform::Posix {
 
-/// Where every Mac has a folder of the local domain: absolute, below that domain's root.
+/// The path of a local-domain folder, the same on every Mac: absolute, below that domain's root.
 [[nodiscard]] constexpr std::string_view localDomainPath(SearchPathDirectory directory) {
     switch (directory) {
         case SearchPathDirectory::applications:

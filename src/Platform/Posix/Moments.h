@@ -3,10 +3,10 @@
 namespace Platform::Posix {
 
 /// The moments of privileged file work between one look at an item and the next, at which somebody else may
-/// put something different in its place.
+/// swap the item.
 enum class Moment {
     openingOnTheWay,   ///< a component of the way to an item is about to be opened
-    readingLinkOnWay,  ///< it turned out not to be a folder
+    readingLinkOnWay,  ///< the component turned out not to be a folder
     openingFolder,     ///< an entry that was listed as a folder is about to be opened
     removing,          ///< an entry is about to be unlinked
     removingFolder,    ///< a folder that has been emptied is about to be unlinked
@@ -17,7 +17,7 @@ enum class Moment {
 };
 
 /// Called at each of them with the open folder and the entry's name. Does nothing in the product: a test
-/// program brings a definition of its own, which the linker takes before the library's.
+/// program brings its own definition, which the linker takes before the library's.
 void atMoment(Moment moment, int folder, const char* name);
 
 }  // namespace Platform::Posix

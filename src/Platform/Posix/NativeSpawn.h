@@ -4,14 +4,14 @@
 
 namespace Platform::Posix {
 
-// What differs between the systems when a child process is started; each system has its own source file for
+// The differences between the systems in starting a child process; each system has its own source file for
 // it.
 
 /// pipe(2) whose ends no child process inherits. Returns 0, or -1 with errno.
 [[nodiscard]] int makePrivatePipe(int ends[2]);
 
-/// Makes the child keep descriptors 0, 1 and 2 only. To be called after the other file actions were added;
-/// `flags` are set on `attributes` afterwards by the caller. Returns 0 or an errno value.
+/// Makes the child keep descriptors 0, 1 and 2 only. Called after the other file actions were added; the
+/// caller then sets `flags` on `attributes`. Returns 0 or an errno value.
 [[nodiscard]] int closeOtherDescriptors(posix_spawn_file_actions_t& actions, short& flags);
 
 }  // namespace Platform::Posix

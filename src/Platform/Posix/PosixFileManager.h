@@ -4,12 +4,12 @@
 
 namespace Platform::Posix {
 
-/// The file operations that POSIX says alike for both systems; which folders the system knows by purpose is
-/// each system's own.
+/// The file operations that POSIX defines alike for both systems; each system supplies the folders that it
+/// knows by purpose.
 ///
-/// What removeItem does at mount points is in TreeRemoval.h, what copyItem does with items of other kinds in
-/// TreeCopy.h. No state but the position in the password database, which SystemFolders.h moves: one call at a
-/// time for removal and for the change of modes and owners.
+/// TreeRemoval.h says how removeItem treats mount points, TreeCopy.h how copyItem treats items of other
+/// kinds. No state but the position in the password database, which SystemFolders.h moves: one call at a time
+/// for removal and for the change of modes and owners.
 class PosixFileManager : public FileManager {
   public:
     [[nodiscard]] std::optional<Error> createDirectory(const Base::URL& directory,

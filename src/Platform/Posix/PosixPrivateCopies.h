@@ -10,8 +10,8 @@ namespace Platform::Posix {
 class PosixPrivateCopies final : public PrivateCopies {
   public:
     PosixPrivateCopies() = default;
-    /// For tests: private folders are the owner's below the ground's top; `step` is called with the number of
-    /// bytes copied, before the first is read and after each part.
+    /// For tests: private folders lie below the ground's top and belong to its owner; `step` is called with
+    /// the number of bytes copied, before the first is read and after each part.
     PosixPrivateCopies(PrivateFolder::Ground ground, std::function<void(std::uint64_t copied)> step)
         : ground_(std::move(ground)), step_(std::move(step)) {}
 

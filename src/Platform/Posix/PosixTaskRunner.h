@@ -4,9 +4,9 @@
 
 namespace Platform::Posix {
 
-/// posix_spawn(3). A path that is not absolute, or a path or argument with a NUL byte in it, cannot be run.
-/// When the status of a child is lost, because this process ignores SIGCHLD or waited for the child
-/// elsewhere, it counts as exit status 255.
+/// posix_spawn(3). A relative path, or a path or argument with a NUL byte in it, cannot be run. If the status
+/// of a child is lost, because this process ignores SIGCHLD or waited for the child elsewhere, it counts as
+/// exit status 255.
 class PosixTaskRunner final : public TaskRunner {
   public:
     [[nodiscard]] std::unique_ptr<Task> launch(

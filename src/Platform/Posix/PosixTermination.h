@@ -4,7 +4,7 @@
 
 namespace Platform::Posix {
 
-/// SIGTERM, handed by its handler through a pipe to a thread that waits for it.
+/// SIGTERM, which its handler passes through a pipe to a thread that waits for it.
 class PosixTermination final : public Termination {
   public:
     void onRequest(std::function<void()> requested) override;

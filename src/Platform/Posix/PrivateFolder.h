@@ -11,11 +11,11 @@
 
 namespace Platform::Posix {
 
-/// The folder of a private copy while one call has it for itself. Removed with everything in it when this is
-/// destroyed.
+/// The folder of a private copy while one call has exclusive use of it. Removed with everything in it on
+/// destruction.
 class PrivateFolder {
   public:
-    /// Where the way to private folders begins, and whose they are: tests have them in a scratch folder.
+    /// The start of the way to private folders, and their owner: tests use a scratch folder.
     struct Ground {
         std::string top = "/";
         uid_t owner = 0;
@@ -26,18 +26,18 @@ class PrivateFolder {
     PrivateFolder& operator=(PrivateFolder&&) = delete;
     ~PrivateFolder();
 
-    /// Makes the folder at `location`, or takes the one that is there and empties it; waits for anybody else
-    /// who has it. The folders above it are walked from the ground's top, none through a link; each has to be
-    /// the owner's, and either writable by nobody else or sticky, as has the folder itself.
+    /// Makes the folder at `location`, or takes the existing one and empties it; waits for anybody else who
+    /// has it. The folders above it are walked from the ground's top, none through a link; each has to belong
+    /// to the owner, and to be either sticky or writable by nobody else, and so does the folder itself.
     [[nodiscard]] std::optional<Error> take(const Base::URL& location, const Ground& ground);
 
-    /// Takes the folder only when it is there and nobody has it; `get` is -1 when not.
+    /// Takes the folder only if it exists and nobody has it; otherwise `get` is -1.
     [[nodiscard]] std::optional<Error> takeLeftover(const Base::URL& location, const Ground& ground);
 
     /// The open folder, or -1.
     [[nodiscard]] int get() const { return folder_.get(); }
 
-    /// Removes the folder; the first failure is returned.
+    /// Removes the folder and returns the first failure.
     [[nodiscard]] std::optional<Error> remove();
 
   private:

@@ -6,7 +6,7 @@
 
 namespace Platform::Posix {
 
-/// The SHA-256 of bytes as they come. Each system has its own source file for it, over its own library.
+/// A running SHA-256. Each system has its own source file for it, over its own library.
 class SHA256 {
   public:
     SHA256();
@@ -15,7 +15,7 @@ class SHA256 {
     ~SHA256();
 
     void add(const void* bytes, std::size_t count);
-    /// 64 lower-case hexadecimal digits; empty, which equals no digest, when the library failed. Called once,
+    /// 64 lower-case hexadecimal digits; empty, which equals no digest, if the library failed. Called once,
     /// at the end.
     [[nodiscard]] std::string finish();
 

@@ -10,7 +10,7 @@
 
 namespace Platform::Posix {
 
-/// A walk through a tree, or through what is left of a folder of it, that gives parts of itself away: the
+/// A walk through a tree, or through the rest of one of its folders, that gives away parts of itself: the
 /// rest of the highest folder on its way that has one, as soon as a thread of the crew is idle.
 class TreeErrand : public Errand {
   public:
@@ -23,19 +23,19 @@ class TreeErrand : public Errand {
     TreeErrand(std::string_view path, std::shared_ptr<Meeting> meeting)
         : Errand(std::move(meeting)), walk_(path) {}
 
-    /// Does what is to be done with an entry of the folder at hand, or steps into it.
+    /// Processes an entry of the current folder, or steps into it.
     virtual void take(const FolderEntry& entry) = 0;
-    /// The folder at hand cannot be listed to its end.
+    /// The current folder cannot be listed to its end.
     virtual void failListing(int code) = 0;
-    /// Steps out of the folder at hand, of which other errands say whether they met failures in it.
+    /// Steps out of the current folder; the other errands report whether they met failures in it.
     virtual void endFolder(bool failedElsewhere) = 0;
     /// The walk is over, or abandoned.
     virtual void end(FolderCrew& crew) = 0;
-    /// A walk for the rest of a level, ready but for its folder; null when that is impossible.
+    /// A walk for the rest of a level, ready except for its folder; null if that is impossible.
     [[nodiscard]] virtual std::unique_ptr<TreeErrand> newPart(std::size_t level,
                                                               std::shared_ptr<Meeting> meeting) = 0;
 
-    /// Whether the walk began with the rest of a folder, which is somebody else's to end.
+    /// Whether the walk began with the rest of a folder, which another errand has to end.
     [[nodiscard]] bool isPart() const { return meeting() != nullptr; }
     /// Ends the walk before the tree does.
     void stop() { stopped_ = true; }

@@ -14,8 +14,8 @@ namespace Platform::Posix {
 /// own. Hard links and set-id bits are treated as FileManager::setOwner says. Returns 0 or errno.
 [[nodiscard]] int giveItem(int item, const struct stat& status, std::uint32_t owner, std::uint32_t group);
 
-/// Does so for everything below the entry `name` of the open folder `parent`, which is called `path` in
-/// messages. See FileManager::setOwnerOfContents.
+/// Does so for everything below the entry `name` of the open folder `parent`, which messages call `path`. See
+/// FileManager::setOwnerOfContents.
 void setOwnerBelow(int parent, const std::string& name, const std::string& path, std::uint32_t owner,
                    std::uint32_t group, const std::function<void(const Base::URL& item, int error)>& failed);
 

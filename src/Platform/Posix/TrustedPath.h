@@ -8,14 +8,14 @@
 
 namespace Platform::Posix {
 
-/// An item as the folder that it lies in, opened, and its name there; the root folder lies in itself and is
-/// called ".". Whether there is such an entry, and of what kind, has not been looked at.
+/// An item as the folder that contains it, opened, and its name there; the root folder is its own parent and
+/// is called ".". Not yet checked: whether there is such an entry, and of what kind.
 struct OpenedParent {
     Descriptor folder;
     std::string name;
 };
 
-/// How the way to an item ended.
+/// The outcome of a walk to an item.
 struct WayEnd {
     /// 0, or an errno value: ELOOP for a link that may not be followed or is one too many; EINVAL for a path
     /// with a component "." or "..".
@@ -43,7 +43,7 @@ struct WayEnd {
 /// Nothing is made at the end of a link that leads nowhere (ENOENT).
 [[nodiscard]] WayEnd makeParent(const Base::URL& item, OpenedParent& parent);
 
-/// The error of a way that ended early, in the form of fileError().
+/// The error of a walk that ended early, in the form of fileError().
 [[nodiscard]] Error wayError(const Base::URL& item, std::string_view outcome, const WayEnd& end);
 
 }  // namespace Platform::Posix

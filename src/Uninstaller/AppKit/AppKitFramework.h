@@ -18,7 +18,7 @@ class AppKitApplication : public Application {
     void performOnMainQueue(std::function<void()> block) override;
 };
 
-/// The port on AppKit. One per process; it stays until the process ends.
+/// The port's implementation on AppKit. One per process; it stays until the process ends.
 class AppKitFramework : public ApplicationFramework, private AlertFactory {
   public:
     void applicationMain(int argc, char* argv[], ApplicationProgram& program) override;

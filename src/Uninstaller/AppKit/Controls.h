@@ -17,7 +17,7 @@ class InterfaceControls {
     InterfaceControls(SNTUninstallerInterface* interface, ApplicationProgram& program);
 
     [[nodiscard]] Outlets outlets() const;
-    /// What Window::windowController answers from now on.
+    /// Sets what Window::windowController returns.
     void setWindowController(WindowController* controller);
 
   private:

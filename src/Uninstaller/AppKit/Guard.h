@@ -4,9 +4,9 @@
 extern "C" {
 #endif
 
-/// Calls body(context) inside an autorelease pool and keeps what Objective-C raises from going further.
-/// Returns whether body came to its end; if not, and `reason` is not null, `reason` is set to the reason,
-/// which the caller releases. In a file of its own because catching does not mix with C++ in one.
+/// Calls body(context) inside an autorelease pool and stops any Objective-C exception. Returns whether body
+/// came to its end; if not, and `reason` is not null, `reason` is set to the reason, which the caller
+/// releases. In its own file because catching does not mix with C++ in one.
 BOOL SNTCallGuarded(void (*body)(void*), void* context, NSString** reason);
 
 #ifdef __cplusplus
@@ -14,7 +14,7 @@ BOOL SNTCallGuarded(void (*body)(void*), void* context, NSString** reason);
 
 namespace Uninstall_Sentrel {
 
-/// SNTCallGuarded for anything that can be called.
+/// SNTCallGuarded for any callable.
 template <typename Body>
 BOOL guarded(Body body, NSString** reason = nullptr) {
     return SNTCallGuarded([](void* context) { (*static_cast<Body*>(context))(); }, &body, reason);

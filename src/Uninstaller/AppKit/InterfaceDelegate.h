@@ -6,7 +6,7 @@ class ApplicationProgram;
 }
 #endif
 
-/// Delegate of the application and of the window: hands every question and event of AppKit to the program.
+/// Delegate of the application and of the window: passes every question and event of AppKit to the program.
 ///
 /// Made once and kept for the life of the process. Main thread only.
 @interface SNTInterfaceDelegate : NSObject <NSApplicationDelegate, NSWindowDelegate> {

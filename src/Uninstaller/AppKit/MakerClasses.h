@@ -1,6 +1,6 @@
 #import <AppKit/AppKit.h>
 
-// The two classes that the program uses of the maker's closed frameworks, loaded while the program runs. A
+// The two classes of the maker's closed frameworks that the program uses, loaded while the program runs. A
 // framework that is absent or does not load is passed over. Main thread only.
 
 #ifdef __cplusplus
@@ -8,15 +8,15 @@ extern "C" {
 #endif
 
 /// A modal alert of the QVSAlertFactory in NorvikCustomUI.framework below one of `folders` (the first that
-/// loads), else one of the system; nil when the factory makes none. Its owner releases it; it is shown with
-/// SNTRunAlert.
+/// loads), else one of the system; nil if the factory makes none. Its owner releases it; SNTRunAlert shows
+/// it.
 id SNTCopyAlert(NSArray* folders, NSString* buttonTitle, NSString* messageText, NSString* informativeText);
 
 /// Shows an alert until it is answered.
 void SNTRunAlert(id alert);
 
 /// Makes a QVSParentalControlAuthorization of NorvikGuiCommon.framework below one of `folders`, which the
-/// caller releases. NO when there is no such framework and so no lock; YES with `authorization` nil when the
+/// caller releases. NO if there is no such framework and so no lock; YES with `authorization` nil if the
 /// class makes no object.
 BOOL SNTMakeParentalControlAuthorization(NSArray* folders, id* authorization);
 

@@ -1,23 +1,23 @@
 #import <AppKit/AppKit.h>
 
-// What AppKit on macOS and on GNUstep need done in different ways; Cocoa/ and GNUstep/ each have an
-// implementation. Main thread only, except SNTCallOnOwnThread.
+// What AppKit on macOS and on GNUstep do in different ways; Cocoa/ and GNUstep/ each have an implementation.
+// Main thread only, except SNTCallOnOwnThread.
 
 #ifdef __cplusplus
 extern "C" {
 #endif
 
-/// Whether windows can be shown here. When not, `reason` is set to a sentence. To be asked before AppKit is
-/// touched.
+/// Whether windows can be shown here. If not, `reason` is set to a sentence. Call this before touching
+/// AppKit.
 BOOL SNTDisplayIsAvailable(NSString** reason);
 
-/// Makes the shared application and gives its windows their look. To be called once.
+/// Makes the shared application and gives its windows their look. Call this once.
 void SNTMakeApplication(void);
 
 /// Runs the application until it quits, which ends the process.
 void SNTRunApplication(int argc, char* argv[]);
 
-/// Has the main menu shown where this system has it, once the window stands.
+/// Has the main menu shown in this system's place for it, once the window stands.
 void SNTShowMainMenu(NSMenu* menu);
 
 /// The frame that puts the visible part of `view` (without shadows and other borders) at `visible`.
@@ -26,7 +26,7 @@ NSRect SNTFrameForVisibleRect(NSView* view, NSRect visible);
 /// The size of the visible part of a control that is just large enough for its contents.
 NSSize SNTVisibleSizeThatFits(NSControl* control);
 
-/// The colour of text that takes a back seat.
+/// The colour of less prominent text.
 NSColor* SNTSecondaryTextColor(void);
 
 /// A modal alert in the system's look, shown by its operation runModal; its owner releases it.

@@ -6,7 +6,7 @@
 
 namespace Uninstall_Sentrel {
 
-/// The text, autoreleased; empty when it is no UTF-8.
+/// The text, autoreleased; empty if it is not UTF-8.
 inline NSString* toNSString(const std::string& text) {
     NSString* converted = [[[NSString alloc] initWithBytes:text.data()
                                                     length:text.size()

@@ -1,9 +1,9 @@
 #import <AppKit/AppKit.h>
 
 /// The uninstaller's window, laid out in code: the icon, a headline, the label, the progress bar with the
-/// description under it, and the two buttons. From the moment the bar is full, the icon carries a check mark.
-/// Sizes follow the texts; the window grows with them and keeps its upper left corner, but never shrinks, so
-/// that nothing jumps when a text becomes shorter.
+/// description under it, and the two buttons. Once the bar is full, the icon carries a check mark. Sizes
+/// follow the texts; the window grows with them and keeps its upper left corner, but never shrinks, so that
+/// nothing jumps when a text becomes shorter.
 ///
 /// Made once and kept for the life of the process. Main thread only.
 @interface SNTUninstallerInterface : NSObject {
@@ -26,7 +26,7 @@
 - (NSTextField*)headline;
 - (NSTextField*)label;
 - (NSProgressIndicator*)progressIndicator;
-/// Hidden at first.
+/// Initially hidden.
 - (NSView*)checkMark;
 - (NSTextField*)progressDescriptionLabel;
 /// The default button: Return presses it.
@@ -34,9 +34,9 @@
 /// Escape presses it.
 - (NSButton*)cancelButton;
 
-/// Places everything anew. To be called after a text has changed.
+/// Lays everything out again. Call this after a text has changed.
 - (void)layOut;
-/// Puts the window into the middle of the screen and shows it.
+/// Centres the window on the screen and shows it.
 - (void)show;
 
 @end

@@ -1,6 +1,6 @@
 #import <AppKit/AppKit.h>
 
-// What GNUstep's cells draw differently from those of the Mac.
+// Cells that draw as those of the Mac do, where GNUstep's own differ.
 
 /// Writes the default button's title in white.
 @interface SNTButtonCell : NSButtonCell {
@@ -8,7 +8,7 @@
 }
 @end
 
-/// Shortens a text that does not fit into its line where the line break mode says so, with an ellipsis.
+/// Truncates a text that does not fit into its line with an ellipsis, where the line break mode asks for it.
 @interface SNTTextFieldCell : NSTextFieldCell {
     int unused_;
 }
@@ -18,7 +18,7 @@
 extern "C" {
 #endif
 
-/// Has all buttons and text fields that are made from now on use these cells.
+/// Makes all buttons and text fields created from now on use these cells.
 void SNTUseCells(void);
 
 #ifdef __cplusplus

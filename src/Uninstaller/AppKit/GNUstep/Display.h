@@ -2,8 +2,8 @@
 extern "C" {
 #endif
 
-/// Whether the X server that DISPLAY names answers. When it does, `hasWindowManager` says whether a window
-/// manager runs there. When not, the name that was tried is in `name` (cut to `size`).
+/// Whether the X server that DISPLAY names answers. If it does, `hasWindowManager` says whether a window
+/// manager runs there. If not, `name` is the name that was tried (cut to `size`).
 int SNTProbeDisplay(int* hasWindowManager, char* name, unsigned long size);
 
 #ifdef __cplusplus

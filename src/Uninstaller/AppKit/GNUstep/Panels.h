@@ -11,7 +11,7 @@
               messageText:(NSString*)messageText
           informativeText:(NSString*)informativeText;
 
-/// Shows the alert and returns when its button was pressed.
+/// Shows the alert and returns once its button was pressed.
 - (NSInteger)runModal;
 
 @end

@@ -1,13 +1,13 @@
 #import <AppKit/AppKit.h>
 #import <GNUstepGUI/GSTheme.h>
 
-/// The look of a present-day desktop for what GNUstep draws: light windows, flat buttons with a blue default
+/// The look of a present-day desktop for GNUstep's drawing: light windows, flat buttons with a blue default
 /// button, a slim progress bar, a plain title bar and menu.
 @interface SNTTheme : GSTheme {
     NSColorList* colors_;
 }
 
-/// Makes it the look of every window from now on. To be called once, after the shared application was made.
+/// Makes it the look of every window from now on. Call this once, after the shared application was made.
 + (void)install;
 
 @end
