@@ -14,8 +14,8 @@ struct Range {
     char32_t last;
 };
 
-// Control characters, separators, and the format and filler characters of Unicode that show nothing.
-// Variation selectors are left out: they choose between visible forms and occur in Japanese names.
+// Control characters, separators, and Unicode's invisible format and filler characters. Variation selectors
+// are left out: they choose between visible forms and occur in Japanese names.
 constexpr std::array kHidden{
     Range{0x00, 0x1F},       Range{0x7F, 0x9F},       Range{0xAD, 0xAD},      Range{0x034F, 0x034F},
     Range{0x061C, 0x061C},   Range{0x115F, 0x1160},   Range{0x17B4, 0x17B5},  Range{0x180E, 0x180E},
@@ -32,7 +32,7 @@ bool isHexadecimal(char digit) {
     return (digit >= '0' && digit <= '9') || (digit >= 'a' && digit <= 'f') || (digit >= 'A' && digit <= 'F');
 }
 
-/// Whether `text` begins with what an escaped byte looks like.
+/// Whether `text` begins like an escaped byte.
 bool looksEscaped(std::string_view text) {
     return text.size() >= 4 && text[0] == '\\' && text[1] == 'x' && isHexadecimal(text[2]) &&
            isHexadecimal(text[3]);

@@ -6,8 +6,8 @@
 namespace Base {
 namespace {
 
-// What a path holds literally besides letters and digits. ';' is legal in a URL's path and escaped all the
-// same, as the system's own file URLs have it.
+// The characters that a path holds literally besides letters and digits. ';' is legal in a URL's path but
+// escaped anyway, as in the system's own file URLs.
 constexpr std::string_view kLiteralMarks = "-._~!$&'()*+,=:@/";
 
 constexpr bool isLiteral(unsigned char byte) {
@@ -31,7 +31,7 @@ int hexValue(char c) {
     return (lower >= 'a' && lower <= 'f') ? lower - 'a' + 10 : -1;
 }
 
-// The byte that the escape at the start of `text` stands for; nothing if it is broken or stands for NUL.
+// The byte that the escape at the start of `text` encodes; nothing if it is broken or encodes NUL.
 std::optional<char> escapedByte(std::string_view text) {
     const int high = text.size() >= 3 ? hexValue(text[1]) : -1;
     const int low = high >= 0 ? hexValue(text[2]) : -1;
@@ -45,7 +45,7 @@ std::optional<char> escapedByte(std::string_view text) {
 
 void appendEscapedPath(std::string& text, std::string_view path) {
     constexpr std::string_view kDigits = "0123456789ABCDEF";
-    std::size_t literal = 0;  // where the bytes begin that are literal up to `at`
+    std::size_t literal = 0;  // start of the literal bytes up to `at`
     for (std::size_t at = 0; at < path.size(); ++at) {
         const auto byte = static_cast<unsigned char>(path[at]);
         if (!kLiteral[byte]) {
@@ -58,7 +58,7 @@ void appendEscapedPath(std::string& text, std::string_view path) {
 }
 
 std::optional<std::string> unescapedPath(std::string_view text) {
-    std::string path(text.size(), '\0');  // it cannot get longer
+    std::string path(text.size(), '\0');  // it never gets longer
     std::size_t length = 0;
     for (std::size_t at = 0; at < text.size(); ++at) {
         char c = text[at];

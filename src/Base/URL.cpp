@@ -26,7 +26,7 @@ bool equalsIgnoringCase(std::string_view text, std::string_view lowerCase) {
     return true;
 }
 
-// The length of the scheme that `text` begins with, without the colon; nowhere when it has none.
+// The length of the scheme that `text` begins with, without the colon; npos if it has none.
 std::size_t schemeLength(std::string_view text) {
     if (text.empty() || !isLetter(text[0])) {
         return kNowhere;
@@ -63,8 +63,8 @@ void dropTrailingSlashes(std::string& path) {
     }
 }
 
-// The path that `text` stands for, without trailing slashes. Dots are looked for in the decoded form, so that
-// an escaped one is found as well.
+// The decoded path in `text`, without trailing slashes. Dots are looked for in the decoded form, so that an
+// escaped one is found as well.
 std::optional<std::string> decodedPath(std::string_view text) {
     auto path = unescapedPath(text);
     if (!path || hasDotComponent(*path)) {
@@ -74,8 +74,8 @@ std::optional<std::string> decodedPath(std::string_view text) {
     return path;
 }
 
-// The part of `text` from the path on, after an optional "//" and host; nothing when the host is another
-// machine's.
+// The part of `text` from the path on, after an optional "//" and host; nothing if the host is another
+// machine.
 std::optional<std::string_view> withoutHost(std::string_view text) {
     if (text.starts_with("//")) {
         text.remove_prefix(2);
@@ -135,7 +135,7 @@ std::optional<URL> URL::parse(std::string_view relative, const URL& base, bool b
         return std::nullopt;
     }
     const URL folder = baseIsFolder ? base : base.deletingLastPathComponent();
-    // A decoded component can begin with a slash only when it was escaped; it is kept like any other repeated
+    // A decoded component begins with a slash only if it was escaped; it is kept like any other repeated
     // slash.
     std::string path = folder.path_ == "/" ? std::move(*below) : folder.path_ + *below;
     dropTrailingSlashes(path);

@@ -11,8 +11,7 @@ constexpr bool isSurrogate(char32_t value) {
     return value >= 0xD800 && value < 0xE000;
 }
 
-// Takes the first character off `units`, which are not empty. A surrogate without its other half is returned
-// as it is.
+// Takes the first character off `units`, which are not empty. An unpaired surrogate is returned unchanged.
 char32_t takeCharacter(std::u16string_view& units) {
     const char32_t high = units[0];
     const char32_t low = units.size() > 1 ? units[1] : 0;

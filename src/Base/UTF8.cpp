@@ -3,7 +3,7 @@
 namespace Base {
 namespace {
 
-// The number of bytes in the character that begins with `lead`, going by that byte alone.
+// The number of bytes in the character that begins with `lead`, judging by that byte alone.
 std::size_t lengthAfter(char lead) {
     const auto byte = static_cast<unsigned char>(lead);
     return byte >= 0xF0 ? 4 : byte >= 0xE0 ? 3 : byte >= 0xC0 ? 2 : 1;

@@ -24,7 +24,7 @@ bool succeeded(const Platform::Task& task) {
 }
 
 /// launchctl's description of a job. Its own properties are indented by one tab, those of its parts by more.
-/// A job that does not run is "waiting" until macOS 10.14, "not running" later.
+/// A job that does not run is "waiting" up to macOS 10.14, "not running" later.
 JobState readDescription(std::string_view text) {
     JobState state = JobState::running;
     while (!text.empty()) {

@@ -12,8 +12,8 @@ namespace {
 
 constexpr const char* kInstallerTool = "/usr/sbin/installer";
 
-// Where the blessed tools lie: the folder is there whenever a helper runs, only root may write to it and to
-// those above it, and what is left in it is seen by whoever looks for the helper.
+// The folder of the blessed tools: it exists whenever a helper runs, only root may write to it and to those
+// above it, and anybody who looks for the helper sees what is left in it.
 constexpr const char* kFolder = "/Library/PrivilegedHelperTools/com.norvik.SupportPrivilegedHelper.package";
 constexpr const char* kCopy = "SwiftRuntimeForCommandLineTools.pkg";
 
@@ -22,7 +22,7 @@ std::string withoutTrailingLineBreaks(std::string text) {
     return text;
 }
 
-/// Why the copy is not the maker's package; empty when it is.
+/// The reason why the copy is not the maker's package; empty if it is.
 std::string difference(const Platform::PrivateCopy& copy, const PackageFingerprint& maker) {
     const std::string size = std::to_string(maker.size);
     if (copy.size() > maker.size) {
@@ -37,7 +37,7 @@ std::string difference(const Platform::PrivateCopy& copy, const PackageFingerpri
     return {};
 }
 
-/// Has the system's tool install `copy`; `package` is what it is called in errors.
+/// Has the system's tool install `copy`; errors call it `package`.
 std::optional<Platform::Error> install(const Base::URL& copy, const Base::URL& package) {
     const std::unique_ptr<Platform::Task> task = Platform::SystemPorts::current().tasks.launch(
         kInstallerTool, std::vector<std::string>{"-pkg", copy.path(), "-target", "/"});
@@ -45,8 +45,8 @@ std::optional<Platform::Error> install(const Base::URL& copy, const Base::URL& p
         return Platform::Error{
             std::string("The system's installer tool ") + kInstallerTool + " cannot be run.", 1};
     }
-    // Read before waiting: how much the tool reports is not ours to say, and a full pipe would stop it. Its
-    // complaints are short.
+    // Read before waiting: the tool may report any amount, and a full pipe would stop it. Its complaints are
+    // short.
     static_cast<void>(task->readOutputToEnd());
     const std::string complaint = withoutTrailingLineBreaks(task->readErrorToEnd());
     task->waitUntilExit();
@@ -65,7 +65,7 @@ std::optional<Platform::Error> install(const Base::URL& copy, const Base::URL& p
 std::optional<Platform::Error> installPackage(const Base::URL& package, const PackageFingerprint& maker) {
     const Base::URL destination = Base::URL::fileURL(kFolder).appendingPathComponent(kCopy);
     Platform::Error error;
-    // One byte more than there should be tells a longer package, however long it is.
+    // One extra byte reveals a longer package, whatever its length.
     const std::unique_ptr<Platform::PrivateCopy> copy =
         Platform::SystemPorts::current().privateCopies.copy(package, destination, maker.size + 1, error);
     if (copy == nullptr) {

@@ -15,16 +15,16 @@ namespace {
 
 constexpr std::int64_t kMillisecond = 1'000'000;
 constexpr std::int64_t kSecond = 1000 * kMillisecond;
-/// How often something is looked at that launchd does not announce.
+/// The polling interval for changes that launchd does not announce.
 constexpr std::int64_t kPoll = 20 * kMillisecond;
-/// A support helper that has served leaves after 2 seconds. One that stays longer serves somebody else.
+/// An idle support helper leaves after 2 seconds. One that stays longer serves somebody else.
 constexpr std::int64_t kSupportHelperPatience = 5 * kSecond;
 constexpr std::int64_t kSupportHelperPoll = 200 * kMillisecond;
-/// Far more than launchd takes to hear of a removal.
+/// Far longer than launchd takes to learn of a removal.
 constexpr std::int64_t kRequestPatience = 10 * kSecond;
 constexpr std::int64_t kAnswerPatience = 2 * kSecond;
 
-/// A helper tool where launchd's blessing puts it.
+/// A helper tool in the place that launchd's blessing gives it.
 NorvikCommon::DaemonInfo blessedTool(const std::string& label) {
     const Base::URL tools = Base::URL::fileURL("/Library/PrivilegedHelperTools");
     const Base::URL plist =
@@ -85,8 +85,8 @@ void Retirement::listEnds(const std::function<bool()>& isAnotherWaiting) {
     }
 }
 
-/// Whoever uses the support helper is about to send a list, perhaps to this process: that list is waited for.
-/// True when launchd says that the support helper does not run.
+/// Whoever uses the support helper is about to send a list, perhaps to this process, which waits for it. True
+/// if launchd says that the support helper does not run.
 bool Retirement::waitForSupportHelper(const std::function<bool()>& isAnotherWaiting) {
     const Platform::SystemPorts& ports = Platform::SystemPorts::current();
     const std::unique_ptr<Platform::Semaphore> never = ports.dispatch.makeSemaphore(0);
@@ -105,7 +105,7 @@ void Retirement::removeSupportHelper() {
     if (identityOf(support) != supportTool_) {
         return;
     }
-    // The job first: launchd must never find a job without its tool. When it keeps the job, the tool stays.
+    // The job first: launchd must never find a job without its tool. If it keeps the job, the tool stays.
     if (!bootOut(supportLabel_) && stateOfJob(supportLabel_) != JobState::absent) {
         return;
     }
@@ -120,26 +120,25 @@ void Retirement::removeSupportHelper() {
 void Retirement::removeOwnJob() {
     const Platform::SystemPorts& ports = Platform::SystemPorts::current();
     while (requests_->wait(ports.clock.now())) {
-        // An earlier request does not tell whether launchd has heard of this removal.
+        // An earlier request does not tell whether launchd has learned of this removal.
     }
     const std::unique_ptr<Platform::Task> launchctl = startBootOut(ownLabel_);
     if (launchctl == nullptr) {
         return;
     }
     if (waitForRequest(*launchctl) && !isGone(blessedTool(ownLabel_))) {
-        // The request came from a blessing that replaces this process. Should launchctl still be on its way
-        // to launchd, it must not arrive after this process has gone: it would remove the new job.
+        // The request came from a blessing that replaces this process. A launchctl that is still under way
+        // must not reach launchd after this process has gone: it would remove the new job.
         const std::uint64_t deadline = ports.clock.time(kAnswerPatience);
         while (launchctl->isRunning() && ports.clock.now() < deadline) {
             static_cast<void>(requests_->wait(ports.clock.time(kPoll)));
         }
     }
-    // launchd has taken the removal; launchctl would wait for this process to end.
+    // launchd has accepted the removal; launchctl would wait for this process to end.
     launchctl->kill();
 }
 
-/// True when launchd has asked this process to end; false when launchctl has ended or time has run out
-/// before.
+/// True if launchd has asked this process to end; false if launchctl has ended or time has run out before.
 bool Retirement::waitForRequest(Platform::Task& launchctl) {
     const Platform::SystemPorts& ports = Platform::SystemPorts::current();
     const std::uint64_t deadline = ports.clock.time(kRequestPatience);

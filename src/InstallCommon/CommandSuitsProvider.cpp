@@ -91,7 +91,8 @@ CommandList uninstallCommandsDeleteFiles() {
 }
 
 CommandList cleanupCommandsDeleteFolders() {
-    // The maker's whole data folder and application folders go outright, not only when they are empty.
+    // The maker's whole data folder and application folders are deleted unconditionally, not only if they are
+    // empty.
     std::vector<Base::URL> folders{ComponentPathProvider::productAppSupport(),
                                    NorvikCommon::FeaturePathProvider::preferencesFolder(),
                                    ComponentPathProvider::allNorvikProductsAppSupport()};

@@ -60,7 +60,7 @@ bool CurrentInstallationEnvironment::hasOtherAntivirusDirectory() {
 bool CurrentInstallationEnvironment::isOtherAntivirusRunning() {
     const std::vector<NorvikCommon::PMProcess> processes =
         NorvikCommon::PMProcessMonitor::defaultMonitor().allProcesses();
-    // The location is an executable's path; it is compared with the bundles' paths as it is.
+    // The location is an executable's path; intentionally it is compared with the bundles' paths unchanged.
     return std::any_of(processes.begin(), processes.end(), [](const NorvikCommon::PMProcess& process) {
         return contains(otherAntivirusesProcessNames, process.name) ||
                contains(otherAntivirusesAppPaths, process.location.path());
@@ -75,7 +75,7 @@ CurrentInstallationEnvironment::Installed CurrentInstallationEnvironment::checkN
         return {};
     }
     const bool updatable = itemExists(consoleLocation());
-    // The line is written only when something was found, so its first value is always the same.
+    // The line is written only if something was found, so its first value is always the same.
     NorvikCommon::logInstallerLine(std::string("found installed version true, updatable: ") +
                                    (updatable ? "true" : "false"));
     return {true, updatable};

@@ -18,7 +18,7 @@ namespace {
 using NorvikCommon::ComponentPathProvider;
 using NorvikCommon::FeaturePathProvider;
 
-/// A copy of the item of this name out of a payload folder.
+/// Copies the item of this name from a payload folder.
 std::unique_ptr<Command> copy(std::string commandDescription, const Base::URL& folder, std::string_view name,
                               const Base::URL& destination) {
     return std::make_unique<CopyCommand>(std::move(commandDescription), folder.appendingPathComponent(name),

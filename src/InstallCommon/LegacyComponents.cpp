@@ -1,4 +1,4 @@
-// Where earlier versions put their components: the members of ComponentPathProvider whose names begin with
+// Locations of earlier versions' components: the members of ComponentPathProvider whose names begin with
 // "legacy", and the helper tools.
 
 #include <array>
@@ -37,7 +37,7 @@ const std::vector<Base::URL>& ComponentPathProvider::legacyInstallationPaths() {
 
 const std::vector<Base::URL>& ComponentPathProvider::legacyProductsPaths() {
     return productsPaths.get([] {
-        // On a volume that ignores case the last two are one folder; both stay.
+        // On a case-insensitive volume the last two are one folder; both stay.
         return std::vector{Base::URL::fileURL("/Library/Application Support/Norvik"),
                            Base::URL::fileURL("/Applications/Norvik"),
                            Base::URL::fileURL("/Applications/NORVIK")};

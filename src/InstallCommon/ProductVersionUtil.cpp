@@ -33,7 +33,7 @@ bool isDigit(char c) {
     return c >= '0' && c <= '9';
 }
 
-/// Takes the run of digits off the front of `text` and returns it without its leading zeros.
+/// Removes the run of digits from the front of `text` and returns it without its leading zeros.
 std::string_view takeNumber(std::string_view& text) {
     const auto end = std::find_if_not(text.begin(), text.end(), isDigit);
     std::string_view number = text.substr(0, static_cast<std::size_t>(end - text.begin()));
@@ -68,7 +68,7 @@ std::strong_ordering compareNumerically(std::string_view a, std::string_view b) 
         if (isDigit(a.front()) && isDigit(b.front())) {
             order = compareValues(takeNumber(a), takeNumber(b));
         } else {
-            // UTF-8 bytes order as the code points that they stand for.
+            // UTF-8 bytes sort like the code points that they encode.
             order = static_cast<unsigned char>(a.front()) <=> static_cast<unsigned char>(b.front());
             a.remove_prefix(1);
             b.remove_prefix(1);

@@ -17,7 +17,7 @@ constexpr std::string_view kProtocol = "NVKSupportPrivilegedHelper";
 constexpr const char* kPackageName = "SwiftRuntimeForCommandLineTools";
 constexpr const char* kPackageType = "pkg";
 /// The longest wait for the helper's reply. No installation of the package comes near it; without it a helper
-/// that launchd cannot start would block the program for good.
+/// that launchd cannot start would block the program for ever.
 constexpr std::int64_t kReplyTimeout = 3600LL * 1'000'000'000;
 
 }  // namespace

@@ -46,7 +46,7 @@ std::shared_ptr<Platform::DistantObject> DaemonConnector::rootObject() {
 }
 
 std::shared_ptr<Platform::DistantObject> DaemonConnector::onDemandScannerObject() {
-    // The root's validity stands for the scanner's, as it always has.
+    // Intentionally the root's validity stands for the scanner's.
     if (!isValid(kept().root)) {
         lookUp(onDemandScannerRootName, kept().onDemandScanner);
     }

@@ -15,8 +15,8 @@ void write(std::string_view displayable) {
     Platform::SystemPorts::current().log.log(displayable);
 }
 
-/// The first of `names` in `text` that would not stay on its line, as a part of `text`; of two that begin at
-/// the same place, the longer one. Empty if there is none.
+/// The first of `names` in `text` that would break its line, as a part of `text`; of two that begin at the
+/// same place, the longer one. Empty if there is none.
 std::string_view firstUnruly(std::string_view text, std::span<const std::string> names) {
     std::string_view first = text.substr(text.size());
     for (const std::string& name : names) {

@@ -29,8 +29,8 @@ ProcessList takeProcessList(std::uint32_t userId) {
 
 }  // namespace
 
-/// What the queue's blocks and the timer's handler share with the monitor. The list is replaced whole: the
-/// queue is concurrent and gives a writer no exclusion.
+/// The state that the queue's blocks and the timer's handler share with the monitor. The list is replaced
+/// whole: the queue is concurrent and gives a writer no exclusion.
 struct PMProcessMonitor::State {
     std::uint32_t userId;
     std::unique_ptr<Platform::Queue> processListUpdateQueue;
@@ -52,7 +52,7 @@ PMProcessMonitor::PMProcessMonitor(double refreshFrequency, std::uint32_t ofUser
             update(state, true);
         }
     });
-    // The interval is a point in time taken for a duration, on purpose.
+    // The interval is intentionally a point in time used as a duration.
     constexpr double kNanosecondsPerSecond = 1'000'000'000;
     const auto frequency = static_cast<std::int64_t>(refreshFrequency * kNanosecondsPerSecond);
     timer_->schedule(Platform::kTimeNow, ports.clock.time(frequency), 0);
@@ -77,7 +77,7 @@ void PMProcessMonitor::updateProcessList(bool async) {
 
 void PMProcessMonitor::update(const std::shared_ptr<State>& state, bool async) {
     auto list = std::make_shared<const ProcessList>(takeProcessList(state->userId));
-    // The block holds the list's place, not the state: the queue must not be destroyed by a block of its own.
+    // The block holds the list's place, not the state: a block of the queue must not destroy it.
     auto store = [processes = state->processes, list = std::move(list)] {
         std::atomic_store(processes.get(), list);
     };

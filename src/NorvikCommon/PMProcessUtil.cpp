@@ -56,7 +56,7 @@ std::optional<std::uint32_t> PMProcessUtil::processUidForPid(std::int32_t pid) c
 
 std::optional<std::string> PMProcessUtil::processNameForPid(std::int32_t pid) const {
     std::array<char, kBufferSize> buffer{};
-    // Asked twice on purpose; the first answer is not looked at.
+    // Intentionally asked twice; the first answer is ignored.
     static_cast<void>(table().name(pid, buffer));
     const int length = table().name(pid, buffer);
     const std::string_view name = length < 1 ? std::string_view() : written(buffer, length);

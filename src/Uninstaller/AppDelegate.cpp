@@ -63,7 +63,7 @@ UninstallerWindowController* AppDelegate::controllerOfTheWindow() {
 }
 
 void AppDelegate::uninstall() {
-    // An alert's request to quit may be refused or may return; what follows then happens all the same.
+    // An alert's request to quit may be refused or may return; the steps below happen anyway.
     if (!isProductInstalled()) {
         showNotInstalledAlertAndTerminateApp();
     }
@@ -135,7 +135,7 @@ void AppDelegate::showNotInstalledAlertAndTerminateApp() {
 }
 
 void AppDelegate::showInstalledNewVersionAlertAndTerminateApp() {
-    // English in every language, unlike the other two.
+    // Intentionally English in every language, unlike the other two.
     showAlertAndTerminateApp("OK", "Please, use newer uninstaller in order to uninstall application.",
                              "This uninstaller has older version than installed app.");
 }

@@ -63,7 +63,7 @@ void UninstallerWindowController::uninstallAction() {
     if (!uninstallBlock_) {
         Base::fatalError("The uninstall block is not set.");
     }
-    // A copy: the block may replace what it was called from.
+    // A copy: the block may replace the one it was called from.
     const std::function<void()> block = uninstallBlock_;
     block();
 }

@@ -18,7 +18,7 @@ namespace {
 constexpr const char* kInterfaceTable = "Interface";
 constexpr const char* kWindowLibrary = "UninstallerWindow.dylib";
 
-/// What the interface says when its table is missing; a window without words would help nobody.
+/// The interface's texts if its table is missing; a window without words would help nobody.
 constexpr std::array<std::pair<std::string_view, std::string_view>, 8> kPlainTexts{
     {{"headline", "Uninstall"},
      {"label", "%@ will be removed from this Mac."},

@@ -13,7 +13,7 @@ bool isSmallDictionary(const Object& object) {
     return object.type == Type::dictionary && object.count <= ArchiveObjects::kMaxKeys;
 }
 
-// The class of a value that archives hold without an object around it; empty for what they never hold so.
+// The class of a value that archives hold without an object around it; empty for values that never occur so.
 std::string_view plainValueClass(Type type) {
     switch (type) {
         case Type::ascii:

@@ -78,7 +78,7 @@ bool BinaryPlistReader::readTrailer(std::string& fault) {
         fault = "its trailer names an impossible width";
         return false;
     }
-    // Divided, because the count may be anything and must not overflow a product.
+    // A division, because the count may be anything and its product could overflow.
     if (table < kSignature.size() || table > tableEnd || objectCount != (tableEnd - table) / offsetSize_ ||
         (tableEnd - table) % offsetSize_ != 0) {
         fault = "its offset table does not fit the file";

@@ -12,7 +12,7 @@ namespace {
 
 using namespace BinaryPlist;
 
-// The exponent of the smallest power of two of bytes that holds `value`.
+// The base-2 logarithm of the width in bytes that holds `value`.
 unsigned widthExponent(std::uint64_t value) {
     return value > 0xFFFFFFFF ? 3 : value > 0xFFFF ? 2 : value > 0xFF ? 1 : 0;
 }

@@ -15,7 +15,7 @@ using Kind = ArchiveObjects::Kind;
 using Object = BinaryPlistReader::Object;
 using Type = BinaryPlistReader::Type;
 
-// How many URLs may stand on one another through "NS.base"; a cycle ends here too.
+// The longest chain of URLs through "NS.base"; a cycle ends here too.
 constexpr std::size_t kMaxBases = 8;
 
 }  // namespace
@@ -40,7 +40,7 @@ Object Unarchiver::wrappedText(const Entry& entry) const {
     return BinaryPlistReader::isText(text) ? text : kNoObject;
 }
 
-// Returns nothing without a refusal for text that is not well formed: the caller knows where it stands.
+// Returns nothing without a refusal for malformed text: the caller knows the place.
 std::optional<std::string> Unarchiver::string(const Object& text) {
     if (text.type == Type::ascii) {
         const std::string_view characters = BinaryPlistReader::asciiText(text);
@@ -117,7 +117,7 @@ std::optional<URL> Unarchiver::urlOnBases(const URLParts& outermost) {
     return result;
 }
 
-// Returns nothing without a refusal for anything but a file URL: the caller knows where it stands.
+// Returns nothing without a refusal for anything but a file URL: the caller knows the place.
 std::optional<URL> Unarchiver::url(const Entry& entry) {
     if (entry.kind != Kind::url || !spendObject()) {
         return std::nullopt;

@@ -13,8 +13,7 @@ using Object = BinaryPlistReader::Object;
 using ObjectId = BinaryPlistReader::ObjectId;
 using Type = BinaryPlistReader::Type;
 
-// How deep objects may hold objects. The product's records stop at four; a class that may hold itself stops
-// here.
+// How deep objects may nest. The product's records stop at four; a class that may contain itself stops here.
 constexpr std::size_t kMaxDepth = 32;
 // How many of the objects around a fault a refusal names, besides the outermost one.
 constexpr std::size_t kShownFrames = 3;
@@ -88,8 +87,7 @@ std::optional<ObjectId> Unarchiver::find(std::string_view key) {
     }
     const auto id = plist_.value(frame_->dictionary, key);
     if (!id || archive_.target(*id) == archive_.nil()) {
-        // A class gives up at the first key that it cannot do without, so the last one missed is the one to
-        // name.
+        // A class stops at the first required key that is missing, so the last one missed is the one to name.
         frame_->missingKey = key;
         return std::nullopt;
     }

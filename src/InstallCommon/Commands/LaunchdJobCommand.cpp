@@ -8,7 +8,7 @@ namespace InstallCommon {
 
 namespace {
 
-// A daemon's job goes under this key too.
+// Intentionally also the key of a daemon's job.
 constexpr std::string_view kJobKey = "agent";
 constexpr std::string_view kIsDaemonKey = "isDaemon";
 

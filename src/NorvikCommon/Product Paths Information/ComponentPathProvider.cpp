@@ -16,7 +16,7 @@ Base::URL consolePrivateItems() {
 
 }  // namespace
 
-// Bundle identifiers mix "com.NORVIK" and "com.norvik"; both forms are meant.
+// Bundle identifiers intentionally mix "com.NORVIK" and "com.norvik".
 
 Base::URL ComponentPathProvider::allNorvikProductsAppSupport() {
     return SystemPathProvider::localApplicationSupport().appendingPathComponent("NORVIK");

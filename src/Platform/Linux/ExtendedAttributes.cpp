@@ -24,8 +24,8 @@ struct OpenItem {
     }
 };
 
-/// Attributes of an entry that is never followed. There is no call that takes a folder and a name; the path
-/// leads through the open folder and is safe for that reason.
+/// Attributes of an entry that is never followed. No call takes a folder and a name; the path leads through
+/// the open folder, which makes it safe.
 struct NamedItem {
     NamedItem(int folder, const char* name) : path("/proc/self/fd/" + std::to_string(folder) + "/" + name) {}
 
@@ -57,7 +57,7 @@ int copyOne(const Item& source, const Item& copy, const char* name, std::vector<
             const int result = copy.set(name, value.data(), static_cast<std::size_t>(count));
             return result == 0 || isForgivable(errno) ? 0 : errno;
         }
-        // It has grown in between: once more.
+        // It has grown in between: try again.
         if (errno != ERANGE) {
             return errno == ENODATA ? 0 : errno;
         }
@@ -96,7 +96,7 @@ int copyExtendedAttributes(int source, int copy) {
 
 int copyExtendedAttributes(int from, const char* name, int to, const char* newName) {
     const int failure = copyAll(NamedItem(from, name), NamedItem(to, newName));
-    // Without /proc there is no way to them.
+    // Without /proc they cannot be reached.
     return failure == ENOENT ? 0 : failure;
 }
 

@@ -10,7 +10,7 @@ namespace {
 
 using Fields = std::vector<std::string>;
 
-/// Who has the name: process id and start, as process 1 writes them.
+/// The owner of the name: process id and start, as process 1 writes them.
 std::optional<Fields> lookUp(const MacServices& services, const std::string& name) {
     auto reply = services.request({"lookup", name});
     return reply && reply->size() == 3 && reply->front() == "0" ? std::move(reply) : std::nullopt;

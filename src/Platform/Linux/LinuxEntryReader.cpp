@@ -19,7 +19,7 @@ void EntryReader::stop() {
     folder_ = -1;
 }
 
-// Descriptors that are duplicates of each other have their position in common.
+// Duplicated descriptors share their position.
 void EntryReader::continueThrough(int duplicate) {
     folder_ = duplicate;
 }

@@ -33,15 +33,15 @@ bool sameOwner(const struct stat& a, const struct stat& b) {
     return a.st_uid == b.st_uid && a.st_gid == b.st_gid;
 }
 
-/// The mode that a copy gets: without set-id bits when its owner is not the source's.
+/// The mode of a copy: without set-id bits if its owner is not the source's.
 mode_t modeForCopy(const struct stat& source, bool ownerKept) {
     const mode_t mode = source.st_mode & kModeBits;
     return ownerKept ? mode : mode & ~kSetIdBits;
 }
 
 /// Gives the entry `name` of `folder`, or with an empty name the open item itself, the owner and group in
-/// `source`, or at least the group where this process may not give items away. Returns an errno value only
-/// for other troubles.
+/// `source`, or at least the group if this process may not give items away. Returns an errno value only for
+/// other failures.
 int giveOwner(int folder, const char* name, const struct stat& source, bool& kept) {
     constexpr int kFlags = AT_SYMLINK_NOFOLLOW | AT_EMPTY_PATH;
     kept = ::fchownat(folder, name, source.st_uid, source.st_gid, kFlags) == 0;
@@ -52,7 +52,7 @@ int giveOwner(int folder, const char* name, const struct stat& source, bool& kep
     if (failure != EPERM && failure != EINVAL) {
         return failure;
     }
-    // The group alone may be this process's to give; if not, the copy stays as it is.
+    // This process may be allowed to change only the group; if not even that, the copy stays as it is.
     (void)(::fchownat(folder, name, static_cast<uid_t>(-1), source.st_gid, kFlags) == 0);
     return 0;
 }
@@ -79,7 +79,7 @@ FileCopy::~FileCopy() = default;
 
 int FileCopy::copyFile(int from, const char* name, int to, const char* newName) {
     atMoment(Moment::copying, from, name);
-    // Without O_NONBLOCK a FIFO that has taken the file's place would hold this up.
+    // Without O_NONBLOCK a FIFO that has replaced the file would block this.
     const Descriptor source(::openat(from, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
     struct stat status {};
     if (!source || ::fstat(source.get(), &status) != 0) {
@@ -88,7 +88,7 @@ int FileCopy::copyFile(int from, const char* name, int to, const char* newName) 
     if (!S_ISREG(status.st_mode)) {
         return ENOTSUP;
     }
-    // Nobody else may look in until the copy has its own owner.
+    // Nobody else may read the copy until it has its final owner.
     const bool ours = status.st_uid == user_ && status.st_gid == group_;
     const mode_t mode = ours ? (status.st_mode & 0777) | S_IWUSR : kPrivate;
     const Descriptor copy(::openat(to, newName, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode));
@@ -117,7 +117,7 @@ int FileCopy::copyContents(int source, const struct stat& status, int copy) {
     for (;;) {
         const off_t begin = ::lseek(source, end, SEEK_DATA);
         if (begin < 0) {
-            // ENXIO: only a hole is left. Any other refusal: the file system does not tell holes.
+            // ENXIO: only a hole is left. Any other refusal: the file system does not report holes.
             const int failure = errno == ENXIO ? 0 : copyRange(source, copy, end, status.st_size);
             return failure == 0 && ::ftruncate(copy, status.st_size) != 0 ? errno : failure;
         }
@@ -142,8 +142,7 @@ int FileCopy::copyRange(int source, int copy, off_t begin, off_t end) {
         if (count < 0 && (errno == ENOSPC || errno == EIO || errno == EDQUOT || errno == EFBIG)) {
             return errno;
         }
-        // It cannot be done inside the kernel, or (no bytes) it claims that the file has ended: plain calls
-        // decide.
+        // The kernel cannot do it, or (no bytes) claims that the file has ended: plain calls decide.
         tryCopyRange_ = count == 0;
         break;
     }
@@ -199,7 +198,7 @@ int FileCopy::copyAttributes(int source, const struct stat& sourceStatus, int co
         if (const int failure = giveOwner(copy, "", sourceStatus, ownerKept); failure != 0) {
             return failure;
         }
-        // Changing the owner takes set-id bits away.
+        // Changing the owner clears set-id bits.
         status.st_mode &= ~kSetIdBits;
     }
     if (const int failure = Linux::copyExtendedAttributes(source, copy); failure != 0) {

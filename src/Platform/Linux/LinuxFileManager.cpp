@@ -7,7 +7,7 @@ namespace Platform::Linux {
 Base::URL LinuxFileManager::localDirectory(SearchPathDirectory directory) {
     Base::URL url = Base::URL::fileURL(localDomain_ + std::string(Posix::localDomainPath(directory)));
     if (!itemExists(url)) {
-        // The folder's URL is the answer in any case.
+        // The answer is the folder's URL, whatever happens here.
         (void)createDirectory(url, true);
     }
     return url;

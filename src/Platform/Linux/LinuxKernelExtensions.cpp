@@ -6,7 +6,7 @@ namespace Platform::Linux {
 
 namespace {
 
-/// kOSKextReturnInternalError: what stands for an answer that never came.
+/// kOSKextReturnInternalError: stands for an answer that never came.
 constexpr std::int32_t kInternalError = static_cast<std::int32_t>(0xdc008001);
 
 }  // namespace

@@ -20,7 +20,7 @@ constexpr long kChangeModeCall = SYS_fchmodat2;
 constexpr long kChangeModeCall = 452;
 #endif
 
-/// Before fchmodat2 a descriptor that was opened with O_PATH could be reached by its name only.
+/// Before fchmodat2 a descriptor opened with O_PATH could be reached only by its name.
 int setModeByName(int item, mode_t mode) {
     std::array<char, 64> name{};
     std::snprintf(name.data(), name.size(), "/proc/self/fd/%d", item);
@@ -60,7 +60,7 @@ int openFolderForLookup(int parent, const char* name) {
     return ::openat(parent, name, O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
 }
 
-// The group's mode bits are the list's mask: nothing in it gives more than they show.
+// The group's mode bits are the list's mask: nothing in it grants more than they show.
 bool listLetsOthersChange(int /*folder*/) {
     return false;
 }

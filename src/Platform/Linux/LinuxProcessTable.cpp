@@ -40,7 +40,7 @@ int copyTo(std::span<char> destination, std::string_view text) {
     return static_cast<int>(count);
 }
 
-/// The file name among a script's arguments that begins with `start`; empty when there is none.
+/// The file name among a script's arguments that begins with `start`; empty if there is none.
 std::string argumentBeginningWith(std::int32_t pid, const std::string& start) {
     const std::string arguments = readProcessFile(pid, "cmdline", kArgumentsLimit).value_or(std::string());
     std::size_t position = 0;
@@ -106,7 +106,7 @@ int LinuxProcessTable::listPids(PidListType type, std::uint32_t user, std::span<
 }
 
 int LinuxProcessTable::effectiveUser(std::int32_t pid, std::uint32_t& user) {
-    // The line is "Uid:", then real, effective, saved and file system user id after a tab each. A line break
+    // The line is "Uid:", then real, effective, saved and file system user id, each after a tab. A line break
     // in the process's name, further up, is escaped.
     constexpr std::string_view kLine = "\nUid:\t";
     const std::optional<std::string> status = readProcessFile(pid, "status", kStatusLimit);

@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::size_t kMostThreads = 64;
 
-/// What the queue shares with its threads, which may outlive it for a moment.
+/// The state that the queue shares with its threads, which may outlive it for a moment.
 struct QueueState {
     /// An empty function stands for a block that its submitter runs itself.
     std::deque<std::function<void()>> submitted;
@@ -111,7 +111,7 @@ void ThreadQueue::async(std::function<void()> block) {
 
 void ConcurrentQueue::sync(const std::function<void()>& block) {
     MonotonicCondition::Lock lock(state_->changed);
-    // Its place in the order of starts: everything submitted before has to be started first.
+    // Keeps the order of starts: everything submitted before has to be started first.
     const std::size_t before = state_->submitted.size();
     if (before > 0) {
         bool reached = false;

@@ -20,7 +20,7 @@ namespace Platform::Linux {
 
 namespace {
 
-/// Asked for so that no entry has to be cut; the system gives what it allows.
+/// Requested so that no entry has to be cut; the system grants what it allows.
 constexpr int kSendBuffer = 8 << 20;
 constexpr std::size_t kShortestPiece = 256;
 
@@ -28,7 +28,7 @@ std::string nameAndPid(const std::string& program) {
     return program + "[" + std::to_string(::getpid()) + "]: ";
 }
 
-/// Facility user, severity notice, and the time; in English whatever the locale is.
+/// Facility user, severity notice, and the time; in English whatever the locale.
 std::string priorityAndTime() {
     static constexpr std::array<const char*, 12> kMonths = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
                                                             "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};

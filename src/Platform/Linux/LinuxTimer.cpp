@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::uint64_t kNever = std::numeric_limits<std::uint64_t>::max();
 
-/// What the timer shares with its thread, which outlives it when the handler destroys the timer.
+/// The state that the timer shares with its thread, which outlives it if the handler destroys the timer.
 struct TimerState {
     explicit TimerState(std::function<void()> block) : handler(std::move(block)) {}
 

@@ -138,7 +138,8 @@ bool LinuxXPCConnection::isReading() {
 
 bool LinuxXPCConnection::waitForSomethingToDo(bool reads) {
     const int events = (reads ? POLLIN : 0) | (channel_.hasWaiting() ? POLLOUT : 0);
-    // Without events the socket is left out: the end of the stream, which is always told, has to wait too.
+    // Without events the socket is left out: the end of the stream, which poll always reports, has to wait
+    // too.
     std::array<pollfd, 2> polled{pollfd{events != 0 ? channel_.socket() : -1, static_cast<short>(events), 0},
                                  pollfd{channel_.wakeup(), POLLIN, 0}};
     ::poll(polled.data(), polled.size(), -1);
@@ -174,7 +175,7 @@ LinuxXPCConnection::Ending LinuxXPCConnection::serve() {
             continue;
         }
         if (count <= 0) {
-            // A peer that leaves before it was taken or took us was never there.
+            // A peer that leaves before either side accepted the other was never there.
             return accepted_ && !isListeners_ ? Ending::interrupted : Ending::invalidated;
         }
         buffer.append({bytes.data(), static_cast<std::size_t>(count)});
@@ -227,7 +228,7 @@ void LinuxXPCConnection::end(Ending ending) {
 
 // Any thread.
 
-/// The number under which the answer is awaited; nothing, and `pending` as it was, on an invalid connection.
+/// The number that identifies the awaited answer; nothing, and `pending` untouched, on an invalid connection.
 std::optional<std::uint32_t> LinuxXPCConnection::await(Pending& pending) {
     const std::lock_guard lock(mutex_);
     if (isInvalid_) {

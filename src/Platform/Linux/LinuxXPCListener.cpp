@@ -15,7 +15,7 @@
 
 namespace Platform::Linux {
 
-/// How much is under way: connections in use and transactions.
+/// Work under way: connections in use and transactions.
 struct LinuxXPCListener::Activity {
     std::atomic<int> peers{0};
     std::atomic<int> transactions{0};
@@ -74,7 +74,7 @@ void LinuxXPCListener::run(const Accept& accept, const Refused& refused, std::ui
     for (;;) {
         std::array<pollfd, 2> polled{pollfd{socket_.get(), POLLIN, 0},
                                      pollfd{activity_->changed.get(), POLLIN, 0}};
-        // Who connects from now on stays in the socket's queue, which process 1 has too.
+        // From now on new peers stay in the socket's queue, which process 1 shares.
         const int patience = activity_->isOver() ? 0 : activity_->isIdle() ? idleTime : kForever;
         const int ready = ::poll(polled.data(), polled.size(), patience);
         if (ready == 0 && activity_->isIdle()) {

@@ -23,7 +23,7 @@ bool isAlphanumeric(std::string_view text) {
     });
 }
 
-/// The parts of "zh-Hans-CN" (or "zh_Hans_CN"). Empty when one is no such part: the name becomes a folder's.
+/// The parts of "zh-Hans-CN" (or "zh_Hans_CN"). Empty if any is malformed: the name becomes a folder's.
 std::vector<std::string> partsOf(std::string_view language) {
     std::vector<std::string> parts;
     for (;;) {

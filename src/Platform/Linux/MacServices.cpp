@@ -11,7 +11,7 @@ namespace Platform::Linux {
 
 namespace {
 
-/// A connection to the server; -1 if there is nobody.
+/// A connection to the server; -1 if nobody listens.
 int connectTo(const std::string& path) {
     sockaddr_un address{};
     if (path.size() >= sizeof address.sun_path) {

@@ -18,7 +18,7 @@ struct PlistDeleter {
 };
 using Plist = std::unique_ptr<void, PlistDeleter>;
 
-/// The dictionary of a file; null when there is none.
+/// The dictionary of a file; null if there is none.
 Plist readDictionary(int folder, const std::string& path) {
     const std::optional<std::string> bytes = Posix::readTamePropertyList(folder, path);
     if (!bytes) {

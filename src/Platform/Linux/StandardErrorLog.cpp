@@ -30,7 +30,7 @@ std::string dateAndTime() {
     return text.data();
 }
 
-/// While it lives, writing into a pipe without a reader fails on this thread and does no more.
+/// While it lives, writing into a pipe without a reader fails on this thread without ending the process.
 class NoBrokenPipeSignal {
   public:
     NoBrokenPipeSignal() {
@@ -42,7 +42,7 @@ class NoBrokenPipeSignal {
     NoBrokenPipeSignal(const NoBrokenPipeSignal&) = delete;
     NoBrokenPipeSignal& operator=(const NoBrokenPipeSignal&) = delete;
     ~NoBrokenPipeSignal() {
-        // One that was pending before is somebody else's.
+        // A signal that was pending before belongs to somebody else.
         if (::sigismember(&pending_, SIGPIPE) == 0) {
             const std::timespec atOnce{};
             while (::sigtimedwait(&brokenPipe_, nullptr, &atOnce) < 0 && errno == EINTR) {

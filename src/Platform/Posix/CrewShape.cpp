@@ -5,7 +5,7 @@ namespace Platform::Posix {
 namespace {
 
 constexpr unsigned kThreads = 4;
-/// Starting a thread costs as much as some ten entries; a tree of a few hundred is done before it helps.
+/// Starting a thread costs as much as about ten entries; a tree of a few hundred is done before it helps.
 constexpr std::size_t kSmallTree = 512;
 
 }  // namespace

@@ -7,7 +7,7 @@ namespace Platform::Posix {
 
 bool comesBefore(std::string_view path, std::string_view other) {
     const auto [end, otherEnd] = std::mismatch(path.begin(), path.end(), other.begin(), other.end());
-    // What lies in a folder, the folder, the folder's next neighbours.
+    // A folder's contents, the folder, the folder's next neighbours.
     const auto rank = [](std::string_view::iterator place, std::string_view::iterator last) {
         return place == last ? 1 : *place == '/' ? 0 : 2 + static_cast<unsigned char>(*place);
     };

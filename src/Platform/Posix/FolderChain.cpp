@@ -12,7 +12,7 @@ namespace Platform::Posix {
 
 namespace {
 
-/// Opens the folder that `folder` lies in at this moment.
+/// Opens the folder that currently contains `folder`.
 int openParent(int folder, Descriptor& parent, Identity& identity) {
     atMoment(Moment::climbing, folder, "..");
     parent = Descriptor(::openat(folder, "..", O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));

@@ -21,7 +21,7 @@ void FolderCrew::start() {
             threads_.emplace_back([this] { work(nullptr); });
         }
     } catch (const std::system_error&) {
-        // Those that there are do it, or this one alone.
+        // The threads that could be started do the work, or this one alone.
     }
 }
 
@@ -31,7 +31,7 @@ void FolderCrew::work(std::unique_ptr<Errand> errand) {
     }
 }
 
-/// Carries an errand on; returns the one to go on with, if that is clear.
+/// Carries an errand on; returns the one to continue with, if that is clear.
 std::unique_ptr<Errand> FolderCrew::advance(std::unique_ptr<Errand> errand) {
     Meeting* const awaited = errand->carryOn(*this);
     std::unique_ptr<Errand> next;
@@ -52,7 +52,7 @@ std::unique_ptr<Errand> FolderCrew::advance(std::unique_ptr<Errand> errand) {
     return next;
 }
 
-/// Waits for an errand that nobody carries on; null when there are no more.
+/// Waits for an errand that nobody carries on; null if there are no more.
 std::unique_ptr<Errand> FolderCrew::nextErrand() {
     std::unique_lock lock(mutex_);
     ++idle_;
@@ -68,7 +68,7 @@ std::unique_ptr<Errand> FolderCrew::nextErrand() {
     return next;
 }
 
-/// With the lock.
+/// With the lock held.
 void FolderCrew::countWanted() {
     const auto idle = static_cast<int>(idle_) - static_cast<int>(ready_.size() + promised_);
     const auto room = static_cast<int>(mostErrands_) - static_cast<int>(errands_.size() + promised_);

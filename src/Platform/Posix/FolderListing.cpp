@@ -12,14 +12,14 @@ struct FolderListing::State {
     void fill();
 
     EntryReader reader;
-    /// Whether the reader has nothing more to say.
+    /// Whether the reader has reached its end.
     bool ended = false;
-    /// What is to be said when the entries that have been read are used up: 0 or an errno value.
+    /// The result once the entries read ahead are used up: 0 or an errno value.
     int failure = 0;
     EntryBuffer entries;
 };
 
-/// Reads the next batch; there must be nothing left of the last one.
+/// Reads the next batch; nothing may be left of the last one.
 void FolderListing::State::fill() {
     const ssize_t count = ended ? 0 : reader.read(entries.room(), EntryBuffer::kSize);
     if (count < 0) {
@@ -36,7 +36,7 @@ FolderListing::~FolderListing() = default;
 
 void FolderListing::start(int folder) {
     if (!state_) {
-        // Its buffer is not zeroed so.
+        // `new` without parentheses does not zero its buffer.
         state_.reset(new State);
     }
     state_->failure = state_->reader.start(folder);
@@ -66,7 +66,7 @@ bool FolderListing::holdsFolder() {
     return hasRead() && state_->entries.holdsFolder();
 }
 
-/// Reads the next batch when there is nothing left of the last one.
+/// Reads the next batch if nothing is left of the last one.
 bool FolderListing::hasRead() {
     if (state_ && !state_->ended && !state_->entries.holds(1)) {
         state_->fill();

@@ -72,8 +72,8 @@ int FolderWalk::leave() {
     return 0;
 }
 
-// The listing of a folder that was not held open begins anew; the place is where the folder that was left is
-// listed. A removal has taken away what was listed before it, so this is short.
+// The listing of a folder that was not held open begins again; the place to resume is the entry of the folder
+// that was left. A removal has taken away what was listed before it, so the search is short.
 void FolderWalk::findAgain(const Identity& left) {
     if (!findAgain(left, true)) {
         (void)findAgain(left, false);
@@ -112,7 +112,7 @@ std::size_t FolderWalk::levelWorthGiving() {
             return level;
         }
     }
-    // Of the folder at hand, half is kept.
+    // Half of the current folder is kept.
     return level < depth() && listing(level).holds(2 * kWorthHandingOver) ? level : depth();
 }
 

@@ -21,8 +21,7 @@ namespace {
 
 constexpr mode_t kNewFolderMode = 0777;
 
-/// Makes the last folder of a way; with `mayExist`, one that is there already is no error. Returns 0 or
-/// errno.
+/// Makes the last folder of a way; with `mayExist`, an existing one is not an error. Returns 0 or errno.
 int makeFolder(const OpenedParent& parent, bool mayExist) {
     if (::mkdirat(parent.folder.get(), parent.name.c_str(), kNewFolderMode) == 0) {
         return 0;

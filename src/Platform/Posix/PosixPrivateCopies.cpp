@@ -32,7 +32,7 @@ class Copy final : public PrivateCopy {
     std::string sha256_;
 };
 
-/// Opens a regular file for reading, and nothing else. O_NONBLOCK, because nobody may ever write to a FIFO.
+/// Opens nothing but a regular file, for reading. O_NONBLOCK, because nobody may ever write to a FIFO.
 std::optional<Error> openRegularFile(const std::string& path, Descriptor& file) {
     file = Descriptor(::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     if (!file) {
@@ -48,7 +48,7 @@ std::optional<Error> openRegularFile(const std::string& path, Descriptor& file) 
     return std::nullopt;
 }
 
-/// Reads up to `count` bytes: how many, 0 at the end of the file, -1 with errno.
+/// Reads up to `count` bytes: the number read, 0 at the end of the file, -1 with errno.
 ssize_t readSome(int file, char* bytes, std::size_t count) {
     ssize_t got = 0;
     do {
@@ -71,7 +71,7 @@ int writeAll(int file, const char* bytes, std::size_t count) {
     return 0;
 }
 
-/// What copying bytes has come to.
+/// The result of copying bytes.
 struct Progress {
     std::uint64_t copied = 0;
     SHA256 digest;

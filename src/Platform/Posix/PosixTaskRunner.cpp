@@ -26,7 +26,7 @@ struct Pipe {
     Descriptor writeEnd;
 };
 
-/// Moves a descriptor out of the way of the standard ones, which may be closed in this process.
+/// Moves a descriptor away from the numbers of the standard ones, which may be closed in this process.
 Descriptor aboveStandardOnes(int descriptor) {
     Descriptor original(descriptor);
     if (descriptor < 0 || descriptor > STDERR_FILENO) {
@@ -104,7 +104,7 @@ class SpawnedTask final : public Task {
 };
 
 void SpawnedTask::kill() {
-    // Before it has been waited for, the number cannot have gone to another process.
+    // Until the child has been waited for, its id cannot belong to another process.
     if (!ended_) {
         ::kill(child_, SIGKILL);
     }
@@ -152,7 +152,7 @@ class SpawnParameters {
 bool SpawnParameters::set(int output, int error) {
     sigset_t none;
     sigset_t defaults;
-    // Macros on macOS, so that they cannot be qualified.
+    // Macros on macOS, so they cannot be qualified.
     sigemptyset(&none);
     sigfillset(&defaults);
     sigdelset(&defaults, SIGKILL);
@@ -169,8 +169,8 @@ bool hasNul(const std::string& text) {
     return text.find('\0') != std::string::npos;
 }
 
-/// posix_spawn takes the arguments as pointers to characters that it does not change. Empty when one of them
-/// cannot be handed over.
+/// posix_spawn takes the arguments as pointers to characters that it does not change. Empty if one of them
+/// cannot be passed.
 std::vector<char*> argumentVector(const std::string& path,
                                   const std::optional<std::vector<std::string>>& arguments) {
     std::vector<char*> result{const_cast<char*>(path.c_str())};

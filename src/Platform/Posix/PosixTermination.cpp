@@ -32,7 +32,7 @@ void PosixTermination::onRequest(std::function<void()> requested) {
     if (requestPipe != -1 || makePrivatePipe(ends) != 0) {
         Base::fatalError("SIGTERM can be listened for once per process, and takes a pipe.");
     }
-    // A handler must not wait: of requests that nobody has answered yet, a pipe full is enough.
+    // A handler must not wait: a pipe full of unanswered requests is enough.
     ::fcntl(ends[1], F_SETFL, O_NONBLOCK);
     requestPipe = ends[1];
     std::thread([readEnd = ends[0], requested = std::move(requested)] {

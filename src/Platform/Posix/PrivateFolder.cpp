@@ -19,7 +19,7 @@ namespace {
 constexpr mode_t kOwnerOnly = 0700;
 constexpr const char* kOutcome = "kept to its owner";
 
-/// Whether nobody but `owner` can replace what lies in the open folder.
+/// Whether only `owner` can replace the contents of the open folder.
 bool isGuarded(int folder, uid_t owner) {
     struct stat status {};
     return ::fstat(folder, &status) == 0 && status.st_uid == owner &&
@@ -42,7 +42,7 @@ int lock(int folder, bool wait) {
 }  // namespace
 
 PrivateFolder::~PrivateFolder() {
-    // What cannot be removed now is removed by the next call.
+    // The next call removes what cannot be removed now.
     static_cast<void>(remove());
 }
 
@@ -75,7 +75,7 @@ std::optional<Error> PrivateFolder::takeLeftover(const Base::URL& location, cons
         return std::nullopt;
     }
     folder_.reset(-1);
-    // Not there, or in use by somebody who removes it.
+    // It does not exist, or its user removes it.
     return failure == ENOENT || failure == EWOULDBLOCK ? std::nullopt
                                                        : std::optional(fileError(path_, kOutcome, failure));
 }
@@ -84,7 +84,7 @@ std::optional<Error> PrivateFolder::remove() {
     if (!folder_) {
         return std::nullopt;
     }
-    // By the lock that is still held, nobody else can have made the folder anew.
+    // The lock is still held, so nobody else can have made the folder again.
     std::optional<Error> failure = removeTree(parent_.get(), name_, path_);
     folder_.reset(-1);
     return failure;
@@ -117,7 +117,7 @@ std::optional<Error> PrivateFolder::openParent(const Ground& ground) {
 }
 
 int PrivateFolder::open(Wanted wanted) {
-    // Whoever had the folder may remove it just before we get the lock; then there is another, or none.
+    // The previous holder may remove the folder just before we get the lock; then there is another, or none.
     do {
         if (wanted == Wanted::anyhow && ::mkdirat(parent_.get(), name_.c_str(), kOwnerOnly) != 0 &&
             errno != EEXIST) {

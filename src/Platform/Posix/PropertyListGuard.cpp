@@ -25,7 +25,7 @@ std::uint64_t bigEndian(std::string_view bytes) {
     return value;
 }
 
-/// Walks through the containers of a binary property list as its references lead, with a stack of its own.
+/// Walks through the containers of a binary property list along its references, with an explicit stack.
 class BinaryNesting {
   public:
     explicit BinaryNesting(std::string_view bytes) : bytes_(bytes) {}
@@ -70,7 +70,7 @@ bool BinaryNesting::readTrailer() {
 }
 
 /// Array, set and dictionary: a marker, the count, and as many references (twice as many for a dictionary).
-/// Other objects have none. Nothing when the container reaches beyond the file.
+/// Other objects have none. Returns nothing if the container extends beyond the file.
 std::optional<BinaryNesting::References> BinaryNesting::referencesAt(std::size_t position) const {
     const auto marker = static_cast<unsigned char>(bytes_[position]);
     const unsigned kind = marker >> 4U;

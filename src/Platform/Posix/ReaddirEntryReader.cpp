@@ -33,7 +33,7 @@ std::size_t putRecord(const dirent& entry, char* place) {
 
 int EntryReader::start(int folder) {
     stop();
-    // A description of its own: the stream closes its descriptor and has its own position.
+    // A separate description: the stream closes its descriptor and has its own position.
     const int own = ::openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (own < 0) {
         return errno;

@@ -25,7 +25,7 @@ constexpr std::array<std::string_view, 27> kFolders = {
     "/Library/PrivilegedHelperTools",
     "/Library/Services",
     "/System",
-    // Where the folders that users and products fill really lie since macOS 10.15.
+    // The real location, since macOS 10.15, of the folders that users and products fill.
     "/System/Volumes/Data",
     "/Users",
     "/Users/Shared",
@@ -70,7 +70,7 @@ bool Comparison::holdsFor(const std::string& path) {
     return isOnTheWayTo(path) || isAbove(path);
 }
 
-/// As the path is spelled: finds the links that lead there.
+/// By the spelling of the path: finds the links on it.
 bool Comparison::isOnTheWayTo(const std::string& path) const {
     for (std::size_t end = 0; end != std::string::npos;) {
         end = path.find('/', end + 1);
@@ -86,7 +86,7 @@ bool Comparison::isOnTheWayTo(const std::string& path) const {
     return false;
 }
 
-/// As the folders really lie in one another.
+/// By the real nesting of the folders.
 bool Comparison::isAbove(const std::string& path) {
     Descriptor folder(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     Identity identity;

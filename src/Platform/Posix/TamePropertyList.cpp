@@ -15,7 +15,7 @@ namespace {
 
 constexpr std::size_t kLargestFile = std::size_t{1} << 20;
 
-/// At most `limit` bytes; nothing when reading fails.
+/// At most `limit` bytes; nothing if reading fails.
 std::optional<std::string> readUpTo(std::size_t limit, int file) {
     std::string bytes(limit, '\0');
     std::size_t length = 0;

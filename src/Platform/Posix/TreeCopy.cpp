@@ -25,13 +25,13 @@ constexpr mode_t kFolderBeingFilled = 0700;
 /// Each holds up to twice FolderChain::kHeld descriptors.
 constexpr std::size_t kMostCopies = 4;
 
-/// What the errands of one copy have in common.
+/// Shared by the errands of one copy.
 struct Copying {
     Copying(const CopyPlace& from, const CopyPlace& to) : source(from), destination(to) {}
 
     const CopyPlace& source;
     const CopyPlace& destination;
-    /// The copy's own folder; it may lie inside the source for a moment when somebody moves it there.
+    /// The copy's own folder; it may lie inside the source for a moment if somebody moves it there.
     Identity copy;
     std::mutex mutex;
     std::optional<Error> failure;
@@ -39,7 +39,7 @@ struct Copying {
 
 class CopyErrand : public TreeErrand {
   public:
-    /// Of the item itself.
+    /// For the item itself.
     explicit CopyErrand(Copying& copying) : TreeErrand(copying.source.path), copying_(copying) {}
     CopyErrand(Copying& copying, Descriptor made, std::shared_ptr<Meeting> meeting)
         : TreeErrand({}, std::move(meeting)), copying_(copying) {
@@ -72,7 +72,7 @@ class CopyErrand : public TreeErrand {
     Copying& copying_;
     FileCopy files_;
     FolderChain made_;
-    /// What each held folder was like before it was read.
+    /// The status of each held folder before it was read.
     std::array<struct stat, FolderWalk::kHeld> folderStatus_;
     /// Whether something failed here or in a part of it.
     bool failed_ = false;
@@ -122,7 +122,7 @@ void CopyErrand::take(const FolderEntry& entry) {
     }
 }
 
-/// Ends the walk: `name` of the folder at hand, or with null that folder itself, could not be copied.
+/// Ends the walk: `name` in the current folder, or the folder itself if null, could not be copied.
 void CopyErrand::fail(const char* name, int code) {
     const std::string path = name != nullptr ? walk_.pathOf(name) : walk_.path();
     const std::string below = path.substr(copying_.source.path.size());
@@ -131,7 +131,7 @@ void CopyErrand::fail(const char* name, int code) {
     stop();
 }
 
-/// Of several failures the first one in the tree's order is kept: what comes before it goes on.
+/// Of several failures the first one in the tree's order is kept: walks before it go on.
 void CopyErrand::end(FolderCrew& crew) {
     if (failure_) {
         const std::lock_guard lock(copying_.mutex);

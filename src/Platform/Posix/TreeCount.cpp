@@ -59,7 +59,7 @@ class Count {
         }
     }
 
-    /// Takes in what was counted and what was found to count.
+    /// Adds a folder's count and the folders found in it.
     void take(const TreeSize& size, std::vector<std::string> folders) {
         const std::lock_guard lock(mutex_);
         sum_ += size;
@@ -100,7 +100,7 @@ class Count {
         }
     }
 
-    /// When all work is done.
+    /// Valid when all work is done.
     [[nodiscard]] const TreeSize& sum() const { return sum_; }
 
   private:
@@ -159,7 +159,7 @@ TreeSize countTree(const std::string& item, const std::vector<ItemIdentity>& wit
             threads.emplace_back([&count] { count.work(); });
         }
     } catch (const std::system_error&) {
-        // Those that there are do it, or this one.
+        // The threads that could be started do the work, or this one.
     }
     if (threads.empty()) {
         count.work();

@@ -28,7 +28,7 @@ Meeting* TreeErrand::carryOn(FolderCrew& crew) {
     return nullptr;
 }
 
-/// Gives something away if somebody waits for it: asked in each new folder, and every so many entries.
+/// Gives something away if a thread waits for it: called in each new folder, and once every so many entries.
 void TreeErrand::offer(FolderCrew& crew) {
     constexpr std::size_t kEvery = 16;
     const bool wentDown = walk_.depth() > lastDepth_;
@@ -59,7 +59,7 @@ void TreeErrand::giveLevel(std::size_t level, FolderCrew& crew) {
     crew.give(*this, std::move(part));
 }
 
-/// Where those meet to whom the folder at hand was given.
+/// The meeting of those who were given parts of the current folder.
 Meeting* TreeErrand::meetingHere() const {
     const bool isGiven = !given_.empty() && given_.back().level == walk_.depth() - 1;
     return isGiven ? given_.back().meeting.get() : nullptr;

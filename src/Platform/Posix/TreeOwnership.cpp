@@ -36,8 +36,8 @@ bool isProgram(const struct stat& status) {
     return S_ISREG(status.st_mode) && (status.st_mode & kSetIdBits) != 0;
 }
 
-/// Gives away, by its name, an entry of a folder that root alone can change. Returns 0, an errno value, or
-/// kToBeOpened for an item that needs more than that.
+/// Changes the owner of an entry by name, in a folder that root alone can change. Returns 0, an errno value,
+/// or kToBeOpened for an item that needs more than that.
 constexpr int kToBeOpened = -1;
 int giveByName(int parent, const char* name, std::uint32_t owner, std::uint32_t group) {
     struct stat status {};
@@ -62,7 +62,7 @@ struct Failure {
     int code;
 };
 
-/// What the errands of one change of ownership have in common.
+/// Shared by the errands of one change of ownership.
 class Ownership {
   public:
     /// Fewer failures than this are kept and reported in order.
@@ -73,7 +73,7 @@ class Ownership {
     const std::uint32_t owner;
     const std::uint32_t group;
 
-    /// False when there are too many.
+    /// False if there are too many.
     [[nodiscard]] bool note(std::string path, int code) {
         const std::lock_guard lock(mutex_);
         if (failures_.size() < kMostFailures) {
@@ -81,7 +81,7 @@ class Ownership {
         }
         return failures_.size() < kMostFailures;
     }
-    /// When all errands have ended.
+    /// Valid when all errands have ended.
     [[nodiscard]] std::vector<Failure>& failures() { return failures_; }
 
   private:
@@ -91,7 +91,7 @@ class Ownership {
 
 class OwnershipErrand : public TreeErrand {
   public:
-    /// Of the whole tree. Failures are reported as they are met if `failed` is given, and else noted.
+    /// For the whole tree. Failures are reported as they occur if `failed` is given, and else noted.
     OwnershipErrand(Ownership& ownership, const std::string& path, Descriptor top, const Report* failed)
         : TreeErrand(path), ownership_(ownership), failed_(failed) {
         walk_.enterTop(std::move(top));
@@ -184,21 +184,21 @@ int giveItem(int item, const struct stat& status, std::uint32_t owner, std::uint
         return EMLINK;
     }
     const mode_t mode = status.st_mode & kModeBits;
-    // Not even for a moment may there be somebody's program that runs as its new owner.
+    // Not even for a moment may a stranger's program exist that runs as its new owner.
     if (changes && isProgram(status) && setModeOfOpenItem(item, mode & ~kSetIdBits) != 0) {
         return errno;
     }
     if (setOwnerOfOpenItem(item, owner, group) != 0) {
         return errno;
     }
-    // The system takes the bits away as it changes the owner, also those that were set in between.
+    // The system clears the bits as it changes the owner, even those that were set in between.
     const bool settled = !isProgram(status) && !changeOfOwnerKeepsSetIdBits();
     struct stat now {};
     if (!S_ISREG(status.st_mode) || settled || ::fstat(item, &now) != 0) {
         return 0;
     }
-    // The old owner may have set the bits anew in between; where the system takes them away from a program
-    // that keeps its owner, they come back.
+    // The old owner may have set the bits again in between; where the system clears them on a program that
+    // keeps its owner, they are restored.
     const mode_t wanted = changes ? now.st_mode & kModeBits & ~kSetIdBits : mode;
     return (now.st_mode & kModeBits) == wanted || setModeOfOpenItem(item, wanted) == 0 ? 0 : errno;
 }
@@ -217,7 +217,7 @@ void setOwnerBelow(int parent, const std::string& name, const std::string& path,
         .run(std::make_unique<OwnershipErrand>(ownership, path, std::move(folder), nullptr));
     std::vector<Failure>& failures = ownership.failures();
     if (failures.size() == Ownership::kMostFailures && again) {
-        // Too many to be kept: this thread meets them anew, one by one, in the tree's own order.
+        // Too many to keep: this thread meets them again, one by one, in the tree's own order.
         FolderCrew(1).run(std::make_unique<OwnershipErrand>(ownership, path, std::move(again), &failed));
         return;
     }

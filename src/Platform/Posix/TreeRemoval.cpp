@@ -19,9 +19,9 @@ namespace Platform::Posix {
 
 namespace {
 
-/// A folder that turns out not to be empty, because somebody adds to it, is gone through again.
+/// A folder that turns out not to be empty, because somebody adds to it, is walked again.
 constexpr int kMostGoes = 3;
-/// In the whole tree: a folder of one that is gone through again is gone through as if for the first time.
+/// In the whole tree: the subfolders of a folder that is walked again start from their first go.
 constexpr int kMostRepetitions = 60;
 
 /// Each holds up to FolderChain::kHeld descriptors.
@@ -32,7 +32,7 @@ int unlinkEntry(int parent, const char* name, int flags) {
     return ::unlinkat(parent, name, flags) == 0 ? 0 : errno;
 }
 
-/// What the errands of one removal have in common.
+/// Shared by the errands of one removal.
 struct Removal {
     Removal(int folder, const std::string& itemName, const std::string& itemPath)
         : parent(folder), name(itemName), path(itemPath) {}
@@ -47,7 +47,7 @@ struct Removal {
 
 class RemovalErrand : public TreeErrand {
   public:
-    /// Of the item itself.
+    /// For the item itself.
     explicit RemovalErrand(Removal& removal) : TreeErrand(removal.path), removal_(removal) {}
     RemovalErrand(Removal& removal, std::shared_ptr<Meeting> meeting)
         : TreeErrand(removal.path, std::move(meeting)), removal_(removal) {}
@@ -69,9 +69,9 @@ class RemovalErrand : public TreeErrand {
 
     void fail(const char* name, int code);
 
-    /// The folder whose entry is at hand: the item's parent at the ends of the walk.
+    /// The folder that contains the current entry: the item's parent at the ends of the walk.
     [[nodiscard]] int at() const { return walk_.depth() > 0 ? walk_.folder() : removal_.parent; }
-    /// Whether something below the folder at hand could not be removed.
+    /// Whether something below the current folder could not be removed.
     bool& failed() { return failed_[(walk_.depth() - 1) % FolderWalk::kHeld]; }
     int& goes() { return goes_[(walk_.depth() - 1) % FolderWalk::kHeld]; }
 
@@ -79,8 +79,8 @@ class RemovalErrand : public TreeErrand {
     /// Whether the item turned out to be a folder of the system.
     bool isSystems_ = false;
     std::array<bool, FolderWalk::kHeld> failed_{};
-    /// How often each held folder has been gone through; not at all for the top one of a part, which is gone
-    /// through by several.
+    /// How often each held folder has been walked; unused for the top one of a part, which several errands
+    /// walk.
     std::array<int, FolderWalk::kHeld> goes_{};
     bool failedAnywhere_ = false;
     FirstFailure firstFailure_;
@@ -112,7 +112,7 @@ std::unique_ptr<TreeErrand> RemovalErrand::newPart(std::size_t /*level*/, std::s
     return std::make_unique<RemovalErrand>(removal_, std::move(meeting));
 }
 
-/// Notes that `name` of the folder at hand, or with null that folder itself, could not be removed.
+/// Notes that `name` in the current folder, or the folder itself if null, could not be removed.
 void RemovalErrand::fail(const char* name, int code) {
     const bool inside = walk_.depth() > 0;
     std::string path = !inside ? removal_.path : name == nullptr ? walk_.path() : walk_.pathOf(name);
@@ -142,7 +142,7 @@ void RemovalErrand::removeFolder(const char* name) {
             return;
         case ENOTDIR:
         case ELOOP:
-            // No folder any more: what stands in its place is removed as itself.
+            // No longer a folder: whatever has replaced it is removed as itself.
             failure = unlinkEntry(at(), name, 0);
             break;
         case EBUSY:
@@ -163,14 +163,14 @@ void RemovalErrand::removeOther(const char* name) {
     if (failure == 0 || failure == ENOENT) {
         return;
     }
-    // A folder may have taken its place; systems disagree on the error for that.
+    // A folder may have replaced it; systems disagree on the error for that.
     const bool mayBeFolder = failure == EISDIR || failure == EPERM;
     if (!mayBeFolder || enter(name, 1) != 0) {
         fail(name, failure);
     }
 }
 
-/// Steps into a folder for the given go, the first one being 1.
+/// Steps into a folder for the given go, counted from 1.
 int RemovalErrand::enter(const char* name, int goes) {
     Descriptor folder;
     if (const int failure = openFolder(at(), name, folder); failure != 0) {
@@ -212,7 +212,7 @@ void RemovalErrand::endFolder(bool failedElsewhere) {
         return;
     }
     if (!walk_.stayedOpen()) {
-        // What was known of this folder has been overwritten by deeper ones.
+        // Deeper folders have overwritten this folder's state.
         failed() = failedAnywhere_;
         this->goes() = 1;
     }

@@ -39,11 +39,11 @@ class Way {
     [[nodiscard]] int refuse(const std::string& link);
 
     std::string ahead_;
-    /// How much of what lies ahead is the path's own; what comes before that is a link's.
+    /// The length of the path's own part of what lies ahead; the part before it comes from a link.
     std::size_t ownLength_;
     const bool makeMissing_;
     Descriptor folder_;
-    /// The folder at hand, for messages.
+    /// The current folder, for messages.
     std::string where_;
     bool trusted_ = false;
     int linksLeft_ = kMostLinks;
@@ -71,7 +71,7 @@ int Way::startAtRoot() {
     return 0;
 }
 
-/// Takes the next component off what lies ahead; "." is none.
+/// Takes the next component off what lies ahead; "." does not count.
 bool Way::takeComponent(std::string& name) {
     do {
         const std::size_t begin = ahead_.find_first_not_of('/');
@@ -126,7 +126,7 @@ int Way::stepUp() {
     return 0;
 }
 
-/// Puts the target of what should be a link in front of what lies ahead.
+/// Puts the target of an expected link in front of what lies ahead.
 int Way::follow(const std::string& name) {
     atMoment(Moment::readingLinkOnWay, folder_.get(), name.c_str());
     struct stat status {};
@@ -136,7 +136,7 @@ int Way::follow(const std::string& name) {
     if (!S_ISLNK(status.st_mode)) {
         return ENOTDIR;
     }
-    // What was looked at stays what it is as far as it is trusted: root alone could change it.
+    // A trusted item cannot change after this check: root alone could change it.
     if (!trusted_ || status.st_uid != kRoot) {
         return refuse(where_ + "/" + name);
     }

@@ -55,8 +55,8 @@ class MakerParentalControlAuthorization : public ParentalControlAuthorization {
     id authorization_;
 };
 
-/// The icon in the sizes that are there; nil when there is none. Not read by file name: what is no image
-/// would have GNUstep look for a service that makes one of it.
+/// The icon in the available sizes; nil if there is none. Not read by file name: GNUstep would look for a
+/// service that makes an image of a file that is not one.
 NSImage* newIcon(const ApplicationProgram& program) {
     NSImage* icon = [[NSImage alloc] initWithSize:NSMakeSize(64, 64)];
     for (const char* name : {"AppIcon-64", "AppIcon-128", "AppIcon"}) {
@@ -112,7 +112,7 @@ void AppKitFramework::makeInterface(ApplicationProgram& program) {
     controls_->setWindowController(program.interfaceDidLoad(controls_->outlets()));
     SNTShowMainMenu([menu mainMenu]);
     [interface show];
-    // A class gets its method table at its first use: those that other threads use have it from here on.
+    // A class gets its method table at its first use: classes that other threads use have it from here on.
     application_.performOnMainQueue([] {});
 }
 

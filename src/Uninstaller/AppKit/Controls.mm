@@ -38,7 +38,7 @@ namespace Uninstall_Sentrel {
 
 namespace {
 
-/// What follows on this thread may wait for the user elsewhere: the window shows by then what was changed.
+/// Work that follows on this thread may wait for the user elsewhere: by then the window shows the change.
 void showNow(NSView* view) {
     [[view window] displayIfNeeded];
 }
@@ -102,7 +102,7 @@ class ButtonOutlet : public Button {
     void setHidden(bool hidden) override {
         guarded([&] {
             [button_ setHidden:hidden ? YES : NO];
-            // GNUstep lets a key press a button that is not to be seen.
+            // GNUstep lets a key press a hidden button.
             [button_ setKeyEquivalent:hidden ? @"" : keyEquivalent_];
             showNow(button_);
         });
@@ -119,8 +119,8 @@ class ButtonOutlet : public Button {
     NSString* keyEquivalent_;
 };
 
-/// The bar moves without a value from when it is shown until it gets one, and the icon is checked when it is
-/// full.
+/// The bar moves without a value from the time it is shown until it gets one, and the icon gets its check
+/// mark when it is full.
 class ProgressIndicatorOutlet : public ProgressIndicator {
   public:
     explicit ProgressIndicatorOutlet(SNTUninstallerInterface* interface) : interface_(interface) {}

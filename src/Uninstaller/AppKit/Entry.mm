@@ -10,7 +10,7 @@ using Uninstall_Sentrel::ApplicationFramework;
 
 namespace {
 
-/// Makes the shared application. Returns why it cannot be made, else nothing.
+/// Makes the shared application. Returns the reason if it cannot be made, else nothing.
 std::string makeApplication() {
     NSString* reason = nil;
     std::string unavailable;
@@ -39,7 +39,7 @@ std::string makeApplication() {
 /// The library's one symbol: an ApplicationFrameworkEntry. Main thread only.
 extern "C" __attribute__((visibility("default"))) ApplicationFramework* SentrelApplicationFramework(
     std::string* error) {
-    // Never destroyed: quitting ends the process in the midst of a callback of the framework's.
+    // Never destroyed: quitting ends the process inside a callback of the framework.
     static AppKitFramework* framework = nullptr;
     if (framework == nullptr) {
         const std::string unavailable = makeApplication();

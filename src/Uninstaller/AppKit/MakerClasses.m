@@ -2,7 +2,7 @@
 
 #import "Uninstaller/AppKit/System.h"
 
-/// What is known of the maker's classes.
+/// The known interface of the maker's classes.
 @interface NSObject (SNTMakerClasses)
 + (id)alertWithButtonTitle:(NSString*)buttonTitle
                messageText:(NSString*)messageText
@@ -11,7 +11,7 @@
 - (BOOL)parentalControlAuthorized;
 @end
 
-/// Code that cannot be loaded may raise; it is passed over like one that is absent.
+/// Code that cannot be loaded may raise; it is passed over as if it were absent.
 static BOOL loadBundle(NSString* path) {
     BOOL loaded = NO;
     @try {

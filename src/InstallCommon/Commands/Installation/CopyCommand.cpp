@@ -58,7 +58,7 @@ std::unique_ptr<Base::CodedObject> CopyCommand::decode(Base::Coder& coder) {
     if (!destinations) {
         return nullptr;
     }
-    // What the longer array has too much is dropped.
+    // Extra elements of the longer array are ignored.
     const std::size_t count = std::min(sources->size(), destinations->size());
     std::vector<Item> items;
     items.reserve(count);

@@ -9,7 +9,7 @@ namespace InstallCommon {
 
 namespace {
 
-// Decimal on purpose: octal 1204 (sticky, owner writes, others read), not octal 644.
+// Intentionally decimal: octal 1204 (sticky, owner writes, others read), not octal 644.
 constexpr std::uint16_t kPlistMode = 644;
 
 }  // namespace

@@ -8,7 +8,7 @@ namespace InstallCommon {
 
 namespace {
 
-// The key is that of the kext command, on purpose: both ends agree on it.
+// Intentionally the kext command's key: both ends agree on it.
 constexpr std::string_view kProcessKey = "kext";
 
 }  // namespace

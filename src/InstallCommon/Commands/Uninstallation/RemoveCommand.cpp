@@ -10,7 +10,7 @@ namespace InstallCommon {
 
 namespace {
 
-// The keys are those of the copy command, on purpose: both ends agree on them.
+// Intentionally the copy command's keys: both ends agree on them.
 constexpr std::string_view kPathsKey = "source";
 constexpr std::string_view kFlagsKey = "destination";
 
@@ -74,7 +74,7 @@ std::unique_ptr<Base::CodedObject> RemoveCommand::decode(Base::Coder& coder) {
     if (!flags) {
         return nullptr;
     }
-    // What the longer array has too much is dropped.
+    // Extra elements of the longer array are ignored.
     const std::size_t count = std::min(paths->size(), flags->size());
     std::vector<Item> items;
     items.reserve(count);

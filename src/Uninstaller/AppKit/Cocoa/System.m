@@ -3,7 +3,7 @@
 #import <CoreGraphics/CoreGraphics.h>
 
 BOOL SNTDisplayIsAvailable(NSString** reason) {
-    // Null in a process that has no part in a graphical session, such as one of a remote login.
+    // Null in a process without a graphical session, such as one of a remote login.
     CFDictionaryRef session = CGSessionCopyCurrentDictionary();
     if (session == NULL) {
         *reason = @"There is no graphical session.";

@@ -40,7 +40,7 @@ static NSPanel* newPanel(NSString* title, NSUInteger style) {
     return panel;
 }
 
-/// A button that is not to be seen, for a second key of the one that is.
+/// Adds an invisible button, as a second key for the visible one.
 static void addKey(NSView* view, NSString* key, id target, SEL action) {
     NSButton* button = [[[NSButton alloc] initWithFrame:NSMakeRect(-10, -10, 1, 1)] autorelease];
     [button setKeyEquivalent:key];
@@ -90,7 +90,7 @@ static void addKey(NSView* view, NSString* key, id target, SEL action) {
 
     CGFloat top = size.height - kMargin;
     addIcon(content, [NSApp applicationIconImage], NSMakePoint(kMargin, top - kIconSide));
-    // A short text stands beside the middle of the icon.
+    // A short text is centred beside the icon.
     top -= fmax(0, floor((kIconSide - texts) / 2));
     [message setFrameOrigin:NSMakePoint(left, top - NSHeight([message frame]))];
     [informative setFrameOrigin:NSMakePoint(left, top - texts)];

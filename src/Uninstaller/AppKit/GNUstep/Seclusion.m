@@ -8,7 +8,7 @@
 #import <objc/runtime.h>
 #import <unistd.h>
 
-/// What some operations of GNUstep do from now on. Only the implementations are used, never an object.
+/// Replacements for some operations of GNUstep. Only the implementations are used, never an object.
 @interface SNTSecluded : NSObject {
     int unused_;
 }
@@ -24,12 +24,12 @@ static NSNotificationCenter* localCenter(void) {
     return center;
 }
 
-/// Of NSDistributedNotificationCenter: one that reaches no further than this process.
+/// Of NSDistributedNotificationCenter: one that does not reach beyond this process.
 + (NSNotificationCenter*)defaultCenter {
     return localCenter();
 }
 
-/// Of NSWorkspace: without the list of running applications that its own one keeps on disk.
+/// Of NSWorkspace: without the list of running applications that NSWorkspace keeps on disk.
 - (NSNotificationCenter*)notificationCenter {
     return localCenter();
 }
@@ -38,7 +38,7 @@ static NSNotificationCenter* localCenter(void) {
 - (void)findApplications {
 }
 
-/// Of GSServicesManager: registers the application under its name, and asks the user when that fails.
+/// Of GSServicesManager: registers the application under its name, and asks the user if that fails.
 - (void)registerAsServiceProvider {
 }
 
@@ -52,7 +52,7 @@ static void replace(Class class, Class replacement, SEL selector) {
     }
 }
 
-/// A path with this word in it stands for settings that are in memory only.
+/// A path that contains this word keeps the settings in memory only.
 static void keepSettingsInMemory(void) {
     NSMutableDictionary* configuration = [[GNUstepConfig(nil) mutableCopy] autorelease];
     [configuration setObject:@"/:INTERNAL:" forKey:@"GNUSTEP_USER_DEFAULTS_DIR"];

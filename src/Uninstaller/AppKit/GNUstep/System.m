@@ -19,7 +19,7 @@ BOOL SNTDisplayIsAvailable(NSString** reason) {
     return NO;
 }
 
-/// The first pair of faces that is installed, one for text and one for headlines.
+/// The first installed pair of faces, one for text and one for headlines.
 static void chooseFonts(NSArray* installed) {
     static NSString* const candidates[][2] = {
         {@"Inter-Regular", @"Inter-SemiBold"},
@@ -39,8 +39,8 @@ static void chooseFonts(NSArray* installed) {
     }
 }
 
-/// Names the fonts that stand in for characters that the chosen one lacks, those for Chinese and Japanese
-/// first. Left to itself GNUstep finds such a font by its family and then looks for a face of that name.
+/// Names the fonts that substitute for characters that the chosen one lacks, those for Chinese and Japanese
+/// first. By default GNUstep finds such a font by its family and then looks for a face of that name.
 static void chooseSubstitutes(NSArray* installed) {
     static NSString* const candidates[] = {@"NotoSansCJKjp-Regular", @"NotoSansCJK-Regular",
                                            @"DroidSansFallback", @"WenQuanYiMicroHei", @"IPAGothic"};
@@ -86,13 +86,13 @@ void SNTMakeApplication(void) {
 void SNTRunApplication(int argc, char* argv[]) {
     (void)argc;
     (void)argv;
-    // NSApplicationMain complains of a program that has no information property list with a principal class,
-    // and otherwise does no more than this.
+    // NSApplicationMain complains about a program without a property list that names a principal class, and
+    // otherwise does no more than this.
     [NSApp run];
 }
 
 void SNTShowMainMenu(NSMenu* menu) {
-    // The name under which GNUstep looks for the application menu.
+    // GNUstep looks for the application menu under this name.
     [[NSProcessInfo processInfo] setProcessName:[menu title]];
     [NSApp setMainMenu:menu];
 }

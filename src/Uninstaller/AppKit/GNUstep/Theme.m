@@ -52,7 +52,7 @@ static BOOL isPressed(GSThemeControlState state) {
 }
 
 - (NSString*)name {
-    // GSTheme goes back to the theme that the settings name as soon as a setting changes.
+    // GSTheme reverts to the theme in the settings as soon as a setting changes.
     return @"GNUstep";
 }
 
@@ -151,7 +151,7 @@ static BOOL isPressed(GSThemeControlState state) {
     [color(0xDFE3E8) set];
     [[NSBezierPath bezierPathWithRoundedRect:track xRadius:radius yRadius:radius] fill];
     if ([progress isIndeterminate]) {
-        // A piece that goes to and fro, one way in so many steps of the animation.
+        // A piece that goes to and fro, one way in this many steps of the animation.
         const int way = 24;
         int step = count % (2 * way);
         CGFloat place = (CGFloat)(step < way ? step : 2 * way - step) / way;
