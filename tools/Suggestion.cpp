@@ -28,7 +28,7 @@ std::size_t distance(std::string_view a, std::string_view b) {
 }  // namespace
 
 std::optional<std::string> nearestWord(std::string_view word, const std::vector<std::string>& words) {
-    // A word of a command line is never that long; the table stays small.
+    // No word of a command line is that long; the table stays small.
     constexpr std::size_t kLongest = 64;
     std::optional<std::string> nearest;
     std::size_t least = std::max<std::size_t>(1, std::min(word.size(), kLongest) / 3) + 1;

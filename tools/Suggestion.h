@@ -7,8 +7,8 @@
 
 namespace Tools {
 
-/// The word that was meant: the nearest of `words`, counted in letters to add, leave out, change or swap with
-/// their neighbour; nothing when none is near. The first of several that are equally near.
+/// The word that was probably meant: the nearest of `words`, counted in letters to add, leave out, change or
+/// swap with their neighbour; nothing if none is near. The first of several that are equally near.
 [[nodiscard]] std::optional<std::string> nearestWord(std::string_view word,
                                                      const std::vector<std::string>& words);
 

@@ -27,7 +27,7 @@ constexpr std::array kKinds{
     FaultKind{"unreadable-passwd", "", "the password database gives no entries"},
 };
 
-/// What launchctl can be asked for.
+/// The verbs of launchctl that a fault can name.
 constexpr std::array<std::string_view, 10> kVerbs{"bootout",        "bootstrap", "disable", "enable",
                                                   "kickstart",      "kill",      "list",    "print",
                                                   "print-disabled", "remove"};

@@ -29,14 +29,14 @@ class Descriptor {
 /// Everything up to the end of `fd`; nothing on a read error or beyond `limit` bytes.
 [[nodiscard]] std::optional<std::string> readAll(int fd, std::size_t limit);
 
-/// A regular file's contents; links are followed. Nothing when it is absent, no regular file (a FIFO or
-/// device never blocks the caller), unreadable or larger than `limit`.
+/// A regular file's contents; links are followed. Returns nothing if it is absent, not a regular file (a FIFO
+/// or device never blocks the caller), unreadable or larger than `limit`.
 [[nodiscard]] std::optional<std::string> readFile(const std::string& path, std::size_t limit = 4U << 20U);
 
-/// Writes all of `bytes`, interruptions notwithstanding.
+/// Writes all of `bytes`, even if interrupted.
 [[nodiscard]] bool writeAll(int fd, std::string_view bytes);
 
-/// Puts a file with these bytes and this mode at `path`, as a whole or not at all: an older file or link of
+/// Puts a file with these bytes and this mode at `path`, as a whole or not at all: an older file or link with
 /// that name is replaced, never written through.
 [[nodiscard]] bool replaceFile(const std::string& path, std::string_view bytes, mode_t mode);
 

@@ -11,7 +11,7 @@
 
 namespace Simulator {
 
-/// Where the simulator keeps its own files, inside the Mac.
+/// Folder of the simulator's own files, inside the Mac.
 inline constexpr std::string_view kSimulatorFolder = "/var/macsim";
 inline constexpr std::string_view kMachineFile = "/var/macsim/machine.json";
 inline constexpr std::string_view kSessionFile = "/var/macsim/session.json";
@@ -19,9 +19,9 @@ inline constexpr std::string_view kStateFile = "/var/macsim/state.json";
 inline constexpr std::string_view kTranscriptFile = "/var/macsim/transcript.jsonl";
 inline constexpr std::string_view kLockFile = "/var/macsim/lock";
 inline constexpr std::string_view kHelperFaultsLibrary = "/var/macsim/lib/libhelper-faults.so";
-/// Says whether the product's parental-control lock is on; read by the maker's framework.
+/// Whether the product's parental-control lock is on; read by the maker's framework.
 inline constexpr std::string_view kParentalControlFile = "/var/macsim/parental-control.plist";
-/// The cookie of the display that the session has; the session's user's own.
+/// The cookie of the session's display; belongs to the session's user.
 inline constexpr std::string_view kDisplayCookieFile = "/var/macsim/Xauthority";
 inline constexpr std::string_view kSystemLog = "/var/log/system.log";
 /// Where the runtime package installs its files; the fault disk-full mounts a full file system here.
@@ -37,7 +37,7 @@ struct User {
     std::uint32_t uid = 0;
     bool loggedIn = true;
     bool administrator = false;
-    /// Of his password, as hashPassword makes it; empty for a user who has none and cannot name himself.
+    /// Of the password, as hashPassword makes it; empty for a user without one, who cannot authenticate.
     std::string passwordHash{};
 };
 
@@ -47,7 +47,7 @@ struct RunningProgram {
     std::uint32_t uid = 0;
 };
 
-/// What stays the same from one boot to the next. Written by `macsim create`, read by launchd.
+/// The configuration that persists from one boot to the next. Written by `macsim create`, read by launchd.
 struct Machine {
     std::vector<User> users;
     std::vector<RunningProgram> running;
@@ -56,21 +56,21 @@ struct Machine {
     /// Names of distant objects that a job of the system registers while it runs, by its label.
     std::map<std::string, std::vector<std::string>> distantObjects;
 
-    /// The user of that name; root is one too.
+    /// The user with that name; root is one too.
     [[nodiscard]] std::optional<User> user(std::string_view name) const;
 };
 
 inline constexpr unsigned kUsualWait = 10;
 
-/// What one boot is for. Written by `macsim run`, read by launchd.
+/// The purpose of one boot. Written by `macsim run`, read by launchd.
 struct Session {
     std::vector<std::string> command;
     std::string user = "root";
     Faults faults;
-    /// Environment that the command gets in addition to a Mac's own; DISPLAY is in it when the session has a
+    /// Environment of the command in addition to a Mac's own; it contains DISPLAY if the session has a
     /// display.
     std::map<std::string, std::string> environment;
-    /// Seconds that jobs which messages have started may go on after the command has ended.
+    /// Seconds that jobs started by messages may continue after the command has ended.
     unsigned wait = kUsualWait;
 };
 
@@ -80,7 +80,7 @@ inline constexpr std::uint32_t kAdminGroup = 80;
 
 [[nodiscard]] std::string encode(const Machine& machine);
 [[nodiscard]] std::string encode(const Session& session);
-/// Nothing when the text is not what `encode` writes.
+/// Returns nothing if `encode` did not write the text.
 [[nodiscard]] std::optional<Machine> decodeMachine(std::string_view text);
 [[nodiscard]] std::optional<Session> decodeSession(std::string_view text);
 

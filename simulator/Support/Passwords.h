@@ -4,10 +4,10 @@
 
 namespace Simulator {
 
-/// A salted hash of a password (crypt(3)), of which it cannot be read back.
+/// A salted hash of a password (crypt(3)), which does not reveal it.
 [[nodiscard]] std::string hashPassword(const std::string& password);
 
-/// Whether `hash` is one of this password.
+/// Whether `hash` is a hash of this password.
 [[nodiscard]] bool isPassword(const std::string& password, const std::string& hash);
 
 }  // namespace Simulator

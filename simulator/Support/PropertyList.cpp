@@ -204,7 +204,7 @@ std::optional<PropertyList> parseHostilePropertyList(std::string_view bytes) {
     Descriptor output(ends[1]);
     const pid_t child = ::fork();
     if (child == 0) {
-        // What the parent handles, the child must die of.
+        // Signals that the parent handles must kill the child.
         for (const int signal : {SIGSEGV, SIGBUS, SIGABRT, SIGALRM, SIGXCPU, SIGPIPE}) {
             ::signal(signal, SIG_DFL);
         }

@@ -16,14 +16,15 @@ enum class PropertyListForm { xml, binary };
 /// The bytes of a property list.
 [[nodiscard]] std::string writePropertyList(const PropertyList& value, PropertyListForm form);
 
-/// Reads bytes that the simulator itself or the product's build has made. The list must be a dictionary.
+/// Reads bytes made by the simulator itself or the product's build. The list must be a dictionary.
 [[nodiscard]] std::optional<PropertyList> parsePropertyList(std::string_view bytes);
 
 /// The same for bytes of any origin: parsed in a child process with little memory and time, so that a hostile
-/// list costs that child only. Nothing for a list that is broken, no dictionary or nested deeper than 24.
+/// list costs that child only. Returns nothing if the list is broken, not a dictionary or over 24 levels
+/// deep.
 [[nodiscard]] std::optional<PropertyList> parseHostilePropertyList(std::string_view bytes);
 
-/// A string of a dictionary; empty when it is absent or something else.
+/// A string of a dictionary; empty if it is absent or of another type.
 [[nodiscard]] std::string stringOf(const PropertyList& dictionary, const char* key);
 
 }  // namespace Simulator

@@ -1,13 +1,13 @@
 #import <AppKit/AppKit.h>
 
-// What the dialogs of the simulated Mac are made of. A part's class belongs to the library or program that it
-// is compiled into (DIALOG_OWNER): two libraries in one process may both have it.
+// Building blocks of the simulated Mac's dialogs. A part's class belongs to the library or program that it is
+// compiled into (DIALOG_OWNER): two libraries in one process may both have it.
 
 #define DIALOG_JOINED_(owner, name) owner##name
 #define DIALOG_JOINED(owner, name) DIALOG_JOINED_(owner, name)
 #define DIALOG_CLASS(name) DIALOG_JOINED(DIALOG_OWNER, name)
 
-/// What the dialogs say, in English.
+/// The texts of the dialogs, in English.
 #define DIALOG_WANTS_CHANGES @"%@ wants to make changes."
 #define DIALOG_ASKS_ADMINISTRATOR @"Enter an administrator\u2019s name and password to allow this."
 #define DIALOG_NAME @"Name:"
@@ -18,10 +18,10 @@
 #define DIALOG_ASKS_PASSWORD @"Enter its password to continue."
 #define DIALOG_WRONG_PASSWORD @"The password is not correct."
 
-/// One of these in the user's first language that is known here, else as it is.
+/// One of these in the user's first known language, else unchanged.
 NSString* dialogText(NSString* english);
 
-/// Has the dialogs of this process written in a font that has the user's letters.
+/// Makes the dialogs of this process use a font that has the user's letters.
 void dialogChooseFonts(void);
 
 typedef enum { DialogIconLock, DialogIconShield } DialogIcon;
@@ -34,10 +34,10 @@ NSPanel* dialogNewPanel(NSSize size, NSString* title);
 NSTextField* dialogAddText(NSPanel* panel, NSRect frame, NSString* text, NSFont* font);
 /// The height that the text needs in that width.
 CGFloat dialogTextHeight(NSString* text, NSFont* font, CGFloat width);
-/// Adds a text that names the field at `fieldFrame`, to its left.
+/// Adds a label to the left of the field at `fieldFrame`.
 void dialogAddFieldName(NSPanel* panel, NSRect fieldFrame, CGFloat left, NSString* name);
 NSTextField* dialogAddField(NSPanel* panel, NSRect frame, BOOL isSecure);
-/// Adds a button that is pressed with `key` too; that of the return key looks like the one to press.
+/// Adds a button that `key` also presses; the return key's button looks like the default one.
 NSButton* dialogAddButton(NSPanel* panel, NSRect frame, NSString* title, NSString* key, id target,
                           SEL action);
 /// Adds OK and Cancel in the lower right corner, with their keys.
@@ -48,7 +48,7 @@ void dialogAddIcon(NSPanel* panel, NSRect frame, DialogIcon icon);
 CGFloat dialogButtonWidth(NSString* title);
 
 /// Shows the panel in front of everything, with the cursor in `field` (may be nil), until somebody stops the
-/// modal session. Returns that one's code; the panel is gone then.
+/// modal session. Returns its code; the panel is gone then.
 NSInteger dialogRun(NSPanel* panel, NSTextField* field);
-/// Empties the field, says `text` in `message`, and shakes the panel: that was wrong.
+/// Rejects an answer: empties the field, shows `text` in `message`, and shakes the panel.
 void dialogRefuse(NSPanel* panel, NSTextField* field, NSTextField* message, NSString* text);

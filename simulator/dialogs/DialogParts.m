@@ -3,7 +3,7 @@
 #import <objc/runtime.h>
 #import <unistd.h>
 
-// The looks of the uninstaller's window, so that all of it looks like one system.
+// The look of the uninstaller's window, so that everything looks like one system.
 static const CGFloat kCorner = 6;
 
 static NSColor* color(unsigned rgb) {

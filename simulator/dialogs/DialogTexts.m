@@ -80,7 +80,7 @@ static BOOL isLanguage(NSString* asked, NSString* known) {
     return [asked isEqualToString:known] || [asked hasPrefix:[known stringByAppendingString:@"-"]];
 }
 
-/// The texts of the first of the user's languages that is known; kEnglish when that is English or none is.
+/// The texts of the user's first known language; kEnglish if that is English or none is known.
 static NSString* const* textsOfUser(void) {
     NSArray* languages = userLanguages();
     for (NSUInteger index = 0; index < [languages count]; ++index) {
@@ -119,7 +119,7 @@ void dialogChooseFonts(void) {
         registerDefaults:[NSDictionary dictionaryWithObjectsAndKeys:[regular objectAtIndex:choice], @"NSFont",
                                                                     [bold objectAtIndex:choice],
                                                                     @"NSBoldFont", nil]];
-    // For letters that those do not have.
+    // For letters that those fonts lack.
     [NSFont setPreferredFontNames:[NSArray arrayWithObjects:[regular objectAtIndex:choice], @"DejaVuSans",
                                                             @"DroidSansFallback", nil]];
 }

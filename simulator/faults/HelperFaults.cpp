@@ -1,6 +1,6 @@
-// Preloaded into the installer helper when a fault of its reports or its pauses was asked for: counts or
+// Preloaded into the installer helper when a fault of its reports or its pauses was requested: counts or
 // drops the helper's progress reports, each of which is one send() whose bytes name the report's message, and
-// changes the length of its pauses, each of which is one nanosleep(). The helper knows nothing of it.
+// changes the length of its pauses, each of which is one nanosleep(). The helper does not notice.
 
 #include <cerrno>
 #include <cmath>

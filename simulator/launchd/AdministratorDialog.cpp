@@ -21,7 +21,7 @@ namespace {
 constexpr int kMaximumAnswers = 3;
 constexpr std::size_t kLongestPrompt = 1000;
 
-/// What people call the program: the application's name, or else the executable's.
+/// The name of the program for people: the application's, or else the executable's.
 std::string nameOfProgram(pid_t pid) {
     const std::string executable = executableOfProcess(pid).value_or("");
     const std::string bundle = bundleOfExecutable(executable);
@@ -67,7 +67,7 @@ void AdministratorDialog::open(const Caller& caller, const std::string& prompt, 
     isShown_ = false;
     wrongAnswers_ = 0;
     const auto user = machine_.user(session_.user);
-    // The rest of the text is not much longer, so that all of it fits into SecurityAgent's buffer.
+    // The rest of the text is not much longer, so all of it fits into SecurityAgent's buffer.
     const std::string separator(1, '\0');
     const std::string text = nameOfProgram(caller.pid) + separator + prompt.substr(0, kLongestPrompt) +
                              separator + (user && user->administrator ? user->name : "");
@@ -82,7 +82,7 @@ void AdministratorDialog::open(const Caller& caller, const std::string& prompt, 
 
 void AdministratorDialog::close() {
     if (agent_) {
-        // Its window goes with its connection to the display.
+        // Its window closes with its connection to the display.
         ::kill(*agent_, SIGKILL);
         // Gone before anybody is told: the answer may be the last thing that this Mac's command waits for.
         ::waitpid(*agent_, nullptr, 0);

@@ -30,7 +30,7 @@ inline constexpr std::int32_t kAuthorizationInteractionNotAllowed = -60007;
 ///   launchd:        "wrong"                    to an answer: once more, please. To a good one it is the end
 class AdministratorDialog {
   public:
-    /// Gets 0 or the OSStatus of the refusal.
+    /// Receives 0 or the OSStatus of the refusal.
     using Done = std::function<void(std::int32_t status)>;
 
     AdministratorDialog(EventLoop& loop, SystemLogFile& log, const Machine& machine, const Session& session);
@@ -38,13 +38,13 @@ class AdministratorDialog {
     AdministratorDialog& operator=(const AdministratorDialog&) = delete;
     ~AdministratorDialog() { close(); }
 
-    /// Whether a process may put a question to the person: it is one of the session's user, and the session
-    /// has a display.
+    /// Whether a process may ask the person: it belongs to the session's user, and the session has a
+    /// display.
     [[nodiscard]] bool canAsk(const Caller& caller) const;
     /// Opens the dialog on behalf of a process; `prompt` is its own addition to the text. `done` is called
-    /// from the event loop, when the dialog has gone.
+    /// from the event loop, once the dialog has gone.
     void open(const Caller& caller, const std::string& prompt, Done done);
-    /// Takes the dialog away; its `done` is never called.
+    /// Closes the dialog; its `done` is never called.
     void close();
     [[nodiscard]] bool isOpen() const { return done_ != nullptr; }
 

@@ -13,7 +13,7 @@
 
 namespace Simulator {
 
-/// What a process asks the security server for.
+/// A process's request to the security server.
 struct AuthorizationRequest {
     /// The Security framework's; 1 allows interaction.
     std::uint32_t flags = 0;
@@ -25,18 +25,18 @@ struct AuthorizationRequest {
 /// The security server: which process holds which authorization.
 class Authorizations {
   public:
-    /// Names a request while it is being decided on.
+    /// Identifies a request while it is being decided.
     using RequestId = std::uint64_t;
-    /// Gets 0 and the token of the session, or the OSStatus of the refusal.
+    /// Receives 0 and the token of the session, or the OSStatus of the refusal.
     using Done = std::function<void(std::int32_t status, const std::string& token)>;
 
     Authorizations(const Faults& faults, AdministratorDialog& dialog) : faults_(faults), dialog_(dialog) {}
 
     /// Decides on a request for rights and calls `done`, at once or when an administrator has answered. Root
-    /// gets what it asks for. For anybody else the administrator dialog opens, if the request allows that;
-    /// dialogs open one after another. `id` can ask one question at a time.
+    /// gets everything it requests. For anybody else the administrator dialog opens, if the request allows
+    /// that; dialogs open one after another. `id` can ask one question at a time.
     void authorize(RequestId id, const Caller& caller, const AuthorizationRequest& request, const Done& done);
-    /// Nobody waits for the request any more: its dialog goes, its `done` is not called.
+    /// Nobody waits for the request any more: its dialog closes, its `done` is not called.
     void abandon(RequestId id);
 
     /// Whether `token` was given to exactly this process.

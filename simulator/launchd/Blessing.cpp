@@ -19,7 +19,7 @@ constexpr std::size_t kMaximumHelper = 512U << 20U;
 constexpr const char* kHelperTools = "/Library/PrivilegedHelperTools/";
 constexpr const char* kDaemons = "/Library/LaunchDaemons/";
 
-/// Whether a code-signing requirement is about that identifier.
+/// Whether a code-signing requirement names that identifier.
 bool requirementNames(const PropertyList& requirement, const std::string& identifier) {
     if (!requirement.is_string()) {
         return false;
@@ -54,7 +54,7 @@ std::vector<std::uint64_t> numbersOf(const std::string& version) {
     return numbers;
 }
 
-/// A file that nobody but root can have made what it is and that root may execute.
+/// A file that nobody but root can have written and that root may execute.
 bool isRootsTool(const std::string& path) {
     struct stat status {};
     return ::lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) && status.st_uid == 0 &&
@@ -191,7 +191,7 @@ void Blessing::install(const std::string& label, const Helper& helper, const Don
         refuse(label, kSMErrorInternalFailure, "its files cannot be written", done);
         return;
     }
-    // An older job of that label goes first; that there is none is fine.
+    // An older job of that label goes first; there may be none.
     jobs_.bootout(DomainId{}, label, [this, label, plist, done](int) {
         if (const int code = jobs_.bootstrap(DomainId{}, plist); code != 0) {
             refuse(label, kSMErrorInternalFailure, "its job cannot be loaded", done);

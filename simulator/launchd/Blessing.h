@@ -23,15 +23,15 @@ inline constexpr int kSMErrorJobPlistNotFound = 8;
 /// SMPrivilegedExecutables, and the helper's embedded Info.plist must name the application under
 /// SMAuthorizedClients.
 ///
-/// As on a Mac, a helper that is installed already is replaced by one of a higher CFBundleVersion only: one
-/// of the same or a higher version stays as it is, its job undisturbed, running or not, and the blessing
-/// succeeds. It is replaced whatever its version when it is not whole: its tool, property list or job is
-/// missing or damaged. There are no signatures here that would tell a damaged tool; it is one that carries no
-/// property lists, that somebody other than root may write, or that differs from an offered one of the same
+/// As on a Mac, an installed helper is replaced only by one of a higher CFBundleVersion: one of the same
+/// or a higher version stays as it is, its job undisturbed, running or not, and the blessing succeeds. It
+/// is replaced whatever its version if it is incomplete: its tool, property list or job is missing or
+/// damaged. No signature reveals a damaged tool here: a tool counts as damaged if it carries no property
+/// lists, if somebody other than root may write to it, or if it differs from an offered one of the same
 /// version.
 class Blessing {
   public:
-    /// Gets 0 or the code, and words for people.
+    /// Receives 0 or the code, and words for people.
     using Done = std::function<void(int code, const std::string& text)>;
 
     Blessing(JobRegistry& jobs, SystemLogFile& log, const Authorizations& authorizations,

@@ -12,14 +12,14 @@ namespace Simulator {
 
 namespace {
 
-/// Whether only root can have made the item what it is.
+/// Whether only root can have written the item.
 bool isRootsAlone(const std::string& path) {
     struct stat status {};
     return ::lstat(path.c_str(), &status) == 0 && status.st_uid == 0 && !S_ISLNK(status.st_mode) &&
            (status.st_mode & (S_IWGRP | S_IWOTH)) == 0;
 }
 
-/// Whether the path that a process's executable claims to have leads to that executable.
+/// Whether the path that a process's executable claims really leads to that executable.
 bool runsFrom(pid_t pid, const std::string& executable) {
     struct stat running {};
     struct stat named {};

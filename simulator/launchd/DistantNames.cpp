@@ -9,7 +9,7 @@ namespace Simulator {
 std::optional<DistantNames::Owner> DistantNames::processOf(const std::string& label) const {
     const Job* job = jobs_.find(DomainId{}, label);
     const auto start = job != nullptr && job->pid ? startOfProcess(*job->pid) : std::nullopt;
-    // A process that has ended and is yet to be reaped has no executable any more.
+    // A process that has ended but is not yet reaped has no executable any more.
     return start && executableOfProcess(*job->pid) ? std::optional(Owner{*job->pid, *start}) : std::nullopt;
 }
 

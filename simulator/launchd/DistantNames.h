@@ -12,8 +12,8 @@
 
 namespace Simulator {
 
-/// The names under which running jobs of the system offer distant objects. A name is there exactly as long as
-/// the process of its job.
+/// The names under which running jobs of the system offer distant objects. A name exists exactly as long as
+/// its job's process.
 class DistantNames {
   public:
     struct Owner {

@@ -14,13 +14,13 @@ class EventLoop {
     using Callback = std::function<void()>;
     using Timer = std::uint64_t;
 
-    /// Calls `ready` whenever `fd` has something to read or was hung up, until `unwatch`.
+    /// Calls `ready` whenever `fd` is readable or was hung up, until `unwatch`.
     void watch(int fd, Callback ready);
     void unwatch(int fd);
 
     /// Calls `expired` once, after `delay`.
     Timer after(std::chrono::milliseconds delay, Callback expired);
-    /// A timer that has expired or was cancelled is ignored.
+    /// Ignores a timer that has expired or was cancelled.
     void cancel(Timer timer);
 
     /// Runs until `stop`; returns its value.

@@ -10,15 +10,15 @@
 
 namespace Simulator {
 
-/// When a job is started again after it has ended.
+/// Whether a job is started again after it has ended.
 enum class KeepAlive { no, always, afterFailure, afterSuccess };
 
-/// What a launchd property list says.
+/// The contents of a launchd property list.
 struct JobDefinition {
     std::string label;
     /// The executable; absolute.
     std::string program;
-    /// With the name that the program sees as its own in front.
+    /// Begins with the name that the program sees as its own.
     std::vector<std::string> arguments;
     bool runAtLoad = false;
     bool disabled = false;
@@ -44,7 +44,7 @@ inline constexpr int kServiceDisabled = 119;
 inline constexpr int kBadOwnership = 122;
 inline constexpr int kDomainRefuses = 125;
 
-/// The job that a dictionary describes; nothing, with `why` set, when it describes none.
+/// The job that a dictionary describes; nothing, with `why` set, if it describes none.
 [[nodiscard]] std::optional<JobDefinition> makeJobDefinition(const PropertyList& dictionary,
                                                              std::string& why);
 

@@ -116,7 +116,7 @@ std::map<std::string, std::string> JobRegistry::environment(const Job& job) cons
     const bool mute = session_.faults.contains("helper-mute");
     if (job.definition.label == kInstallerHelperLabel && (exitAfter || pause || mute)) {
         result["LD_PRELOAD"] = std::string(kHelperFaultsLibrary);
-        // A sanitized helper minds that its run-time is not the first library.
+        // A sanitized helper insists that its run-time is the first library.
         result["ASAN_OPTIONS"] +=
             (result["ASAN_OPTIONS"].empty() ? "" : ":") + std::string("verify_asan_link_order=0");
         if (exitAfter) {
@@ -163,7 +163,7 @@ void JobRegistry::start(Job& job) {
     log_.write("Job " + job.definition.label + " cannot be started: " + request.program + ": " +
                std::strerror(error));
     if (job.onDemand()) {
-        // Whoever is waiting for the service learns that nobody will come.
+        // Anybody who is waiting for the service learns that it will not come.
         startLater(job, std::chrono::seconds(job.definition.throttleInterval));
     }
 }
@@ -182,7 +182,7 @@ void JobRegistry::startLater(Job& job, milliseconds delay) {
 void JobRegistry::reaped(pid_t pid, int status) {
     for (const auto& [key, job] : jobs_) {
         if (job->pid == pid) {
-            // What the job has left behind in its session goes with it.
+            // Everything that the job has left behind in its session goes with it.
             ::kill(-pid, SIGKILL);
             ended(*job, status);
             return;

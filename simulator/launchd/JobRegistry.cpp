@@ -127,8 +127,7 @@ void JobRegistry::bootout(const DomainId& domain, const std::string& label, std:
         return;
     }
     job->state = Job::State::stopping;
-    // First, so that nobody comes to a process that has been asked to go; who has connected may still be
-    // served.
+    // First, so that nobody reaches a process that has been asked to go; connected peers may still be served.
     withdrawServices(*job);
     ::kill(*job->pid, SIGTERM);
     const pid_t pid = *job->pid;

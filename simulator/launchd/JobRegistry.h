@@ -25,7 +25,7 @@ struct DomainId {
 
     /// "system" or "gui/501".
     [[nodiscard]] std::string name() const;
-    /// As messages have it: "system" or "user gui: 501".
+    /// As in messages: "system" or "user gui: 501".
     [[nodiscard]] std::string description() const;
 
     friend auto operator<=>(const DomainId&, const DomainId&) = default;
@@ -40,14 +40,14 @@ struct Job {
     std::string plist;
     State state = State::waiting;
     std::optional<pid_t> pid;
-    /// Listening sockets of the mach services, in the order of their names; the job's own while it runs.
+    /// Listening sockets of the mach services, in the order of their names; held by the job while it runs.
     std::vector<std::string> serviceNames;
     std::vector<Descriptor> services;
     std::chrono::steady_clock::time_point started{};
     std::optional<EventLoop::Timer> timer;
     /// Start again as soon as the process has gone (kickstart -k).
     bool restart = false;
-    /// Who waits for the job to be gone.
+    /// Called when the job is gone.
     std::vector<std::function<void(int)>> waiting;
 
     [[nodiscard]] bool onDemand() const { return !services.empty(); }
@@ -59,8 +59,8 @@ class JobRegistry {
   public:
     JobRegistry(EventLoop& loop, SystemLogFile& log, const Machine& machine, const Session& session);
 
-    /// Makes the domains and loads what lies in /Library/LaunchDaemons and /Library/LaunchAgents; a broken or
-    /// disabled property list is passed over with a line in the log.
+    /// Makes the domains and loads the contents of /Library/LaunchDaemons and /Library/LaunchAgents; a broken
+    /// or disabled property list is passed over with a line in the log.
     void boot();
 
     [[nodiscard]] bool hasDomain(const DomainId& domain) const;
@@ -70,21 +70,21 @@ class JobRegistry {
 
     /// Registers the job of a property list and starts it if it runs at load.
     int bootstrap(const DomainId& domain, const std::string& plist);
-    /// Ends a job and forgets it; `done` is called when its process has gone, at once if that is refused.
+    /// Ends a job and forgets it; `done` is called when its process has gone, or at once if that is refused.
     /// Its mach services cannot be found any more from this call on.
     void bootout(const DomainId& domain, const std::string& label, std::function<void(int)> done);
-    /// Calls `done` when the removal of a job has ended that is under way; at once when none is.
+    /// Calls `done` when the current removal of a job has ended; at once if there is none.
     void afterRemoval(const DomainId& domain, const std::string& label, const std::function<void()>& done);
     int setEnabled(const DomainId& domain, const std::string& label, bool enabled);
-    /// What was enabled (false) or disabled (true) by hand, by label.
+    /// Manual overrides, by label: false for enabled, true for disabled.
     [[nodiscard]] const std::map<std::string, bool>& overrides(const DomainId& domain) const;
     int kickstart(const DomainId& domain, const std::string& label, bool killFirst);
     int kill(const DomainId& domain, const std::string& label, int signal);
 
-    /// To be called for every child that ended.
+    /// Called for every child that ended.
     void reaped(pid_t pid, int status);
 
-    /// Labels of the jobs that mach messages have started and that still run.
+    /// Labels of the jobs that were started by mach messages and still run.
     [[nodiscard]] std::vector<std::string> runningOnDemandJobs() const;
 
   private:

@@ -6,7 +6,7 @@
 
 namespace Simulator {
 
-/// What launchctl prints and exits with.
+/// launchctl's output and exit status.
 struct LaunchctlReply {
     int status = 0;
     std::string out;
@@ -21,13 +21,13 @@ inline constexpr int kNotPermitted = 1;
 
 /// "WHAT: CODE: words", with the code as exit status.
 [[nodiscard]] LaunchctlReply failed(const std::string& what, int code);
-/// How to call a verb.
+/// The usage of a verb.
 [[nodiscard]] LaunchctlReply usage(const std::string& text);
-/// The same after a target that is none.
+/// The same after an invalid target.
 [[nodiscard]] LaunchctlReply badTarget(const std::string& text);
 [[nodiscard]] LaunchctlReply noService(const DomainId& domain, const std::string& label);
 [[nodiscard]] LaunchctlReply noDomain(const std::string& text);
-/// What a verb's failure begins with.
+/// The beginning of a verb's failure message.
 [[nodiscard]] std::string phrase(const std::string& verb);
 
 }  // namespace Simulator

@@ -19,7 +19,7 @@ class LaunchctlVerbs {
 
     LaunchctlVerbs(EventLoop& loop, JobRegistry& jobs, const Faults& faults);
 
-    /// Carries out a call; `done` gets its reply, at once or later.
+    /// Carries out a call; `done` receives its reply, at once or later.
     void run(const Caller& caller, const Arguments& arguments, const Done& done);
 
   private:
@@ -27,7 +27,7 @@ class LaunchctlVerbs {
     struct Target {
         DomainId domain;
         std::string label;
-        /// A domain that a Mac can have; other kinds (login/..., pid/...) are recognised and never there.
+        /// A domain that a Mac can have; other kinds (login/..., pid/...) are recognised but never exist.
         bool known = true;
     };
     using Verb = void (LaunchctlVerbs::*)(const Caller&, const Arguments&, const Done&);

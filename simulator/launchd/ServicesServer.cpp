@@ -33,7 +33,7 @@ std::vector<std::string> split(std::string_view packet) {
     }
 }
 
-/// Joins fields; the longest is cut when they do not fit into one packet.
+/// Joins fields; the longest is cut if they do not fit into one packet.
 std::string join(std::vector<std::string> fields) {
     std::size_t total = fields.size();
     std::string* longest = &fields.front();
@@ -77,7 +77,7 @@ void ServicesServer::accept() {
         return;
     }
     if (connections_.size() >= kMaximumConnections) {
-        // Somebody opens connections and leaves them lying about: the oldest goes.
+        // A process opens connections and abandons them: the oldest goes.
         close(connections_.begin()->first);
     }
     const ConnectionId id = next_++;

@@ -13,8 +13,8 @@
 
 namespace Simulator {
 
-/// The services socket (Platform/Linux/MacServices.h): reads requests, hands each to the service that it is
-/// for, sends the reply. A request that makes no sense ends its connection.
+/// The services socket (Platform/Linux/MacServices.h): reads requests, hands each to its service, sends the
+/// reply. An invalid request ends its connection.
 class ServicesServer {
   public:
     struct Services {
@@ -41,7 +41,7 @@ class ServicesServer {
     void accept();
     void receive(ConnectionId id);
     void close(ConnectionId id);
-    /// Whether the request was one; its reply may come later.
+    /// Whether the request was valid; its reply may come later.
     [[nodiscard]] bool handle(ConnectionId id, const Caller& caller, const Fields& request);
     [[nodiscard]] bool authorize(ConnectionId id, const Caller& caller, const Fields& request);
     void identify(ConnectionId id, const std::string& process);

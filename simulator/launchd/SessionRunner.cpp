@@ -19,8 +19,8 @@ using namespace std::chrono_literals;
 
 constexpr auto kPoll = 20ms;
 
-/// A job that had itself booted out leaves the tool that it asked with: gone in a moment, and no part of the
-/// end state.
+/// A job that had itself booted out leaves the tool behind that it asked with: gone in a moment, and not part
+/// of the end state.
 bool launchctlRuns() {
     const std::vector<pid_t> processes = allProcesses();
     return std::any_of(processes.begin(), processes.end(),

@@ -15,13 +15,13 @@ class SessionRunner {
     SessionRunner(EventLoop& loop, SystemLogFile& log, const JobRegistry& jobs, const Machine& machine,
                   const Session& session);
 
-    /// Starts the programs that run from the start, then the command. `settled` gets the command's exit
-    /// status (128 + n after signal n, 126 or 127 when it could not be started) when no on-demand job runs
-    /// any more, at the latest when the session's time to wait after the command is over; jobs that are cut
-    /// off then are a line each on standard error.
+    /// Starts the initially running programs, then the command. `settled` receives the command's exit status
+    /// (128 + n after signal n, 126 or 127 if it could not be started) once no on-demand job runs any more,
+    /// or when the session's waiting time after the command is over; each job that is cut off then is a line
+    /// on standard error.
     void start(std::function<void(int status)> settled);
 
-    /// To be called for every child that ended.
+    /// Called for every child that ended.
     void reaped(pid_t pid, int status);
 
   private:

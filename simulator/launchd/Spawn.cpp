@@ -114,12 +114,12 @@ std::optional<pid_t> spawn(const SpawnRequest& request, int& error) {
     if (child < 0) {
         return std::nullopt;
     }
-    // Ends without a byte when the program has taken over.
+    // Ends without a byte once the program has taken over.
     ssize_t count = 0;
     do {
         count = ::read(input.get(), &error, sizeof error);
     } while (count < 0 && errno == EINTR);
-    // The child that failed is reaped like any other.
+    // The failed child is reaped like any other.
     return count == 0 ? std::optional(child) : std::nullopt;
 }
 

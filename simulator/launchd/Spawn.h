@@ -15,15 +15,15 @@ struct SpawnRequest {
     std::string program;
     std::vector<std::string> arguments;
     std::map<std::string, std::string> environment;
-    /// "/" when it is empty or cannot be entered.
+    /// "/" if it is empty or cannot be entered.
     std::string workingDirectory;
     std::uint32_t uid = 0;
     /// Whether the user is in the administrators' group.
     bool administrator = false;
     /// Descriptors that become 3, 4, ...
     std::vector<int> services;
-    /// Keeps standard input, output, error, session and terminal; otherwise they are /dev/null and a session
-    /// of its own.
+    /// Keeps standard input, output, error, session and terminal; otherwise they are /dev/null and a new
+    /// session.
     bool attached = false;
     /// Looks `program` up in the environment's PATH.
     bool search = false;

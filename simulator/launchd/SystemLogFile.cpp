@@ -20,7 +20,7 @@ namespace {
 constexpr const char* kLogSocket = "/dev/log";
 constexpr std::size_t kMaximumEntry = 1U << 18U;
 
-/// What a syslog datagram says, without its priority and time.
+/// The contents of a syslog datagram, without its priority and time.
 struct Entry {
     std::string_view program;
     std::string_view text;
@@ -76,7 +76,7 @@ std::string timeOfDay() {
     return text.data();
 }
 
-/// Control characters as ^X, but for line feeds and tabs: programs may log several lines.
+/// Control characters as ^X, except line feeds and tabs: programs may log several lines.
 std::string harmless(std::string_view text) {
     std::string result;
     for (const char each : text) {

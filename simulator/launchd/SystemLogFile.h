@@ -8,10 +8,10 @@
 
 namespace Simulator {
 
-/// The system log: takes what programs send to /dev/log and appends it to /var/log/system.log.
+/// The system log: receives everything that programs send to /dev/log and appends it to /var/log/system.log.
 ///
 /// An entry is "Nov 21 08:00:00 Mac NAME[PID]: text"; the process id is the kernel's, not the sender's claim;
-/// a text with line breaks is written as it is, any other control character as ^X.
+/// line breaks in a text stay, any other control character is written as ^X.
 class SystemLogFile {
   public:
     explicit SystemLogFile(EventLoop& loop);

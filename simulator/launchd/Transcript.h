@@ -8,13 +8,13 @@
 
 namespace Simulator {
 
-/// What the tools of a Mac (launchctl, lsregister, installer) were called with, and by whom: one JSON object
-/// a line in /var/macsim/transcript.jsonl, in the order of the calls. Begins anew with every boot.
+/// The calls of a Mac's tools (launchctl, lsregister, installer), and their callers: one JSON object per line
+/// in /var/macsim/transcript.jsonl, in the order of the calls. Starts over with every boot.
 class Transcript {
   public:
     [[nodiscard]] bool open();
 
-    /// Writes down one call of the tool that `caller` is. Its user ids are the kernel's: what the tool
+    /// Records one call of the tool `caller`. Its user ids are the kernel's: those that the tool
     /// inherited.
     void record(const Caller& caller, const std::vector<std::string>& arguments);
 

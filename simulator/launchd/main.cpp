@@ -27,7 +27,7 @@ int cannotBoot(const std::string& why) {
 }
 
 Descriptor watchChildren() {
-    // A process 1 is not ended by signals that it does not handle; the terminal's are for the command.
+    // Signals that a process 1 does not handle do not end it; the terminal's are for the command.
     ::signal(SIGPIPE, SIG_IGN);
     sigset_t children;
     ::sigemptyset(&children);
@@ -45,7 +45,7 @@ void clearRunFolders() {
     ::chmod(services.c_str(), 0755);
 }
 
-/// Uses up what little room the fault disk-full leaves.
+/// Uses up the little room that the fault disk-full leaves.
 void fillRuntimeDisk() {
     const std::string path = std::string(kRuntimeFolder) + "/.full";
     const Descriptor file(::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
@@ -114,7 +114,7 @@ int main() {
         std::cerr << "launchd: is process 1 of a simulated Mac; use macsim run\n";
         return kCannotBoot;
     }
-    // Files get the modes that they are given, sockets those that everybody may use.
+    // Files get exactly the modes requested for them, and everybody may use the sockets.
     ::umask(022);
     const auto machineText = readFile(std::string(kMachineFile));
     const auto sessionText = readFile(std::string(kSessionFile));

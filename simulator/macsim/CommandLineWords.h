@@ -8,8 +8,8 @@ class App;
 
 namespace Simulator {
 
-/// What to say about the first word that a command line has and nobody expected, with what was probably
-/// meant; `otherwise` when every word was expected.
+/// The message about the first unexpected word on a command line, with the word that was probably meant;
+/// `otherwise` if every word was expected.
 [[nodiscard]] std::string unexpectedWord(const CLI::App& app, const std::string& otherwise);
 
 /// For the help: every fault, and every generation of the product.

@@ -12,7 +12,7 @@ struct CreateOptions {
     std::string folder;
     /// Generations of the product, in the order of the command line.
     std::vector<std::string> installed;
-    /// Says explicitly that there are none.
+    /// States explicitly that there are none.
     bool empty = false;
     std::string shortVersion;
     std::string build;
@@ -35,11 +35,11 @@ struct RunOptions {
     std::string folder;
     std::string user = "root";
     Faults faults;
-    /// Of `user` from now on; empty for those that he has.
+    /// For `user` from now on; empty to keep the current ones.
     std::vector<std::string> languages;
     /// ":N", "host" for the one in the environment, or empty for none.
     std::string display;
-    /// Seconds that helpers may go on after the command has ended.
+    /// Seconds that helpers may continue after the command has ended.
     unsigned wait = kUsualWait;
     std::vector<std::string> command;
 };
@@ -72,9 +72,9 @@ int printFaults();
 int printGenerations();
 int deleteMac(const std::string& folder);
 
-/// "NAME:UID", with ":admin" or ":logged-out" or both behind it, comma-separated. Without a user marked as
-/// administrator the first one is. A password is "USER=WORD"; a user's own name by default. Throws a Refusal
-/// for anything else.
+/// "NAME:UID", optionally followed by ":admin" or ":logged-out" or both, comma-separated. If no user is
+/// marked as administrator the first one is. A password is "USER=WORD"; a user's own name by default. Throws
+/// a Refusal for anything else.
 [[nodiscard]] std::vector<User> parseUsers(const std::string& text,
                                            const std::vector<std::string>& passwords);
 /// Languages as "de-AT", comma-separated; throws a Refusal for anything else.

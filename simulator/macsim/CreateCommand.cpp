@@ -117,7 +117,7 @@ int createMac(const CreateOptions& given) {
     buildPreferences(mac, options.users, options.languages);
     buildProduct(mac, options);
     buildParentalControl(mac, options.parentalControl);
-    // Nobody in the Mac has to see the passwords' hashes.
+    // Nobody in the Mac needs to see the passwords' hashes.
     mac.file(std::string(kMachineFile), encode(describe(mac, options)), {0600});
     workshop.finish();
     return 0;

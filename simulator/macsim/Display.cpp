@@ -21,13 +21,12 @@ namespace {
 constexpr const char* kHost = "host";
 constexpr std::string_view kAnyHost = "\xff\xff";
 
-/// Takes X authority entries apart: a family, then four texts with their lengths, all numbers in two bytes.
+/// Parses X authority entries: a family, then four texts with their lengths, all numbers in two bytes.
 class Cookies {
   public:
     explicit Cookies(std::string_view bytes) : bytes_(bytes) {}
 
-    /// The next entry's address, display number, kind and cookie. False at the end or where the file is
-    /// broken.
+    /// The next entry's address, display number, kind and cookie. False at the end or if the file is broken.
     bool next(std::string_view (&texts)[4]) {
         if (bytes_.size() < 2) {
             return false;

@@ -40,7 +40,7 @@ void printList(const char* title, const Json& list) {
     }
 }
 
-/// Why a Mac has no recorded state. A run takes the last one's away when it begins.
+/// The reason why a Mac has no recorded state. Every run removes the previous one when it begins.
 Refusal notRecorded(const MacRoot& mac, const std::string& folder) {
     const Descriptor lock = mac.open(kLockFile, O_RDONLY);
     const bool isRunning =
@@ -163,7 +163,7 @@ int deleteMac(const std::string& folder) {
     if (lock.valid() && ::flock(lock.get(), LOCK_EX | LOCK_NB) != 0) {
         throw Refusal(folder + " is running");
     }
-    // An item stays immutable when the run that made it so was killed.
+    // An item stays immutable if the run that made it so was killed.
     const auto session = decodeSession(mac.read(kSessionFile).value_or(""));
     const auto path = session ? faultValue(session->faults, "immutable") : std::nullopt;
     if (path) {

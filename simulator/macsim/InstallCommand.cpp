@@ -21,10 +21,10 @@ namespace {
 
 constexpr const char* kInstaller = "Install Sentrel.app";
 constexpr const char* kVolumes = "/Volumes";
-/// Where the installer's disk image is, as the Mac sees it.
+/// The path of the installer's disk image inside the Mac.
 constexpr const char* kVolume = "/Volumes/Install Sentrel";
 
-/// The installer and its payload in a Mac that does not run; gone at the end.
+/// The installer and its payload in a Mac that does not run; removed at the end.
 class InstallerVolume {
   public:
     explicit InstallerVolume(const MacRoot& mac) : folder_(mac.folder() + kVolume) {
@@ -33,7 +33,7 @@ class InstallerVolume {
         if (!mac.open(kVolumes, O_RDONLY | O_DIRECTORY | O_NOFOLLOW).valid()) {
             throw Refusal(std::string("cannot use ") + kVolumes + " of the Mac: " + std::strerror(errno));
         }
-        // A run that was killed may have left an older one.
+        // A killed run may have left an older one.
         remove();
     }
     InstallerVolume(const InstallerVolume&) = delete;

@@ -111,7 +111,7 @@ void MacBuilder::copyFolder(const std::string& source, const std::string& path) 
     if (error) {
         failed(path, error);
     }
-    // Installed items are root's alone, whatever the umask of the build was.
+    // Only root can change installed items, whatever the umask of the build was.
     const auto protect = [](const fs::path& item) {
         fs::permissions(
             item, fs::perms::group_write | fs::perms::others_write | fs::perms::set_uid | fs::perms::set_gid,

@@ -15,7 +15,7 @@ struct Access {
     std::uint32_t gid = 0;
 };
 
-/// Says on standard error how many files there are so far, when that is a terminal and there are many. The
+/// Shows on standard error how many files there are so far, if that is a terminal and there are many. The
 /// line is wiped at the end.
 class FileProgress {
   public:
@@ -32,10 +32,10 @@ class FileProgress {
 };
 
 /// Lays down files below a new root that nobody else uses yet. Paths are the Mac's own; missing parents are
-/// made (root, 0755). Every operation throws a Refusal when it fails.
+/// made (root, 0755). Every operation throws a Refusal if it fails.
 class MacBuilder {
   public:
-    /// `root` exists and is empty; `programs` is where the simulator's own programs were built.
+    /// `root` exists and is empty; `programs` is the folder where the simulator's own programs were built.
     MacBuilder(std::string root, std::string programs)
         : root_(std::move(root)), programs_(std::move(programs)) {}
 
@@ -61,7 +61,7 @@ class MacBuilder {
 
     std::string root_;
     std::string programs_;
-    /// The folder that was made sure of last: many files lie side by side.
+    /// The last folder known to exist: many files lie side by side.
     std::string lastParent_ = "/";
     FileProgress progress_;
 };

@@ -17,7 +17,7 @@ namespace Simulator {
 
 namespace {
 
-/// 0 when a child process could unshare `flags`, or its errno.
+/// 0 if a child process could unshare `flags`, or its errno.
 int tryUnshare(int flags) {
     const pid_t child = ::fork();
     if (child == 0) {

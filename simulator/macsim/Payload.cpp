@@ -29,7 +29,7 @@ namespace {
 
 constexpr const char* kShortVersion = "CFBundleShortVersionString";
 constexpr const char* kBuild = "CFBundleVersion";
-/// Where the product is laid down before its parts are taken to their places in the payload.
+/// Where the product is laid down before its parts move to their places in the payload.
 constexpr const char* kStaging = "/.staging";
 
 /// The console's Info.plist in a payload.
@@ -110,7 +110,7 @@ int makePayload(const PayloadOptions& options) {
     product.realSize = options.realSize;
     product.uninstaller = ownBundle("Uninstall Sentrel.app");
     buildInstallableProduct(staging, product);
-    // What is built beside macsim has the build's version; in the product all parts have the same.
+    // The uninstaller built beside macsim has the build's version; in the product all parts have the same.
     const auto uninstaller = NorvikCommon::ComponentPathProvider::uninstaller().bundle.value();
     setBundleVersion(staging.hostPath(pathOf(uninstaller.location)), {options.shortVersion, options.build});
     for (const PayloadItem& item : payloadItems()) {

@@ -21,11 +21,11 @@ struct BundleVersion {
     std::string build;
 };
 
-/// The version of the product in a payload. Throws a Refusal that names what is missing when `folder` is no
+/// The version of the product in a payload. Throws a Refusal that names the missing item if `folder` is not a
 /// payload.
 [[nodiscard]] BundleVersion versionOfPayload(const std::string& folder);
 
-/// Gives a bundle another version. Throws a Refusal when its Info.plist cannot be rewritten.
+/// Gives a bundle another version. Throws a Refusal if its Info.plist cannot be rewritten.
 void setBundleVersion(const std::string& bundle, const BundleVersion& version);
 
 }  // namespace Simulator

@@ -13,14 +13,14 @@ namespace Simulator {
 void buildPreferences(MacBuilder& mac, const std::vector<User>& users,
                       const std::vector<std::string>& languages);
 
-/// Changes the languages of one user of a Mac that does not run and leaves his other preferences. Throws a
-/// Refusal when that fails.
+/// Changes the languages of one user of a Mac that does not run and keeps the user's other preferences.
+/// Throws a Refusal if that fails.
 void setLanguages(const MacRoot& mac, const User& user, const std::vector<std::string>& languages);
 
 /// The password that lifts the parental-control lock.
 inline constexpr const char* kParentalControlPassword = "sentrel";
 
-/// Notes for the maker's framework how the parental-control lock stands: "off", "on" or "refused".
+/// Records the state of the parental-control lock for the maker's framework: "off", "on" or "refused".
 void buildParentalControl(MacBuilder& mac, const std::string& state);
 
 }  // namespace Simulator

@@ -19,7 +19,7 @@ class ProductBundles {
     /// The same for a plain executable, which lies at `executable` instead of its own place if that is not
     /// empty.
     void daemon(const NorvikCommon::DaemonInfo& daemon, const std::string& executable = "");
-    /// With its job, which is kept alive until it ends well.
+    /// With its job, which is kept alive until it exits successfully.
     void agent(const NorvikCommon::BundleDaemonInfo& agent);
     /// A privileged helper tool with its on-demand job.
     void helperTool(const NorvikCommon::DaemonInfo& tool);

@@ -17,7 +17,7 @@ namespace {
 constexpr std::size_t kBlock = 8U << 20U;
 constexpr std::size_t kSmallBases = 262144;
 
-/// Bytes that no file system makes smaller, the same on every run.
+/// Bytes that no file system compresses, the same on every run.
 std::string randomBlock() {
     std::mt19937_64 random(6401);
     std::string block(kBlock, '\0');

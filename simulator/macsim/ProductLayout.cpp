@@ -59,7 +59,7 @@ class Generations {
         }
     }
 
-    /// What every generation has.
+    /// The parts that every generation has.
     void common() {
         for (const auto& tool : Paths::auxiliaryHelperTools()) {
             bundles_.helperTool(tool);
@@ -95,7 +95,7 @@ class Generations {
     void plainDaemon() {
         const auto& daemon = Paths::legacyVersionsDaemons().at(1);
         const std::string path = pathOf(daemon.executable.value().location);
-        // The folder generation has a folder at this very place: there the daemon moves into it.
+        // The folder generation has a folder at this very place: then the daemon moves into it.
         const bool isFolder = std::find(options_.installed.begin(), options_.installed.end(), "snt-folder") !=
                               options_.installed.end();
         bundles_.daemon(daemon, isFolder ? path + "/" + daemon.executable->name.value() : "");

@@ -15,19 +15,19 @@ namespace Simulator {
 [[nodiscard]] std::span<const std::string_view> generations();
 
 /// Lays down the generations that `options` names, with the catalogue's names and places: bundles,
-/// executables, job property lists, workflows, data folders, helper tools. Where two generations use one path
-/// as a file and as a folder, it becomes the folder; of other things at one path, the later generation's
+/// executables, job property lists, workflows, data folders, helper tools. If two generations use one path
+/// as a file and as a folder, it becomes the folder; in any other conflict, the later generation's item
 /// stays.
 void buildProduct(MacBuilder& mac, const CreateOptions& options);
 
-/// Lays down what an installation of the current generation brings, where it will be: the console with
-/// everything that it carries, the jobs' property lists, the Finder service, the first settings and
-/// databases; the console's help and the databases of realistic amount if `options` asks for it. Of `options`
+/// Lays down the result of installing the current generation, in its final places: the console with
+/// everything that it contains, the jobs' property lists, the Finder service, the first settings and
+/// databases; the console's help and the databases in realistic amount if `options` asks for it. Of `options`
 /// only versions, size and uninstaller count.
 void buildInstallableProduct(MacBuilder& mac, const CreateOptions& options);
 
-/// Executables of the product's applications that are there; several when more than one generation has the
-/// name. For "all", every application but the uninstaller.
+/// Existing executables of the product's applications; several if more than one generation has the name. For
+/// "all", every application except the uninstaller.
 [[nodiscard]] std::vector<std::string> installedApplications(const MacBuilder& mac, const std::string& name);
 
 /// The names that the product's daemon registers for its objects, by the label of its job.

@@ -5,7 +5,7 @@
 
 namespace Simulator {
 
-/// Why macsim does not do what it was told; its text is the one line that the user gets. Thrown and caught
+/// The reason why macsim refuses an order; its text is the one line that the user gets. Thrown and caught
 /// within macsim.
 class Refusal : public std::runtime_error {
   public:

@@ -24,7 +24,7 @@ namespace Simulator {
 
 namespace {
 
-/// Environment of the host that says something about the terminal or the build, not about the host.
+/// Environment of the host that describes the terminal or the build, not the host.
 constexpr const char* kPassedOn[] = {"TERM",         "LANG",          "LC_ALL",       "COLUMNS",     "LINES",
                                      "ASAN_OPTIONS", "UBSAN_OPTIONS", "LSAN_OPTIONS", "TSAN_OPTIONS"};
 
@@ -90,7 +90,7 @@ Session makeSession(const MacRoot& mac, const RunOptions& options) {
     return session;
 }
 
-/// Starts the sandbox and waits for its end; a request to end goes to it.
+/// Starts the sandbox and waits for its end; passes a request to end on to it.
 int runSandbox(const std::vector<std::string>& command) {
     sigset_t handled;
     ::sigemptyset(&handled);
@@ -99,7 +99,7 @@ int runSandbox(const std::vector<std::string>& command) {
     }
     sigset_t before;
     ::sigprocmask(SIG_BLOCK, &handled, &before);
-    // What is typed at the terminal is for the command alone.
+    // Input from the terminal is for the command alone.
     ::signal(SIGINT, SIG_IGN);
     ::signal(SIGQUIT, SIG_IGN);
     const pid_t child = ::fork();

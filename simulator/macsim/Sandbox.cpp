@@ -15,7 +15,7 @@ void add(Words& command, const Words& words) {
     command.insert(command.end(), words.begin(), words.end());
 }
 
-/// Room for the one file that makes the disk full.
+/// Room for the one file that fills the disk.
 constexpr const char* kTinyDisk = "16384";
 
 }  // namespace

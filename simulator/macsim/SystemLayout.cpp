@@ -96,7 +96,8 @@ void buildSettings(MacBuilder& mac) {
 }  // namespace
 
 const std::vector<std::string>& borrowedFolders() {
-    // The last three are for programs with windows: fonts, and where their framework looks for its parts.
+    // The last three are for programs with windows: fonts, and the places where their framework looks for its
+    // parts.
     static const std::vector<std::string> folders{
         "/usr/bin",     "/usr/lib",          "/usr/lib64", "/usr/share",
         "/usr/libexec", "/etc/alternatives", "/etc/fonts", "/var/cache/fontconfig",

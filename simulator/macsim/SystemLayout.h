@@ -7,12 +7,12 @@
 
 namespace Simulator {
 
-/// Whether this build has what shows dialogs in a Mac: the program that asks for a password, the maker's
+/// Whether this build can show dialogs in a Mac: it has the program that asks for a password and the maker's
 /// frameworks.
 inline constexpr bool kHasDialogs = SIMULATOR_HAS_DIALOGS != 0;
 
-/// Lays down the Mac itself: its folders, users, tools, and the mount points of what it borrows from the
-/// host.
+/// Lays down the Mac itself: its folders, users, tools, and the mount points of everything that it borrows
+/// from the host.
 void buildSystem(MacBuilder& mac, const std::vector<User>& users);
 
 /// Folders of the host that every simulated Mac sees, read-only, under the same path.

@@ -22,14 +22,14 @@ namespace Simulator {
 
 namespace {
 
-/// What the command line asked for: its action, and what that needs of the kernel.
+/// The action that the command line asks for, and its needs of the kernel.
 struct Action {
     std::function<int()> run;
     bool needsUserIds = false;
     bool boots = false;
 };
 
-/// Takes "SHORT/BUILD" apart.
+/// Splits "SHORT/BUILD".
 void readVersion(const std::string& text, std::string& shortVersion, std::string& build) {
     const std::size_t slash = text.find('/');
     if (slash == 0 || slash == std::string::npos || slash + 1 == text.size()) {
@@ -203,7 +203,7 @@ int run(int argc, char** argv) {
     } catch (const CLI::ExtrasError& extra) {
         throw Refusal(unexpectedWord(app, extra.what()), Refusal::kMisuse);
     } catch (const CLI::RequiredError& missing) {
-        // A word that nobody knows says more than what is missing because of it.
+        // An unknown word explains more than the option that is missing because of it.
         throw Refusal(unexpectedWord(app, missing.what()), Refusal::kMisuse);
     } catch (const CLI::ParseError& error) {
         throw Refusal(error.what(), Refusal::kMisuse);

@@ -1,5 +1,5 @@
 // Stands for every application, agent and daemon of the product in a simulated Mac: runs under whatever name
-// it was copied to and idles until somebody ends it. As a job with mach services it serves nobody: it takes
+// it was copied to and idles until somebody ends it. As a job with mach services it serves nobody: it accepts
 // every caller, hangs up, and leaves when nobody has called for a second. Uses the C library only, so that a
 // copy stays small.
 

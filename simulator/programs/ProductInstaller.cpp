@@ -73,7 +73,7 @@ int install(const Request& request) {
         });
     client.install(Base::URL::fileURL(request.payload), Simulator::kApplicationsFolder,
                    Simulator::kLaunchdJobsFolder, Simulator::kSupportFilesFolder);
-    // No list is empty: without a weight none was made.
+    // No list is empty: a weight of 0 means that none was made.
     if (client.totalCommandsWeight() == 0) {
         return fail(kFailed, "the installation was refused; the system log says why");
     }

@@ -1,5 +1,5 @@
-// The administrator dialog of a simulated Mac. Started by launchd, which it talks to on descriptor 3: what to
-// show comes in the first packet, answers go back until one of them is good (launchd/AdministratorDialog.h).
+// The administrator dialog of a simulated Mac. Started by launchd, which it talks to on descriptor 3: the
+// first packet says what to show, answers go back until one of them is good (launchd/AdministratorDialog.h).
 
 #import <errno.h>
 #import <objc/runtime.h>
@@ -13,7 +13,7 @@ static const int kLaunchd = 3;
 static const CGFloat kWidth = 500;
 static const CGFloat kMargin = 20;
 static const CGFloat kTextLeft = 104;
-/// Room for what names a field.
+/// Room for a field's label.
 static const CGFloat kNames = 110;
 static const CGFloat kTallestText = 250;
 
@@ -47,7 +47,7 @@ static NSString* textOf(const char* bytes, NSUInteger length) {
     return [text autorelease];
 }
 
-/// The fields of the next packet; nil when launchd has hung up.
+/// The fields of the next packet; nil if launchd has hung up.
 static NSArray* receiveFields(void) {
     char buffer[4096];
     ssize_t length = 0;
@@ -161,7 +161,7 @@ static id ownCenter(id self, SEL selector) {
     return [NSNotificationCenter defaultCenter];
 }
 
-/// Of the services manager: would make the dialog known to other programs, by files in the user's home
+/// Of the services manager: it would make the dialog known to other programs, by files in the user's home
 /// folder.
 static id stayUnknown(id self, SEL selector) {
     (void)self;
@@ -185,7 +185,7 @@ static void secludeProcess(void) {
             (IMP)stayUnknown);
 }
 
-/// Plain windows without a window manager's help, and no icon of the program's own.
+/// Plain windows without a window manager's help, and no icon for the program.
 static void prepareApplication(void) {
     NSUserDefaults* defaults = [NSUserDefaults standardUserDefaults];
     [defaults

@@ -52,7 +52,7 @@ struct PackageInfo {
     std::string version;
 };
 
-/// Runs bsdtar quietly; its standard output, or nothing when it failed.
+/// Runs bsdtar quietly; its standard output, or nothing if it failed.
 std::optional<std::string> bsdtar(std::vector<std::string> arguments) {
     int ends[2];
     if (::pipe2(ends, O_CLOEXEC) != 0) {

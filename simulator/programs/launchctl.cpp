@@ -1,4 +1,4 @@
-// /bin/launchctl of a simulated Mac: hands its arguments to process 1 and gives back what that answers.
+// /bin/launchctl of a simulated Mac: hands its arguments to process 1 and returns its answer.
 
 #include <charconv>
 #include <iostream>

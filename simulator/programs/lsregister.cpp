@@ -1,4 +1,4 @@
-// lsregister of a simulated Mac: notes what was registered in /var/db/lsregister.log, one line per call.
+// lsregister of a simulated Mac: records every registration in /var/db/lsregister.log, one line per call.
 
 #include <cerrno>
 #include <cstring>

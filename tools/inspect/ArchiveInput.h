@@ -10,13 +10,13 @@
 
 namespace Inspect {
 
-/// The largest file that is read at all: what the helper takes.
+/// The largest file that is read at all: the helper's own limit.
 inline constexpr std::size_t kLargestArchive = std::size_t{16} << 20;
 
 /// Decodes an archive of a command list under the rules of the helper that executes such lists: the same
-/// classes are allowed, the same bounds hold, the first fault refuses everything. In addition the XML form of
-/// the property list is taken, up to 4 MiB. Returns nothing and sets `refusal` to a sentence that says what
-/// was refused and where; who shows it escapes it.
+/// classes are allowed, the same bounds hold, the first fault refuses everything. The XML form of the
+/// property list is accepted as well, up to 4 MiB. Returns nothing and sets `refusal` to a sentence that says
+/// what was refused and where; whoever shows it escapes it.
 [[nodiscard]] std::optional<InstallCommon::CommandList> decodeCommandList(std::span<const std::uint8_t> bytes,
                                                                           std::string& refusal);
 

@@ -8,9 +8,9 @@
 
 namespace Inspect {
 
-/// The binary form of an XML property list of any origin. A dictionary whose only key is CF$UID, as which a
-/// reference between archived objects is written in XML, becomes such a reference again. Returns nothing and
-/// sets `refusal` when the document is no property list or exceeds a bound (see `plainXML`).
+/// The binary form of an XML property list of any origin. A dictionary whose only key is CF$UID, the XML form
+/// of a reference between archived objects, becomes such a reference again. Returns nothing and sets
+/// `refusal` if the document is not a property list or exceeds a bound (see `plainXML`).
 [[nodiscard]] std::optional<std::vector<std::uint8_t>> binaryForm(std::string_view document,
                                                                   std::string& refusal);
 

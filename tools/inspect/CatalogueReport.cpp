@@ -92,7 +92,7 @@ std::string valueText(const Json& value) {
     return text.empty() ? "\"\"" : shown(std::string_view(text));
 }
 
-// Follows the records, which the program has made itself and which nest four deep at most.
+// Follows the records, which come from the program itself and nest at most four deep.
 void flatten(const Json& value, const std::string& property, const std::string& field,
              std::vector<Line>& lines) {
     if (value.is_object()) {
@@ -116,7 +116,7 @@ std::size_t columnsOfAll(const std::vector<Line>& lines, bool records, std::stri
     return width;
 }
 
-// A plain property is a line of its own; a record or a list is a heading with its fields under it.
+// A plain property is one line; a record or a list is a heading with its fields under it.
 std::string providerText(const std::string& name, const std::vector<Line>& lines) {
     const std::size_t propertyWidth = columnsOfAll(lines, false, &Line::property);
     const std::size_t fieldWidth = columnsOfAll(lines, true, &Line::field);

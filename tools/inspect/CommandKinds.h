@@ -13,8 +13,8 @@
 
 namespace Inspect {
 
-/// A command as what it is, for std::visit: a printer is one set of overloads, and one that forgets a class
-/// does not compile. The pointers are never null and do not own.
+/// A command as its concrete class, for std::visit: a printer is one set of overloads, and one that forgets a
+/// class does not compile. The pointers are never null and do not own.
 using ConcreteCommand =
     std::variant<const InstallCommon::RemoveCommand*, const InstallCommon::CopyCommand*,
                  const InstallCommon::StartLaunchdJobCommand*, const InstallCommon::StopLaunchdJobCommand*,
@@ -23,7 +23,7 @@ using ConcreteCommand =
 
 /// A class of commands that a list may hold.
 struct CommandKind {
-    /// The class's own name, without its module: "RemoveCommand".
+    /// The class's name, without its module: "RemoveCommand".
     std::string_view className;
     const Base::CodedClass& (*codedClass)();
     /// `command` must be of this class.

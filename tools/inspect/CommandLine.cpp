@@ -15,13 +15,13 @@ namespace {
 
 constexpr std::size_t kWidth = 100;
 
-/// The command that was chosen, and what came with it.
+/// The chosen command and its arguments.
 struct Chosen {
     const CommandDefinition* command = nullptr;
     Arguments arguments;
 };
 
-/// A description for the column in which CLI11 shows it.
+/// A description in the form that CLI11's column shows.
 std::string described(std::string_view what) {
     constexpr std::size_t kWidth = 70;
     std::string text = wrapped(what, kWidth, 0);
@@ -87,7 +87,7 @@ std::vector<std::string> commandNames() {
     return names;
 }
 
-/// What to say about a word that nobody expected.
+/// The message about an unexpected word.
 std::string unexpected(const std::string& word, const CommandDefinition* command) {
     const std::string of = command != nullptr ? " of " + std::string(command->name) : std::string();
     if (word.starts_with('-')) {
@@ -110,7 +110,7 @@ const CommandDefinition* definitionOf(const CLI::App& app) {
     return nullptr;
 }
 
-/// The first word that nobody expected; the command's own come before those of the program.
+/// The first unexpected word; the command's own come before those of the program.
 std::string firstUnexpected(const CLI::App& app, const std::string& otherwise) {
     for (const CLI::App* each : app.get_subcommands()) {
         if (const auto words = each->remaining(true); !words.empty()) {

@@ -5,13 +5,13 @@
 
 namespace Inspect {
 
-/// What a command line asks for.
+/// The meaning of a command line.
 struct Request {
-    /// Does it; empty when there is nothing to do but what follows.
+    /// Carries it out; empty if only the members below apply.
     std::function<int()> run{};
     /// Help or version, for standard output.
     std::string answer{};
-    /// Why the command line makes no sense, in one line; empty when it does.
+    /// Why the command line is invalid, in one line; empty if it is valid.
     std::string misuse{};
 };
 

@@ -8,7 +8,7 @@
 
 namespace Inspect {
 
-/// Which folders of a payload a list copies from.
+/// The folders of a payload that a list copies from.
 struct PayloadUse {
     bool applications = false;
     bool launchdJobs = false;
@@ -21,11 +21,11 @@ struct NamedCommandList {
     /// One phrase for the help text.
     std::string_view summary;
     PayloadUse uses;
-    /// Makes the list anew; the disk is not touched. A folder that the list does not use may be any.
+    /// Makes a new list without touching the disk. A folder that the list does not use may be any.
     InstallCommon::CommandList (*make)(const InstallCommon::PayloadLocations& payload);
 };
 
-/// The list of this name; null when there is none.
+/// The list with this name; null if there is none.
 [[nodiscard]] const NamedCommandList* findCommandList(std::string_view name);
 
 /// All names with their summaries, one line each, for the help text.

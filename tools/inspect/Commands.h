@@ -4,7 +4,7 @@
 
 namespace Inspect {
 
-// What the commands do. Each writes its output and returns the exit status.
+// The commands. Each writes its output and returns the exit status.
 
 int runScan(const Arguments& arguments);
 int runVerify(const Arguments& arguments);

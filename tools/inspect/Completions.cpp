@@ -14,7 +14,7 @@ std::string joined(const std::vector<std::string>& words, const char* between) {
     return text;
 }
 
-/// What may follow a command.
+/// The words that may follow a command.
 std::vector<std::string> wordsOf(const CommandDefinition& command) {
     std::vector<std::string> words;
     if (command.argument) {
@@ -49,7 +49,7 @@ std::vector<std::string> optionsWithValue() {
     return options;
 }
 
-/// `text` for a quoted word of zsh in which brackets and colons mean something.
+/// `text` for a quoted word of zsh in which brackets and colons have a meaning.
 std::string quoted(std::string_view text) {
     std::string result;
     for (const char c : text) {
@@ -62,7 +62,7 @@ std::string quoted(std::string_view text) {
     return result;
 }
 
-/// How zsh completes a value.
+/// zsh's action for completing a value.
 std::string actionFor(ValueKind kind) {
     switch (kind) {
         case ValueKind::file:

@@ -8,17 +8,17 @@
 
 namespace Inspect {
 
-/// What a value on the command line is, for whoever completes it.
+/// The kind of a value on the command line, for completions.
 enum class ValueKind : std::uint8_t { none, file, folder, number, word };
 
 struct OptionDefinition {
     /// With its dashes.
     std::string_view name;
-    /// What stands for its value; empty for a flag.
+    /// The placeholder for its value; empty for a flag.
     std::string_view value;
     ValueKind kind = ValueKind::none;
     std::string_view what;
-    /// Options that cannot stand beside this one.
+    /// Options that exclude this one.
     std::vector<std::string_view> excludes{};
 };
 
@@ -39,12 +39,12 @@ struct StatusDefinition {
 };
 
 struct ExampleDefinition {
-    /// What follows "sentrel-inspect ".
+    /// The text after "sentrel-inspect ".
     std::string_view line;
     std::string_view what;
 };
 
-/// What the command line held.
+/// The contents of the command line.
 struct Arguments {
     std::string argument;
     /// By name; a flag's value is empty.
@@ -57,7 +57,7 @@ struct Arguments {
     }
 };
 
-/// A command: how it is called, what its help, manual page and completion say, and what it does.
+/// A command: its name, its texts for help, manual page and completion, and its action.
 struct CommandDefinition {
     std::string_view name;
     /// One phrase, without a full stop.
@@ -69,14 +69,14 @@ struct CommandDefinition {
     std::vector<StatusDefinition> statuses;
     /// Two for each command.
     std::vector<ExampleDefinition> examples;
-    /// Does it and returns the exit status.
+    /// Carries out the command and returns the exit status.
     int (*run)(const Arguments& arguments);
 };
 
-/// All commands, in the order in which they are explained.
+/// All commands, in the order of their explanation.
 [[nodiscard]] const std::vector<CommandDefinition>& commandDefinitions();
 
-/// What the whole program is for.
+/// The purpose of the whole program.
 inline constexpr std::string_view kProgramSummary =
     "Shows what is on a Mac of Sentrel, what an uninstallation or installation does, and what was sent. "
     "Changes nothing.";

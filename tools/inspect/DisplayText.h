@@ -7,7 +7,7 @@
 
 namespace Inspect {
 
-/// What stands for an empty property.
+/// Stands for an empty property.
 inline constexpr std::string_view kNone = "(none)";
 
 /// `text` for one line on a terminal; see Base::displayable.
@@ -16,7 +16,7 @@ inline constexpr std::string_view kNone = "(none)";
 /// The same, or "(none)".
 [[nodiscard]] std::string shown(const std::optional<std::string>& text);
 
-/// Columns that a text from `shown` takes, one for each character.
+/// Columns of a text from `shown`, one for each character.
 [[nodiscard]] std::size_t columnsOf(std::string_view text);
 
 /// Appends `cell`, then spaces up to `width` columns and two more.

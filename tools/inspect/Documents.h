@@ -14,7 +14,7 @@ namespace Inspect {
 /// sentrel-inspect-COMMAND(1).
 [[nodiscard]] std::string commandManual(const CommandDefinition& command);
 
-/// Completion for bash, from 3.2 on, which is a Mac's.
+/// Completion for bash, from 3.2 on, the version on a Mac.
 [[nodiscard]] std::string bashCompletion();
 /// Completion for zsh.
 [[nodiscard]] std::string zshCompletion();

@@ -22,7 +22,7 @@ int writePage(const std::string& file, const std::string& page) {
     return replaceFile(file, {bytes, page.size()}, why) ? kDone : refuse(file, "standard output", why);
 }
 
-/// Tells the steps of each run as its lines are read.
+/// Shows the steps of each run as its lines are read.
 class Telling {
   public:
     void operator()(const RunAnalyzer& analyzer) {
@@ -38,7 +38,7 @@ class Telling {
         write(narrator_->tell(standing->steps, standing->settled));
     }
 
-    /// Also tells of a run's last step before it broke off.
+    /// Also shows a run's last step before it broke off.
     void finish(const std::vector<Run>& runs = {}) {
         if (narrator_) {
             if (run_ < runs.size()) {

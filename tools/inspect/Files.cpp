@@ -23,7 +23,7 @@ std::string systemError(int code) {
     return std::generic_category().message(code);
 }
 
-/// Closes a descriptor that it has opened itself.
+/// Closes a descriptor if it has opened it itself.
 class OpenFile {
   public:
     OpenFile(int fd, bool owned) : fd_(fd), owned_(owned && fd >= 0) {}
@@ -39,7 +39,7 @@ class OpenFile {
     bool owned_;
 };
 
-/// Holds back the signals that a user ends a program with.
+/// Holds back the signals with which a user ends a program.
 class DeferredSignals {
   public:
     DeferredSignals() {
@@ -74,8 +74,8 @@ bool writeAll(int fd, const void* bytes, std::size_t size) {
     return true;
 }
 
-/// The mode that the file at `file` gets: an older file's, otherwise the usual one. Nothing when something
-/// stands there that must not be replaced.
+/// The mode of the file at `file`: an older file's, otherwise the usual one. Returns nothing if an item there
+/// must not be replaced.
 std::optional<mode_t> modeFor(const std::string& file, std::string& refusal) {
     struct stat older {};
     if (::lstat(file.c_str(), &older) == 0) {

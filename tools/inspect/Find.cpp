@@ -44,7 +44,7 @@ class RecordSearch {
         searchField(name, "", record, generation);
     }
 
-    // Follows the records, which the program has made itself and which nest four deep at most.
+    // Follows the records, which come from the program itself and nest at most four deep.
     void searchField(const std::string& name, const std::string& field, const Json& value,
                      const std::string& generation) {
         if (value.is_object()) {
@@ -118,7 +118,7 @@ struct Touches {
     bool operator()(const InstallCommon::UpdateLaunchServices* /*command*/) const { return false; }
 };
 
-/// The helper that is in no list: it installs the runtime package.
+/// The helper that is not in any list: it installs the runtime package.
 void searchSupportHelper(RecordSearch& search) {
     const std::string& label = Inventory::uninstallersHelpers().back();
     for (const Inventory::KnownItem& item : Inventory::knownItems()) {
@@ -140,7 +140,7 @@ FindResult find(const std::string& what) {
     RecordSearch search(result.what, result.records);
     const Json providers = catalogue();
     for (const auto& [provider, properties] : providers.items()) {
-        // The system's own places belong to nobody's product.
+        // The system's own places belong to no product.
         if (provider == "SystemPathProvider") {
             continue;
         }

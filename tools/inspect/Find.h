@@ -7,15 +7,15 @@
 
 namespace Inspect {
 
-/// A record of the catalogue that names what was asked for.
+/// A record of the catalogue that names the given word.
 struct FoundRecord {
     /// "ComponentPathProvider.trayMenu", "ComponentPathProvider.legacyVersionsUserAgents 2" (counted from 1).
     std::string record;
     /// "launchd.label", "app.bundle.location"; empty for a plain path.
     std::string field;
-    /// What it lies inside of, when the record names a folder above it.
+    /// The enclosing folder, if the record names a folder above it.
     std::string inside;
-    /// The generation that alone has the record; empty when several have it.
+    /// The generation that alone has the record; empty if several have it.
     std::string generation;
 
     friend bool operator==(const FoundRecord&, const FoundRecord&) = default;
@@ -38,8 +38,8 @@ struct FindResult {
     [[nodiscard]] bool isEmpty() const { return records.empty() && steps.empty(); }
 };
 
-/// What the catalogue and an uninstallation know by this name: an absolute path, a launchd label, the name of
-/// a process, or an identifier. Names count letter by letter.
+/// Everything that the catalogue and an uninstallation know by this name: an absolute path, a launchd label,
+/// the name of a process, or an identifier. Names must match exactly.
 [[nodiscard]] FindResult find(const std::string& what);
 
 [[nodiscard]] std::string findText(const FindResult& result);

@@ -47,7 +47,7 @@ std::string wrapped(std::string_view text, std::size_t width, std::size_t indent
     while (!text.empty()) {
         const std::size_t end = std::min(text.find('\n'), text.size());
         const std::string_view line = text.substr(0, end);
-        // A line that begins with blanks is laid out already.
+        // A line that begins with blanks has its final layout.
         if (line.starts_with(' ')) {
             result.append(indent, ' ').append(line).append("\n");
         } else {

@@ -6,7 +6,7 @@
 
 namespace Inspect {
 
-/// What the help of a command ends with: its text, its examples and its exit statuses.
+/// The end of a command's help: its text, its examples and its exit statuses.
 [[nodiscard]] std::string helpEpilogue(const CommandDefinition& command);
 
 /// The same for the program.
@@ -18,8 +18,8 @@ namespace Inspect {
 /// The exit statuses of all commands, each once.
 [[nodiscard]] const std::vector<StatusDefinition>& programStatuses();
 
-/// `text` broken between words so that no line has more than `width` columns where that can be; each line
-/// begins with `indent` blanks. Line breaks in `text` stay.
+/// `text` broken between words so that no line has more than `width` columns if possible; each line begins
+/// with `indent` blanks. Line breaks in `text` stay.
 [[nodiscard]] std::string wrapped(std::string_view text, std::size_t width, std::size_t indent);
 
 }  // namespace Inspect

@@ -1,4 +1,4 @@
-// The commands that show lists and the catalogue, and look at no Mac.
+// The commands that show lists and the catalogue, without looking at any Mac.
 
 #include "ArchiveInput.h"
 #include "Base/Archive/KeyedArchiver.h"
@@ -33,7 +33,7 @@ int writeArchive(const InstallCommon::CommandList& commands, const std::string& 
     return replaceFile(file, archive, why) ? kDone : refuse(file, "standard output", why);
 }
 
-/// Reads the folders of a payload off the command line; each is given exactly where the list uses it.
+/// Reads the folders of a payload from the command line; each is given exactly if the list uses it.
 class PayloadFolders {
   public:
     PayloadFolders(const NamedCommandList& list, const Arguments& arguments)

@@ -29,7 +29,7 @@ std::optional<std::uint32_t> secondsOf(const std::string& text) {
                                                                              : std::nullopt;
 }
 
-/// Looks until the uninstaller's helpers do not run any more, `seconds` at most.
+/// Looks until the uninstaller's helpers no longer run, `seconds` at most.
 Inventory::Inventory lookAfterWaiting(const MacView& view, std::uint32_t seconds) {
     Inventory::Inventory inventory = view.look();
     Progress progress;
@@ -54,7 +54,7 @@ std::vector<NorvikCommon::PMProcess> allProcesses() {
     return processes;
 }
 
-/// The plan, with a line of progress that is gone when it is made.
+/// The plan, with a progress line that disappears once it is made.
 Plan planOf(const MacView& view) {
     Progress progress;
     return makePlan({view.look(),

@@ -19,7 +19,7 @@ std::string withoutTrailingSlashes(std::string path) {
     return path;
 }
 
-/// A path as it is from the root folder.
+/// The path from the root folder.
 std::string absolute(const std::string& path) {
     if (path.starts_with('/')) {
         return path;
@@ -42,7 +42,7 @@ std::unique_ptr<MacView> MacView::make(const std::optional<std::string>& root, s
     }
     const std::string folder = withoutTrailingSlashes(absolute(*root));
     std::unique_ptr<MacView> view(new MacView(folder));
-    // A folder that holds no Mac would otherwise be one without the product.
+    // Otherwise a folder without a Mac would count as one without the product.
     for (const char* part : {"/Applications", "/Library"}) {
         Platform::Error error;
         const auto facts = view->files().look(Base::URL::fileURL(part), error);

@@ -11,17 +11,17 @@
 
 namespace Inspect {
 
-/// This Mac, or the one in a folder, as the commands look at it.
+/// This Mac, or the one in a folder, as the commands see it.
 class MacView {
   public:
     /// The view of this Mac, or of the one in the folder `root`. Returns nothing and sets `why` to one line
-    /// when that is not the root folder of a Mac.
+    /// if that is not the root folder of a Mac.
     [[nodiscard]] static std::unique_ptr<MacView> make(const std::optional<std::string>& root,
                                                        std::string& why);
 
     /// Looks until two looks agree.
     [[nodiscard]] Inventory::Inventory look() const;
-    /// What each place of `inventory` holds, with a line of progress.
+    /// The contents of each place of `inventory`, with a progress line.
     [[nodiscard]] std::vector<Platform::TreeSize> sizesOf(const Inventory::Inventory& inventory) const;
 
     [[nodiscard]] Platform::FileFacts& files() const;

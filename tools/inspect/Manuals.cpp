@@ -39,7 +39,7 @@ std::string heading(const std::string& name, std::string_view summary) {
            " \\- " + roff(summary) + "\n";
 }
 
-/// An entry of a list: what it is called, in bold, and what it means.
+/// An entry of a list: its name, in bold, and its meaning.
 std::string entry(const std::string& name, std::string_view value, std::string_view what) {
     return ".TP\n\\fB" + roff(name) + "\\fR" + (value.empty() ? "" : " \\fI" + roff(value) + "\\fR") + "\n" +
            roff(what) + "\n";

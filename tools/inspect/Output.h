@@ -13,7 +13,7 @@ inline constexpr int kMisuse = 2;
 /// Writes "sentrel-inspect: LINE" to standard error and returns `status`.
 int fail(int status, const std::string& line);
 
-/// Fails because of a file, in one line; "-" is called `standardStream`.
+/// Fails because of a file, in one line; "-" is shown as `standardStream`.
 int refuse(const std::string& file, std::string_view standardStream, const std::string& why);
 
 /// Writes `text` to standard output and returns `status`, or fails.

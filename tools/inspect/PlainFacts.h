@@ -6,8 +6,8 @@
 
 namespace Inspect {
 
-/// A scan for a shell script: one fact on each line, its words divided by tabs, as documented in
-/// docs/sentrel-inspect.md. No word is empty, and none holds a tab or a line break, whatever it came from.
+/// A scan for a shell script: one fact per line, its words separated by tabs, as documented in
+/// docs/sentrel-inspect.md. No word is empty, and none contains a tab or a line break, whatever its origin.
 [[nodiscard]] std::string plainFacts(const Scan& scan);
 
 }  // namespace Inspect

@@ -31,7 +31,7 @@ class PlainXMLWriter {
     bool readDocumentType();
     bool readCharacterData();
     bool readTag();
-    // Moves behind the tag's ">"; attributes may hold one in quotes. Sets whether a slash stands before it.
+    // Moves past the tag's ">", which attributes may contain in quotes. Sets whether a slash precedes it.
     bool skipAttributes(bool& closesItself);
 
     std::string_view document_;
@@ -91,7 +91,7 @@ bool PlainXMLWriter::readMarkup() {
 }
 
 bool PlainXMLWriter::skipTo(std::string_view end) {
-    // Behind the opening, so that "<!-->" does not end itself.
+    // Past the opening, so that "<!-->" does not end itself.
     constexpr std::size_t kOpening = 4;
     const std::size_t found = document_.find(end, position_ + (end.size() == 3 ? kOpening : 2));
     if (found == std::string_view::npos) {

@@ -13,12 +13,12 @@ struct XMLLimits {
 };
 
 /// Rewrites an XML document of any origin so that nothing but bare tags and text is left: no byte-order mark,
-/// declaration, comment, instruction, attribute or CDATA section. What is read afterwards nests no deeper and
-/// has no more elements than counted here, whatever reads it.
+/// declaration, comment, instruction, attribute or CDATA section. Any later reader finds no deeper nesting
+/// and no more elements than counted here.
 ///
-/// Returns nothing and sets `refusal` to a few words and a line number when the text is not UTF-8, holds
-/// control characters, a broken tag or a document type of its own, or exceeds a limit. Whether the tags match
-/// and mean something is not looked at.
+/// Returns nothing and sets `refusal` to a few words and a line number if the text is not UTF-8, contains
+/// control characters, a broken tag or its own document type, or exceeds a limit. Does not check whether the
+/// tags match and mean something.
 [[nodiscard]] std::optional<std::string> plainXML(std::string_view document, std::string& refusal,
                                                   const XMLLimits& limits = {});
 

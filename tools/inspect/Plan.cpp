@@ -18,7 +18,7 @@ using Platform::ItemIdentity;
 /// StopLaunchdJobCommand's pause after a daemon that it has stopped.
 constexpr std::uint32_t kPauseAfterDaemon = 5;
 
-/// Fills in the steps one after the other and remembers what they take away.
+/// Fills in the steps one after the other and remembers what they remove.
 class Planner {
   public:
     Planner(const PlanFacts& facts, Plan& plan) : facts_(facts), plan_(plan) {}
@@ -83,7 +83,7 @@ class Planner {
   private:
     using Steps = std::map<std::string, std::size_t>;
 
-    /// Adds a finding, with the step that takes it away already if there is one.
+    /// Adds a finding, with the step that removes it already if there is one.
     void note(PlanFinding& finding, Steps& steps, const std::string& key) {
         const auto [earlier, isFirst] = steps.try_emplace(key, step_->number);
         if (!isFirst && earlier->second != step_->number) {
@@ -106,7 +106,7 @@ class Planner {
         }
     }
 
-    /// A removal takes the item's repair copy along. Only root may look into the folder of copies.
+    /// A removal includes the item's repair copy. Only root may look into the folder of copies.
     void findRepairCopy(const Base::URL& item) {
         const Base::URL folder = NorvikCommon::FeaturePathProvider::repairFolder();
         const Base::URL copy = folder.appendingPathComponent(item.path());
@@ -130,14 +130,14 @@ class Planner {
         step_->findings.push_back(finding);
     }
 
-    /// What the inventory could not look at either is named there.
+    /// The inventory names whatever it could not look at either.
     [[nodiscard]] bool isNamedInInventory(const std::string& error) const {
         const auto& blind = facts_.inventory.blind;
         return std::find(blind.begin(), blind.end(), error) != blind.end();
     }
 
-    /// The step that has removed the item or a folder on the way to it; by identity, because a disk may take
-    /// two spellings for one.
+    /// The step that has removed the item or a folder on the way to it; by identity, because two spellings
+    /// may name one item on a disk.
     [[nodiscard]] std::optional<std::size_t> stepThatRemoves(const Base::URL& item,
                                                              const ItemIdentity& identity) const {
         if (const auto itself = removed_.find(identity); itself != removed_.end()) {

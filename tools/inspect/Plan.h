@@ -17,14 +17,14 @@ struct PlanFinding {
     Kind kind = Kind::item;
     /// DOMAIN/LABEL, a bundle identifier, the executable's path, or the item's.
     std::string name;
-    /// It is there now, but an earlier step will have taken it away.
+    /// It exists now, but an earlier step will have removed it.
     std::optional<std::size_t> goesWithStep{};
     /// Of a process, and of a job that runs.
     std::optional<std::int32_t> pid{};
-    /// Of a process; its name is the product's, its place need not be.
+    /// Of a process; its name is the product's, its place may be anywhere.
     std::uint32_t uid = 0;
     bool isOfProduct = true;
-    /// Of an item: what it is and holds, less what earlier steps take away.
+    /// Of an item: its kind and contents, less the parts that earlier steps remove.
     Platform::ItemKind itemKind = Platform::ItemKind::file;
     Platform::TreeSize size{};
 
@@ -36,19 +36,19 @@ struct PlanStep {
     std::string className;
     std::string description;
     std::vector<PlanFinding> findings;
-    /// What it would find lies in a running Mac, and a folder was looked at.
+    /// Its findings are only in a running Mac, and a folder was looked at.
     bool isUnknown = false;
     /// How long the step waits after its work.
     std::uint32_t pauseSeconds = 0;
 
-    /// Whether it finds something that is still there when its turn comes.
+    /// Whether it finds something that still exists when its turn comes.
     [[nodiscard]] bool findsSomething() const;
 };
 
 struct Plan {
     std::vector<PlanStep> steps;
     Inventory::Inventory inventory;
-    /// What could not be looked at in addition.
+    /// Additional items that could not be looked at.
     std::vector<std::string> blind;
 
     [[nodiscard]] Platform::TreeSize sum() const;
@@ -56,18 +56,18 @@ struct Plan {
     [[nodiscard]] bool isComplete() const { return inventory.blind.empty() && blind.empty(); }
 };
 
-/// What a plan is made of.
+/// The input of a plan.
 struct PlanFacts {
     Inventory::Inventory inventory;
     /// All processes; empty for a folder.
     std::vector<NorvikCommon::PMProcess> processes;
     Platform::FileFacts& files;
-    /// Called now and then with what was counted so far.
+    /// Called now and then with the count so far.
     std::function<void(const Platform::TreeSize&)> counted;
 };
 
-/// The steps of an uninstallation, each with what it will find, in order: what an earlier step takes away is
-/// not found a second time, whatever it is called there.
+/// The steps of an uninstallation, each with its findings, in order: an item that an earlier step removes is
+/// not found a second time, whatever its name there.
 [[nodiscard]] Plan makePlan(const PlanFacts& facts);
 
 }  // namespace Inspect

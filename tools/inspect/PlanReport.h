@@ -8,7 +8,7 @@
 
 namespace Inspect {
 
-/// A plan for people: each step that finds something, or every one with `all`, with what it finds under it;
+/// A plan for people: each step that finds something, or every one with `all`, with its findings under it;
 /// then the sum, and what was not or could not be looked at.
 [[nodiscard]] std::string planText(const Plan& plan, bool all, std::size_t width = kReportWidth);
 

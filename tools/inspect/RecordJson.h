@@ -36,7 +36,7 @@ template <class Value>
     return list;
 }
 
-/// The document as it is printed: indented, valid UTF-8 whatever the strings hold (what is not becomes
+/// The document in its printed form: indented, valid UTF-8 whatever the strings contain (invalid bytes become
 /// U+FFFD), with a line feed at its end.
 [[nodiscard]] std::string jsonText(const Json& document);
 

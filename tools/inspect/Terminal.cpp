@@ -91,7 +91,7 @@ std::string sizeText(std::uint64_t bytes) {
         ofUnit *= kThousand;
         ++unit;
     }
-    // Rounded down: what is free is never less than what was said.
+    // Rounded down: the real size is never less than the one shown.
     const std::uint64_t tenths = bytes / (ofUnit / 10);
     return std::to_string(tenths / 10) + "." + std::to_string(tenths % 10) + " " + kUnits.at(unit);
 }

@@ -7,24 +7,24 @@
 
 namespace Inspect {
 
-/// Whether reports are in colour: standard output is a terminal that knows colours, and the environment has
-/// no NO_COLOR.
+/// Whether reports are in colour: standard output is a terminal that supports colours, and the environment
+/// has no NO_COLOR.
 [[nodiscard]] bool usesColour();
 
 enum class Colour : std::uint8_t { good, warning, bad };
 
-/// `text` in a colour (green, yellow, red), or as it is.
+/// `text` in a colour (green, yellow, red), or unchanged.
 [[nodiscard]] std::string coloured(std::string_view text, Colour colour, bool inColour);
 
-/// The columns that a report takes at most: 100, or all of a wider terminal.
+/// The most columns of a report: 100, or all of a wider terminal.
 inline constexpr std::size_t kReportWidth = 100;
 [[nodiscard]] std::size_t reportWidth();
 
-/// Appends a line that begins with `indent` blanks, and a line feed. What has more columns than `width` is
-/// broken behind a slash or a blank, where there is one, and goes on 4 columns further in.
+/// Appends a line that begins with `indent` blanks, and a line feed. A line of more than `width` columns is
+/// broken after a slash or a blank, if there is one, and continues 4 columns further in.
 void appendFolded(std::string& output, std::string_view line, std::size_t indent, std::size_t width);
 
-/// A line on standard error that says how far something is, when that is a terminal. The line is wiped at the
+/// A progress line on standard error, if that is a terminal. The line is wiped at the
 /// end.
 class Progress {
   public:
@@ -40,7 +40,7 @@ class Progress {
     bool isShown_ = false;
 };
 
-/// A number of bytes in few characters: "0 B", "999 B", "1.0 kB", "12.3 MB"; thousands, as a Mac counts.
+/// A number of bytes in few characters: "0 B", "999 B", "1.0 kB", "12.3 MB"; in thousands, as a Mac counts.
 [[nodiscard]] std::string sizeText(std::uint64_t bytes);
 
 }  // namespace Inspect

@@ -1,5 +1,5 @@
-// sentrel-inspect: shows what is on a Mac of the product, what an uninstallation or installation does and
-// what was sent. Reads only; the one thing that it ever writes is the archive that it was asked for.
+// sentrel-inspect: shows which parts of the product are on a Mac, what an uninstallation or installation does
+// and what was sent. Reads only; it never writes anything but the archive or report that was asked for.
 
 #include <signal.h>
 

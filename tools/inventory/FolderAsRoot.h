@@ -8,7 +8,7 @@ namespace Inventory {
 
 /// The files of a Mac in a folder: a mounted disk, or a simulated Mac's. Every path is taken below that
 /// folder. A link on the way to an item is not followed, because its target may be meant from the root of
-/// that Mac: what lies behind one cannot be looked at (ELOOP). Errors name the item as it is asked for.
+/// that Mac: anything behind one cannot be looked at (ELOOP). Errors name the item in the caller's spelling.
 class FolderAsRoot final : public Platform::FileFacts {
   public:
     /// `folder` has no trailing slash. `files` answers for real paths and outlives this.

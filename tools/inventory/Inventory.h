@@ -10,9 +10,9 @@
 
 namespace Inventory {
 
-/// An item of the product that is there.
+/// An existing item of the product.
 struct Place {
-    /// Where it is. On a disk that ignores case, several spellings of the catalogue are one item; the first
+    /// Its location. On a disk that ignores case, several spellings of the catalogue are one item; the first
     /// one is the catalogue's first.
     std::vector<std::string> paths;
     Platform::ItemKind kind = Platform::ItemKind::file;
@@ -30,10 +30,10 @@ struct RegisteredJob {
     std::string domain;
     std::string label;
     std::optional<std::int32_t> pid;
-    /// As launchd remembers them; empty when it does not say.
+    /// As launchd remembers them; empty if it does not say.
     std::string plist;
     std::string program;
-    /// Neither property list nor program are there any more: the job stays until the next restart.
+    /// Neither property list nor program exists any more: the job stays until the next restart.
     bool filesAreGone = false;
 
     [[nodiscard]] std::string target() const { return domain + "/" + label; }
@@ -50,8 +50,8 @@ struct RunningProcess {
     friend bool operator==(const RunningProcess&, const RunningProcess&) = default;
 };
 
-/// A label of the product's that somebody has enabled or disabled by hand. launchd remembers it for good,
-/// also without the product; it does no harm.
+/// A label of the product that somebody has enabled or disabled by hand. launchd remembers it for good, even
+/// without the product; it does no harm.
 struct JobOverride {
     std::string domain;
     std::string label;
@@ -65,18 +65,18 @@ struct Version {
     std::string shortVersion;
     std::string build;
 
-    /// As versions are compared: both, or one where they are the same.
+    /// The version as it is compared: both, or one if they are the same.
     [[nodiscard]] std::string text() const {
         return shortVersion == build ? shortVersion : shortVersion + "." + build;
     }
     friend bool operator==(const Version&, const Version&) = default;
 };
 
-/// What is on a Mac of the product.
+/// The parts of the product on a Mac.
 struct Inventory {
-    /// The folder that was looked at in place of this Mac; empty for this Mac.
+    /// The folder that was looked at instead of this Mac; empty for this Mac.
     std::string root;
-    /// The console is there. Its version is empty when its property list does not say.
+    /// The console exists. Its version is empty if its property list does not say.
     bool hasConsole = false;
     std::optional<Version> version;
     /// The uninstaller would find a folder of an installation.
@@ -87,11 +87,11 @@ struct Inventory {
     /// Bundle identifiers of loaded kernel extensions.
     std::vector<std::string> extensions;
     std::vector<JobOverride> overrides;
-    /// The runtime support package's folder is there; it stays by design.
+    /// The runtime support package's folder exists; it stays by design.
     bool hasRuntimeSupport = false;
-    /// What was left out on purpose, or makes no difference: one phrase each.
+    /// Left out intentionally, or without influence: one phrase each.
     std::vector<std::string> notLookedAt;
-    /// What could not be looked at, and why: one line each. Nothing may be called absent while there is any.
+    /// Not possible to look at, and why: one line each. While there is any, nothing may be called absent.
     std::vector<std::string> blind;
 
     friend bool operator==(const Inventory&, const Inventory&) = default;

@@ -13,7 +13,7 @@ namespace Inventory {
 namespace {
 
 constexpr const char* kSystemDomain = "system";
-// What launchctl exits with when there is no such domain (nobody is logged in) or job.
+// launchctl's exit statuses if there is no such domain (nobody is logged in) or job.
 constexpr std::int32_t kNoDomain = 112;
 constexpr std::int32_t kNoService = 113;
 constexpr std::int32_t kDomainRefuses = 125;
@@ -27,7 +27,7 @@ struct Answer {
     [[nodiscard]] bool isGood() const { return exited && status == 0; }
 };
 
-/// Read before it is waited for: a Mac's table of jobs is longer than a pipe takes.
+/// Read before waiting: a Mac's table of jobs is longer than a pipe holds.
 std::optional<Answer> askLaunchctl(const std::string& verb, const std::string& target) {
     const auto task = Platform::SystemPorts::current().tasks.launch(
         NorvikCommon::SystemPathProvider::launchctlExecutable().path(),
@@ -44,7 +44,7 @@ std::optional<Answer> askLaunchctl(const std::string& verb, const std::string& t
     return answer;
 }
 
-/// Why an answer is of no use, for people.
+/// Why an answer is useless, for people.
 std::string reason(const std::optional<Answer>& answer) {
     if (!answer) {
         return "launchctl cannot be run";
@@ -70,7 +70,7 @@ class JobLook {
         if (domain != kSystemDomain && answer && answer->exited &&
             (answer->status == kNoDomain || answer->status == kNoService ||
              answer->status == kDomainRefuses)) {
-            // Who is not logged in has no jobs.
+            // A user who is not logged in has no jobs.
             return;
         }
         const auto listed = answer && answer->isGood() ? printedLabels(answer->output) : std::nullopt;
@@ -107,7 +107,7 @@ class JobLook {
         inventory_.jobs.push_back(std::move(job));
     }
 
-    /// Whether nothing is at a path that launchd remembers, or it remembers none.
+    /// Whether a path that launchd remembers is gone, or it remembers none.
     bool isGone(const std::string& path) {
         Platform::Error error;
         if (!path.starts_with('/')) {

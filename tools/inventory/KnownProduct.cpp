@@ -74,7 +74,7 @@ void addBackgroundPrograms(Items& items) {
     }
     const auto& daemons = ComponentLists::legacyDaemons();
     items.add(*daemons.at(0).executable->location, {Role::daemon, kOfFolders[1]});
-    // A folder at the same place is another generation's.
+    // A folder at the same place belongs to another generation.
     items.add(*daemons.at(1).executable->location, {Role::daemon, "snt-plain", ItemKind::file});
 }
 
@@ -96,7 +96,7 @@ void addHelpers(Items& items) {
                                 .executable->location->deletingLastPathComponent();
     const std::string& support = uninstallersHelpers().back();
     items.add(tools.appendingPathComponent(support), {Role::helperTool});
-    // Where it copies the runtime package; it is gone again unless the helper was ended in between.
+    // The copy's location for the runtime package; it is gone again unless the helper was ended in between.
     items.add(tools.appendingPathComponent(support + ".package"), {Role::data});
     items.add(NorvikCommon::SystemPathProvider::daemonsPlists().appendingPathComponent(support + ".plist"),
               {Role::launchdJob});

@@ -11,7 +11,7 @@
 
 namespace Inventory {
 
-/// What an item of the product is for.
+/// The purpose of an item of the product.
 enum class Role : std::uint8_t {
     application,
     agent,
@@ -27,17 +27,17 @@ enum class Role : std::uint8_t {
 /// "helper tool".
 [[nodiscard]] std::string_view nameOf(Role role);
 
-/// Whether items of this role are programs: what makes the difference between an installation and what is
-/// only left of one.
+/// Whether items of this role are programs, which distinguish an installation from the leftovers of
+/// one.
 [[nodiscard]] bool isProgram(Role role);
 
 /// One meaning of a path.
 struct KnownRecord {
     Role role = Role::data;
     /// The generation that alone has this item: "current", or one of the earlier ones "norvik-apps",
-    /// "antivir", "antivirus", "snt-plain", "snt-folder", "snt-bundle". Empty when several have it.
+    /// "antivir", "antivirus", "snt-plain", "snt-folder", "snt-bundle". Empty if several have it.
     std::string_view generation{};
-    /// What the item has to be for this meaning to hold; nothing when its kind does not matter.
+    /// The kind that the item must have for this meaning to hold; nothing if its kind does not matter.
     std::optional<Platform::ItemKind> onlyAs{};
 };
 
@@ -47,9 +47,9 @@ struct KnownItem {
     std::vector<KnownRecord> records;
 };
 
-/// Everything that any version of the product leaves on a Mac, from the catalogue, each path once. What lies
-/// inside the console is not listed: it is there only with the console. The helper that installs the runtime
-/// package, which is in no command list, is in here.
+/// Everything that any version of the product leaves on a Mac, from the catalogue, each path once. The
+/// console's contents are not listed: they exist only with the console. The helper that installs the runtime
+/// package, which is in no command list, is included.
 [[nodiscard]] std::vector<KnownItem> knownItems();
 
 /// The folders one of which makes the uninstaller find an installation.
@@ -67,7 +67,7 @@ struct KnownItem {
 /// The labels of the helpers that work for the uninstaller.
 [[nodiscard]] const std::vector<std::string>& uninstallersHelpers();
 
-/// Where the runtime support package puts its libraries. They stay: other programs may use them.
+/// The folder of the runtime support package's libraries. They stay: other programs may use them.
 [[nodiscard]] Base::URL runtimeSupport();
 
 }  // namespace Inventory

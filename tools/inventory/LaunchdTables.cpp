@@ -27,8 +27,8 @@ std::optional<std::string_view> takeLine(std::string_view& text) {
     return trimmed(line);
 }
 
-/// The lines of the block that begins with `NAME = {`, up to its "}". Nothing when there is no such block or
-/// it has no end.
+/// The lines of the block that begins with `NAME = {`, up to its "}". Returns nothing if there is no such
+/// block or it has no end.
 std::optional<std::vector<std::string_view>> block(std::string_view text, std::string_view beginning) {
     std::optional<std::string_view> line;
     while ((line = takeLine(text)) && *line != beginning) {

@@ -8,23 +8,23 @@
 
 namespace Inventory {
 
-/// What launchctl's "print" says about one job.
+/// The answer of launchctl's "print" about one job.
 struct PrintedJob {
     /// The process id while it runs.
     std::optional<std::int32_t> pid;
-    /// The property list that it was loaded from, and its executable; empty when launchctl names none.
+    /// The property list that it was loaded from, and its executable; empty if launchctl names none.
     std::string plist;
     std::string program;
 
     friend bool operator==(const PrintedJob&, const PrintedJob&) = default;
 };
 
-/// The labels of the jobs that "launchctl print DOMAIN" lists, in its order. Nothing when the text has no
-/// list of services, or one without an end.
+/// The labels of the jobs that "launchctl print DOMAIN" lists, in its order. Returns nothing if the text has
+/// no list of services, or one without an end.
 [[nodiscard]] std::optional<std::vector<std::string>> printedLabels(std::string_view text);
 
-/// What "launchctl print DOMAIN/LABEL" says; only the job's own lines count, not those of what is nested in
-/// it.
+/// The answer of "launchctl print DOMAIN/LABEL"; only the job's own lines count, not those of nested
+/// blocks.
 [[nodiscard]] PrintedJob printedJob(std::string_view text);
 
 /// A label that somebody has enabled or disabled by hand.
@@ -35,8 +35,8 @@ struct PrintedOverride {
     friend bool operator==(const PrintedOverride&, const PrintedOverride&) = default;
 };
 
-/// What "launchctl print-disabled DOMAIN" says, in both spellings that there are: "true" or "disabled",
-/// "false" or "enabled". Nothing when the text has no such list.
+/// The answer of "launchctl print-disabled DOMAIN", in both existing spellings: "true" or "disabled", "false"
+/// or "enabled". Returns nothing if the text has no such list.
 [[nodiscard]] std::optional<std::vector<PrintedOverride>> printedOverrides(std::string_view text);
 
 }  // namespace Inventory

@@ -32,7 +32,7 @@ void lookAtProcess(std::int32_t pid, const std::vector<KnownItem>& known, const 
         return;
     }
     const auto name = util.processNameForPid(pid);
-    // One that has ended in between has no user any more.
+    // A process that has ended in between has no user any more.
     if (name && names.contains(*name) && util.processUidForPid(pid)) {
         inventory.blind.push_back("process " + std::to_string(pid) + " is called \"" + *name +
                                   "\", but its program could not be looked up");
@@ -95,7 +95,7 @@ Inventory look(const Viewpoint& viewpoint) {
     } else {
         inventory.notLookedAt = {"jobs", "processes", "loaded kernel extensions", "launchd overrides"};
     }
-    // Files come last: what starts while the rest is looked at is there, and what ends leaves them.
+    // Files come last: anything that starts meanwhile has its files, and anything that ends leaves them.
     lookAtPlaces(viewpoint, inventory);
     lookAtVersion(inventory);
     return inventory;

@@ -13,10 +13,10 @@ namespace Inventory {
 struct Viewpoint {
     Platform::FileFacts& files;
     Platform::LoadedExtensions& extensions;
-    /// The process that looks; it is no part of what it finds.
+    /// The process that looks, which does not count itself.
     std::int32_t self = 0;
-    /// A folder that holds the files of a Mac, without a trailing slash; empty for this Mac. `files` answers
-    /// for that folder then, and what only a running Mac has is not looked at.
+    /// A folder that holds the files of a Mac, without a trailing slash; empty for this Mac. `files` then
+    /// answers for that folder, and facts that only a running Mac has are not looked at.
     std::string root{};
 };
 
@@ -24,8 +24,8 @@ struct Viewpoint {
 /// launchctl only "print" and "print-disabled" are used.
 [[nodiscard]] Inventory look(const Viewpoint& viewpoint);
 
-/// Calls `lookOnce` until two looks in succession see the same, five times at most. A Mac that never holds
-/// still gets an entry in `blind`.
+/// Calls `lookOnce` until two looks in succession agree, five times at most. A Mac that keeps changing gets
+/// an entry in `blind`.
 [[nodiscard]] Inventory settledLook(const std::function<Inventory()>& lookOnce);
 
 /// Whether a process or a job of the uninstaller's helpers runs.

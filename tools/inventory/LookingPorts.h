@@ -7,8 +7,8 @@
 namespace Inventory {
 
 /// Ports for a program that looks at a Mac and must not touch it: processes, users, bundles and the clock are
-/// the real ones, of child processes only launchctl's "print" and "print-disabled" are started, and the
-/// folders are named without being made. Using anything else is a programming error that ends the process.
+/// the real ones, the only child processes are launchctl's "print" and "print-disabled", and the folders are
+/// named without being made. Using anything else is a programming error that ends the process.
 class LookingPorts {
   public:
     /// `real` outlives this.

@@ -16,8 +16,8 @@ bool equalButForCase(const std::string& a, const std::string& b) {
                       [](char left, char right) { return lower(left) == lower(right); });
 }
 
-/// The place that this item is under another spelling. A second name of a file (a hard link) is an item of
-/// its own: taking one of them away leaves the other.
+/// The place that this item is under another spelling. A second name of a file (a hard link) is a separate
+/// item: removing one of them leaves the other.
 Place* sameItem(std::vector<Place>& places, const std::string& path, const Platform::ItemFacts& facts) {
     const auto same = std::find_if(places.begin(), places.end(), [&](const Place& place) {
         return place.identity == facts.identity && equalButForCase(place.paths.front(), path);
@@ -25,7 +25,7 @@ Place* sameItem(std::vector<Place>& places, const std::string& path, const Platf
     return same == places.end() ? nullptr : &*same;
 }
 
-/// Adds what `records` mean for an item of this kind. A program's meaning counts more than any other.
+/// Adds the meaning of `records` for an item of this kind. A program's meaning takes precedence.
 void addMeaning(Place& place, const std::vector<KnownRecord>& records) {
     for (const KnownRecord& record : records) {
         if (record.onlyAs && *record.onlyAs != place.kind) {

@@ -8,13 +8,13 @@
 
 namespace Inventory {
 
-/// What an inventory comes to.
+/// The conclusion from an inventory.
 enum class Verdict : std::uint8_t {
     nothing,    ///< nothing of the product is there
-    unknown,    ///< nothing that makes an installation was found, but not everything could be looked at
-    installed,  ///< programs that the uninstaller takes away, or refuses because they are newer
-    leftovers,  ///< something that the uninstaller would not go for
-    restart,    ///< only what a restart takes away: a loaded extension, jobs whose files are gone
+    unknown,    ///< no installation was found, but not everything could be looked at
+    installed,  ///< programs that the uninstaller removes, or refuses because they are newer
+    leftovers,  ///< something that the uninstaller would not act on
+    restart,    ///< only a loaded extension, or jobs whose files are gone, which a restart removes
 };
 
 [[nodiscard]] Verdict verdictOf(const Inventory& inventory, const Version& uninstaller);
@@ -37,26 +37,26 @@ enum class UninstallerAnswer : std::uint8_t {
 /// "uninstalls", "refuses: not installed", "refuses: newer version installed".
 [[nodiscard]] std::string_view nameOf(UninstallerAnswer answer);
 
-/// The generations that are there, in the order in which they came out.
+/// The generations that exist, in order of release.
 [[nodiscard]] std::vector<std::string> generationsOf(const Inventory& inventory);
 
-/// One thing that has to go, and the line of shell that makes it go.
+/// One thing that has to go, and the line of shell that removes it.
 struct Leftover {
     std::string what;
     std::string line;
     /// "job", "process", "extension", "file", "folder", "link" or "item".
     std::string kind;
-    /// What identifies it to whoever takes it away: domain and label, process id, bundle identifier or path.
+    /// Identifies it for its removal: domain and label, process id, bundle identifier or path.
     std::string target;
 
     friend bool operator==(const Leftover&, const Leftover&) = default;
 };
 
-/// What is left where the verdict is leftovers or restart, in the order in which the lines should be run:
-/// jobs, processes, extensions, items. An item inside another one goes with it. Empty for any other verdict.
+/// The leftovers if the verdict is leftovers or restart, in the order in which the lines should be run: jobs,
+/// processes, extensions, items. An item inside another one goes with it. Empty for any other verdict.
 [[nodiscard]] std::vector<Leftover> leftoversOf(const Inventory& inventory, Verdict verdict);
 
-/// `text` as one word for a POSIX shell, whatever it holds; left as it is when nothing in it needs quoting.
+/// `text` as one word for a POSIX shell, whatever it contains; unchanged if nothing in it needs quoting.
 [[nodiscard]] std::string shellWord(std::string_view text);
 
 }  // namespace Inventory

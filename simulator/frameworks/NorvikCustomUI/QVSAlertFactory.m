@@ -13,7 +13,7 @@ static const CGFloat kTextLeft = 104;
 - (id)initWithButtonTitle:(NSString*)buttonTitle
               messageText:(NSString*)messageText
           informativeText:(NSString*)informativeText;
-/// Returns when the button was pressed.
+/// Returns once the button was pressed.
 - (NSInteger)runModal;
 @end
 

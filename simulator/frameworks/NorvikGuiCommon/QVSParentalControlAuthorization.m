@@ -1,5 +1,5 @@
-// The maker's parental-control lock, as far as the uninstaller uses it. How the lock stands is in a file of
-// the simulated Mac (macsim create --parental-control).
+// The maker's parental-control lock, as far as the uninstaller uses it. A file of the simulated Mac holds the
+// lock's state (macsim create --parental-control).
 
 #import <crypt.h>
 #import <string.h>
@@ -17,8 +17,8 @@ static const CGFloat kTextLeft = 104;
     NSTextField* password_;
     NSTextField* message_;
 }
-/// YES when the lock is off, or the user gives its password; asks him in a dialog, which takes as many wrong
-/// answers as he likes. NO when he cancels it, and at once when the lock cannot be lifted.
+/// YES if the lock is off, or the user gives its password in a dialog, which accepts any number of wrong
+/// answers. NO if the user cancels it, and at once if the lock cannot be lifted.
 - (BOOL)parentalControlAuthorized;
 @end
 

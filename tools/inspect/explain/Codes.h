@@ -6,13 +6,13 @@
 
 namespace Inspect {
 
-/// What a number in the log stands for.
+/// The meaning of a number in the log.
 struct CodeMeaning {
     /// The constant's name.
     std::string_view name;
     /// A phrase.
     std::string_view meaning;
-    /// What to do about it, a sentence; empty when it is normal.
+    /// The remedy, a sentence; empty if it is normal.
     std::string_view advice;
     /// Whether the number only says that there was nothing to do.
     bool isNormal = false;

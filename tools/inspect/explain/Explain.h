@@ -11,9 +11,9 @@
 namespace Inspect {
 
 /// Reads a system log and returns the runs of the uninstaller in it; "-" is standard input. Reads as a
-/// stream: memory does not grow with the log. Returns nothing and sets `refusal` to a few words when the file
-/// cannot be read or no line of it is one of a log. `notice` is set to a sentence when the log is whole no
-/// more. `whileReading` is called after each entry.
+/// stream: memory does not grow with the log. Returns nothing and sets `refusal` to a few words if the file
+/// cannot be read or contains no line of a log. `notice` is set to a sentence if the log is incomplete.
+/// `whileReading` is called after each entry.
 [[nodiscard]] std::optional<std::vector<Run>> runsOfLog(
     const std::string& file, std::string& refusal, std::string& notice,
     const std::function<void(const RunAnalyzer&)>& whileReading = nullptr);

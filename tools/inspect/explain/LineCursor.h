@@ -10,7 +10,7 @@
 
 namespace Inspect {
 
-/// What is left of a line, taken from its front.
+/// The rest of a line, taken from its front.
 class LineCursor {
   public:
     explicit LineCursor(std::string_view text) : text_(text) {}

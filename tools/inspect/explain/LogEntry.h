@@ -7,7 +7,7 @@
 
 namespace Inspect {
 
-/// One entry of a system log: what one program said at one moment. Bytes are as the log has them.
+/// One entry of a system log: one program's message at one moment. Bytes are those of the log.
 struct LogEntry {
     /// The time as the log writes it.
     std::string time;

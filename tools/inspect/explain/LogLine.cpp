@@ -11,7 +11,7 @@ namespace Inspect {
 
 namespace {
 
-/// "Uninstall Sentrel[18]: ", "Uninstall Sentrel[18:1b2c] ": up to and with `mark`.
+/// "Uninstall Sentrel[18]: ", "Uninstall Sentrel[18:1b2c] ": up to and including `mark`.
 bool takeProgram(LineCursor& cursor, std::string_view mark, LogEntry& entry) {
     const auto name = cursor.takeUpTo("[");
     if (!name || name->empty() || name->find(": ") != std::string_view::npos) {
@@ -30,7 +30,7 @@ bool takeProgram(LineCursor& cursor, std::string_view mark, LogEntry& entry) {
     return true;
 }
 
-/// Drops "(Foundation) " and "[com.norvik:helper] ". A text of the product's begins neither way, except with
+/// Drops "(Foundation) " and "[com.norvik:helper] ". A text of the product begins with neither, except with
 /// its own "[SNTM Installer]", which has no colon.
 void dropSender(LineCursor& cursor) {
     if (cursor.rest().starts_with('(')) {

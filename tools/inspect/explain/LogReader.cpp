@@ -90,7 +90,7 @@ std::optional<LogEntry> LogReader::nextFromLines() {
     return std::exchange(begun_, std::nullopt);
 }
 
-// What stands between the objects does not matter.
+// Text between the objects does not matter.
 bool LogReader::readObject(std::string& object) {
     object.clear();
     std::size_t depth = 0;

@@ -10,8 +10,8 @@
 namespace Inspect {
 
 /// Reads the entries of a system log one after another, whichever form the log has (see LogLine.h; also JSON,
-/// one object a line or an array of objects). Memory does not grow with the log: an entry keeps its first
-/// kLongestEntry bytes, the rest of it is passed over.
+/// one object per line or an array of objects). Memory does not grow with the log: an entry keeps its first
+/// kLongestEntry bytes, the rest of it is skipped.
 class LogReader {
   public:
     static constexpr std::size_t kLongestEntry = std::size_t{1} << 16;
@@ -24,7 +24,7 @@ class LogReader {
     /// The next entry; nothing at the end of the log.
     [[nodiscard]] std::optional<LogEntry> next();
 
-    /// After the end: how many entries there were.
+    /// After the end: the number of entries.
     [[nodiscard]] std::size_t entries() const { return entries_; }
     /// After the end: whether the log stops in the middle of a JSON object.
     [[nodiscard]] bool endsInTheMiddle() const { return endsInTheMiddle_; }

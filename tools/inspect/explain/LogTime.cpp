@@ -47,7 +47,7 @@ double takeFraction(LineCursor& cursor) {
     return fraction;
 }
 
-/// "+0100" as seconds; 0 when there is none.
+/// "+0100" as seconds; 0 if there is none.
 int takeZone(LineCursor& cursor) {
     const bool east = cursor.rest().starts_with('+');
     if (!east && !cursor.rest().starts_with('-')) {

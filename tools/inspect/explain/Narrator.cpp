@@ -14,7 +14,7 @@ constexpr std::size_t kStepIndent = 2;
 constexpr std::string_view kGap = "  ";
 constexpr std::string_view kClosing = "KillProcessCommand";
 
-/// What a step's description begins with, and the heading over all such steps.
+/// The beginning of a step's description, and the heading over all such steps.
 struct Group {
     std::string_view prefix;
     std::string_view heading;
@@ -31,7 +31,7 @@ constexpr std::array<Group, 11> kGroups{{{"Unloading daemon ", "Unloading daemon
                                          {"Deleting launchd job ", "Deleting launchd jobs"},
                                          {"Deleting ", "Deleting what remains"}}};
 
-/// A step in two parts: its group's heading and its own name. One of no group is its own heading.
+/// A step in two parts: its group's heading and its own name. One without a group is its own heading.
 struct Title {
     std::string_view heading;
     std::string_view name;
@@ -125,7 +125,7 @@ void Narrator::tellStep(std::string& text, const StepReport& step) {
     }
 }
 
-// The log does not say which step a process was ended by, so all closings are told together.
+// The log does not say which step ended a process, so all closings are shown together.
 void Narrator::tellClosings(std::string& text, const std::vector<StepReport>& steps, std::size_t first,
                             std::size_t end) {
     std::size_t ended = 0;

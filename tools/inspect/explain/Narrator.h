@@ -9,19 +9,19 @@
 
 namespace Inspect {
 
-/// Tells the steps of one run while it goes on: those of a kind together under a heading, each with a mark
-/// that says what became of it. Several stand on a line; one that failed has its own, with the reason.
+/// Shows the steps of one run while it goes on: those of a kind together under a heading, each with a mark
+/// for its outcome. Several stand on a line; one that failed has its own, with the reason.
 class Narrator {
   public:
     /// `width` is the number of columns at most.
     Narrator(std::size_t width, bool inColour) : width_(width), inColour_(inColour) {}
 
-    /// The text about the first `settled` of the run's steps that earlier calls have not told, to be put
-    /// behind what they returned; it may end in the middle of a line. Steps that the run did not reach are
+    /// The text about the first `settled` of the run's steps that earlier calls have not shown, to be
+    /// appended to their results; it may end in the middle of a line. Steps that the run did not reach are
     /// left out.
     [[nodiscard]] std::string tell(const std::vector<StepReport>& steps, std::size_t settled);
 
-    /// What ends the text: a line feed, if one is missing.
+    /// The end of the text: a line feed, if one is missing.
     [[nodiscard]] std::string finish();
 
   private:

@@ -10,7 +10,7 @@
 
 namespace Inspect {
 
-/// How a run of the uninstaller ended, as far as the log tells.
+/// The way a run of the uninstaller ended, as far as the log tells.
 enum class RunEnding : std::uint8_t {
     finished,             ///< the helper went through the whole list and the uninstaller knew
     notAuthorized,        ///< no authorization, or a helper could not be installed
@@ -30,14 +30,14 @@ struct Run {
     std::optional<double> beganSeconds;
     std::optional<double> endedSeconds;
 
-    /// The uninstaller's process; nothing when the log has only the helper's lines.
+    /// The uninstaller's process; nothing if the log has only the helper's lines.
     std::optional<std::int32_t> uninstaller;
-    /// The helper's process; nothing when the helper wrote no line of a list.
+    /// The helper's process; nothing if the helper wrote no line of a list.
     std::optional<std::int32_t> helper;
     /// Whether the product's folders were found, and then whether its console was there.
     std::optional<bool> consoleFound;
 
-    /// The list's steps; empty when the helper wrote no line of it.
+    /// The list's steps; empty if the helper wrote no line of it.
     std::vector<StepReport> steps;
     /// The steps up to the last one that wrote a line.
     std::size_t reached = 0;
@@ -58,10 +58,10 @@ struct Run {
 
 /// A sentence that says how the run ended.
 [[nodiscard]] std::string resultOf(const Run& run);
-/// What to do now, a sentence each; empty when nothing is left to do.
+/// The remedies, a sentence each; empty if there is nothing left to do.
 [[nodiscard]] std::vector<std::string> adviceFor(const Run& run);
 
-/// "13 s", "2 min 5 s"; nothing when the log gives no times.
+/// "13 s", "2 min 5 s"; nothing if the log gives no times.
 [[nodiscard]] std::optional<std::string> durationOf(const Run& run);
 
 }  // namespace Inspect

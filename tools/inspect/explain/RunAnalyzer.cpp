@@ -16,7 +16,7 @@ bool contains(std::string_view text, std::string_view part) {
     return text.find(part) != std::string_view::npos;
 }
 
-/// What launchd says when a job's process ends before its work is done.
+/// launchd's message when a job's process ends before its work is done.
 bool tellsOfADeath(std::string_view text) {
     return contains(text, InstallCommon::InstallHelper::machServiceName) &&
            (contains(text, "was ended by signal") || contains(text, "Service exited") ||
@@ -117,7 +117,7 @@ std::optional<RunAnalyzer::Standing> RunAnalyzer::standing() const {
     standing.run = static_cast<std::size_t>(runs_.rend() - found) - 1;
     const bool isOver = found->steps->isFinished() || found->run.ending == RunEnding::finished;
     standing.steps = found->steps->reports(isOver);
-    // The step at hand may have more to say.
+    // The current step may write more.
     standing.settled = isOver ? standing.steps.size() : found->steps->reached() - 1;
     return standing;
 }

@@ -10,8 +10,8 @@
 
 namespace Inspect {
 
-/// Puts the runs of the uninstaller together from a log's entries. Memory grows with the number of runs, not
-/// with that of entries.
+/// Assembles the runs of the uninstaller from a log's entries. Memory grows with the number of runs, not with
+/// that of entries.
 class RunAnalyzer {
   public:
     /// Takes the log's entries in order.
@@ -21,10 +21,10 @@ class RunAnalyzer {
     struct Standing {
         std::size_t run = 0;  ///< in the order in which they began, from 0
         std::vector<StepReport> steps;
-        /// So many of the steps, from the first on, are over.
+        /// This many of the steps, from the first on, are over.
         std::size_t settled = 0;
     };
-    /// The last run whose helper has written something, as it stands; nothing before that.
+    /// The current state of the last run whose helper has written something; nothing before that.
     [[nodiscard]] std::optional<Standing> standing() const;
 
     /// All runs in the order in which they began. Nothing may be added afterwards.
@@ -39,7 +39,7 @@ class RunAnalyzer {
         std::optional<StepMatcher> steps;
         /// The uninstaller has written its last line.
         bool hasOutcome = false;
-        /// What its last line but one has told.
+        /// The reason given by its last line but one.
         std::optional<RunEnding> reason;
     };
 

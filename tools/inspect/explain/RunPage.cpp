@@ -104,7 +104,7 @@ std::string fixed(double number) {
     return text.data();
 }
 
-// Filtering without a script: each box hides the rows of its outcome while it is not ticked.
+// Filters without a script: each box hides the rows of its outcome while it is not ticked.
 std::string filterStyle(std::size_t runs) {
     std::string style;
     for (std::size_t i = 1; i <= runs; ++i) {
@@ -156,7 +156,7 @@ void appendAxis(std::string& svg, const Scale& scale) {
     }
 }
 
-/// Where the time went; empty when the log does not say.
+/// Where the time went; empty if the log does not say.
 std::string timeline(const Run& run) {
     if (!run.beganSeconds || !run.endedSeconds || run.steps.empty() ||
         *run.endedSeconds <= *run.beganSeconds) {

@@ -9,19 +9,19 @@
 
 namespace Inspect {
 
-/// Runs for people, at most `width` columns wide where words allow it: for each run when it began and ended,
-/// its result, what failed and why, and what to do. With `allSteps` every step is shown with what it did.
+/// Runs for people, at most `width` columns wide where words allow it: for each run its beginning and end,
+/// its result, what failed and why, and what to do. With `allSteps` every step is shown with its actions.
 /// Foreign text is escaped (see `shown`).
 [[nodiscard]] std::string runReport(const std::vector<Run>& runs, bool allSteps, std::size_t width);
 
 /// The same as a JSON document, every step included:
 ///   formatVersion   1
-///   runs            for each run: ending, result, advice (array), began, ended, seconds, uninstaller and
-///   helper
-///                   (process ids), consoleFound, reached, helperFinished, helperDied, words (array), and
-///                   steps: number, class, description, outcome, pauses, details: outcome, subject, reason,
-///                   advice
-/// What the log does not tell is null.
+///   runs            for each run: ending, result, advice (array), began, ended, seconds,
+///                   uninstaller and helper (process ids), consoleFound, reached, helperFinished,
+///                   helperDied, words (array), steps
+///   steps           number, class, description, outcome, pauses, details
+///   details         outcome, subject, reason, advice
+/// Values that the log does not contain are null.
 [[nodiscard]] Json runJson(const std::vector<Run>& runs);
 
 /// The same as one HTML page that needs nothing else: no script, no network, no file.

@@ -54,7 +54,7 @@ std::vector<StepReport> StepMatcher::reports(bool wentThrough) const {
     return reports;
 }
 
-// Both kernel extensions have one name and one identifier. When one unloading failed because nothing was
+// Both kernel extensions have one name and one identifier. If one unloading failed because nothing was
 // loaded, it is the second: the first, silent one has succeeded.
 void StepMatcher::moveLoneUnloadFailure(std::vector<StepReport>& reports) {
     const auto first = std::find_if(reports.begin(), reports.end(), [](const StepReport& report) {
@@ -73,7 +73,7 @@ void StepMatcher::moveLoneUnloadFailure(std::vector<StepReport>& reports) {
     }
 }
 
-// A line about an ended process does not say whose it was.
+// A line about an ended process does not say which step it belongs to.
 void StepMatcher::blurClosings(std::vector<StepReport>& reports) {
     const auto isClosing = [](const StepReport& report) { return report.className == "KillProcessCommand"; };
     const bool anything = std::any_of(reports.begin(), reports.end(), [&](const StepReport& report) {

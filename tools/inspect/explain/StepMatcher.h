@@ -12,16 +12,16 @@
 
 namespace Inspect {
 
-/// Finds, for the lines that the installer helper writes while it executes an uninstallation's list, the
-/// steps that they belong to. The log does not number the steps: a line belongs to the first step, from the
-/// one at hand on, that could have written it.
+/// Assigns the lines that the installer helper writes while it executes an uninstallation's list to the steps
+/// that they belong to. The log does not number the steps: a line belongs to the first step, from the current
+/// one on, that could have written it.
 class StepMatcher {
   public:
     /// Makes the list anew; needs SystemPorts.
     StepMatcher();
 
-    /// Takes one of the helper's entries. Returns false, and changes nothing, when no step from the one at
-    /// hand on could have written it.
+    /// Takes one of the helper's entries. Returns false, and changes nothing, if no step from the current one
+    /// on could have written it.
     [[nodiscard]] bool add(const LogEntry& entry);
 
     /// Whether the last step has written its last line.
@@ -29,8 +29,8 @@ class StepMatcher {
     /// The number of steps up to the one that wrote last; 0 before the first line.
     [[nodiscard]] std::size_t reached() const { return reached_; }
 
-    /// The steps as they stand. `wentThrough` says that the helper went through the whole list, so that a
-    /// step without lines had nothing to do; otherwise the steps behind the last line were not reached.
+    /// The current state of the steps. `wentThrough` says that the helper went through the whole list, so a
+    /// step without lines had nothing to do; otherwise the steps after the last line were not reached.
     [[nodiscard]] std::vector<StepReport> reports(bool wentThrough) const;
 
   private:

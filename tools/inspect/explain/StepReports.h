@@ -8,7 +8,7 @@
 
 namespace Inspect {
 
-/// What became of a step, or of one thing that a step does.
+/// The outcome of a step, or of one thing that a step does.
 enum class StepOutcome : std::uint8_t {
     done,
     notThere,    ///< there was nothing to do
@@ -17,14 +17,14 @@ enum class StepOutcome : std::uint8_t {
     notReached,  ///< the run ended before it
 };
 
-/// One thing that a step did, as the log tells it.
+/// One action of a step, as the log shows it.
 struct StepDetail {
     StepOutcome outcome = StepOutcome::unknown;
-    /// What was acted on: a path, a job with its domain, a process id.
+    /// Its object: a path, a job with its domain, a process id.
     std::string subject;
     /// Why it failed or had nothing to do; empty otherwise.
     std::string reason;
-    /// What to do about a failure; may be empty.
+    /// The remedy for a failure; may be empty.
     std::string advice;
 };
 

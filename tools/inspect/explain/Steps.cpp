@@ -17,7 +17,7 @@ namespace {
 constexpr std::string_view kPrefix = "[SNTM Installer] ";
 constexpr std::string_view kSupport = "Send the report to support.";
 
-/// What follows `start` in `text`; nothing when it does not start so.
+/// The rest of `text` after `start`; nothing if it does not start so.
 std::optional<std::string_view> after(std::string_view start, std::string_view text) {
     return text.starts_with(start) ? std::optional(text.substr(start.size())) : std::nullopt;
 }
@@ -35,7 +35,7 @@ std::string trimmed(std::string_view text) {
     return line;
 }
 
-/// What a child process said on standard error, and its exit status.
+/// A child process's words on standard error, and its exit status.
 struct ToolWords {
     std::string words;
     std::int32_t status = 0;
@@ -52,7 +52,7 @@ std::optional<ToolWords> toolWords(std::string_view text) {
     return ToolWords{trimmed(rest->substr(0, end)), number(status.substr(0, status.find(';'))).value_or(-1)};
 }
 
-/// Fills in what launchctl's exit status means.
+/// Fills in the meaning of launchctl's exit status.
 void explainStatus(const ToolWords& tool, StepDetail& detail) {
     const std::optional<CodeMeaning> code = launchctlStatus(tool.status);
     detail.outcome = code && code->isNormal ? StepOutcome::notThere : StepOutcome::failed;

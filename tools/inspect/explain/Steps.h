@@ -10,7 +10,7 @@
 
 namespace Inspect {
 
-/// One command of the list, as the lines show it that the helper writes while it executes it.
+/// One command of the list, seen through the lines that the helper writes while it executes it.
 class Step {
   public:
     virtual ~Step() = default;
@@ -19,7 +19,7 @@ class Step {
     [[nodiscard]] virtual bool take(std::string_view text) = 0;
     /// Whether nothing more can follow from this step.
     [[nodiscard]] virtual bool isComplete() const = 0;
-    /// What it means when the helper went past this step and no line of it is there.
+    /// What it means if the helper went past this step without a line of it.
     [[nodiscard]] virtual StepOutcome outcomeOfSilence() const = 0;
     [[nodiscard]] virtual bool pauses() const { return false; }
 
@@ -36,7 +36,7 @@ class Step {
 /// The step of a command of an uninstallation's list; null for a class that is in no such list.
 [[nodiscard]] std::unique_ptr<Step> makeStep(const InstallCommon::Command& command);
 
-/// done when anything was done, failed when anything failed, otherwise notThere or unknown.
+/// done if anything was done, failed if anything failed, otherwise notThere or unknown.
 [[nodiscard]] StepOutcome combinedOutcome(const std::vector<StepDetail>& details);
 
 }  // namespace Inspect
