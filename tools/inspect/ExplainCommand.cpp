@@ -1,5 +1,6 @@
 // The command that reads a log.
 
+#include <algorithm>
 #include <functional>
 #include <optional>
 
@@ -41,8 +42,10 @@ class Telling {
     /// Also shows a run's last step before it broke off.
     void finish(const std::vector<Run>& runs = {}) {
         if (narrator_) {
-            if (run_ < runs.size()) {
-                write(narrator_->tell(runs[run_].steps, runs[run_].steps.size()));
+            const auto last =
+                std::find_if(runs.begin(), runs.end(), [this](const Run& run) { return run.number == run_; });
+            if (last != runs.end()) {
+                write(narrator_->tell(last->steps, last->steps.size()));
             }
             write(narrator_->finish() + "\n");
         }

@@ -292,6 +292,24 @@ TEST_F(Explain, SaysThatTheLogDoesNotTellWhichApplicationWasClosed) {
     EXPECT_EQ(countOf(run, "unknown"), 11U);
 }
 
+TEST_F(Explain, LeavesOutWhatAStepDidTooOften) {
+    Entries entries = finishedRun();
+    const auto firstRemoval = std::find_if(entries.begin(), entries.end(), [](const SampleEntry& entry) {
+        return entry.text == "[SNTM Installer] Removed at /Applications/Sentrel.app";
+    });
+    Entries killed(300, {1, kHelper, 20, "[SNTM Installer] Kill result for pid 77: 0"});
+    killed.push_back({1, kHelper, 20, "[SNTM Installer] Kill result for pid 78: -1"});
+    entries.insert(firstRemoval, killed.begin(), killed.end());
+    const nlohmann::json step = onlyRun(entries).at("steps").at(18);
+    EXPECT_EQ(step.at("outcome"), "failed");
+    EXPECT_EQ(step.at("details").size(), 101U);
+    EXPECT_EQ(step.at("details").at(100).at("subject"), "process 78");
+    EXPECT_EQ(step.at("detailsLeftOut"), 200);
+    EXPECT_NE(inspect({"explain", "--all"}, logOf(entries))
+                  .output.find("\n                   200 more are left out\n"),
+              std::string::npos);
+}
+
 TEST_F(Explain, KeepsForgedTextInItsLine) {
     Entries entries = finishedRun();
     entries.insert(entries.begin() + 1, {0, kUninstaller, 18, "odd\x1b[31m \xE2\x80\xAE<b>text"});

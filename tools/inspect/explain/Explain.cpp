@@ -47,10 +47,13 @@ std::optional<std::vector<Run>> runsOfLog(const std::string& file, std::string& 
         refusal = "not a system log: no line has the form of an entry";
         return std::nullopt;
     }
+    std::vector<Run> runs = analyzer.finish();
     if (reader.endsInTheMiddle()) {
         notice = "The log ends in the middle of an entry.";
+    } else if (!runs.empty() && runs.front().number > 1) {
+        notice = "Of the log's runs only the last " + std::to_string(runs.size()) + " are told.";
     }
-    return analyzer.finish();
+    return runs;
 }
 
 }  // namespace Inspect

@@ -1,5 +1,6 @@
 #include "inspect/explain/LogReader.h"
 
+#include <string_view>
 #include <utility>
 
 #include "inspect/explain/LogLine.h"
@@ -65,8 +66,13 @@ bool LogReader::readLine(std::string& line) {
     if (byte == kEnd) {
         return false;
     }
-    for (; byte != kEnd && byte != '\n'; byte = nextByte()) {
-        appendBounded(line, static_cast<char>(byte));
+    while (byte != kEnd && byte != '\n') {
+        // The byte that was taken, and all up to the line's end that were read with it.
+        const std::string_view ahead = std::string_view(buffer_).substr(position_ - 1);
+        const std::string_view taken = ahead.substr(0, ahead.find('\n'));
+        line.append(taken.substr(0, kLongestEntry - line.size()));
+        position_ += taken.size() - 1;
+        byte = nextByte();
     }
     ++line_;
     return true;

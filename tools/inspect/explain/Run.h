@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -23,6 +24,8 @@ enum class RunEnding : std::uint8_t {
 
 /// One run of the uninstaller: its own lines and those of the helper that worked for it.
 struct Run {
+    /// Counts the log's runs from 1, in the order in which they began.
+    std::size_t number = 0;
     RunEnding ending = RunEnding::cutOff;
     /// Times as the log writes them, and in seconds as in LogEntry: of the first and the last line.
     std::string began;

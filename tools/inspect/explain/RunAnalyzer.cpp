@@ -76,8 +76,7 @@ void RunAnalyzer::addFromHelper(const LogEntry& entry) {
         touch(*open, entry);
         return;
     }
-    StepMatcher fresh;
-    if (!fresh.add(entry)) {
+    if (!fresh_.add(entry)) {
         open = open != nullptr ? open : runWithoutHelper();
         if (open != nullptr) {
             note(*open, entry);
@@ -86,7 +85,7 @@ void RunAnalyzer::addFromHelper(const LogEntry& entry) {
     }
     open = runWithoutHelper();
     open = open != nullptr ? open : &begin(entry);
-    open->steps = std::move(fresh);
+    open->steps = std::exchange(fresh_, StepMatcher());
     open->run.helper = entry.pid;
     touch(*open, entry);
 }
@@ -114,7 +113,7 @@ std::optional<RunAnalyzer::Standing> RunAnalyzer::standing() const {
         return std::nullopt;
     }
     Standing standing;
-    standing.run = static_cast<std::size_t>(runs_.rend() - found) - 1;
+    standing.run = found->run.number;
     const bool isOver = found->steps->isFinished() || found->run.ending == RunEnding::finished;
     standing.steps = found->steps->reports(isOver);
     // The current step may write more.
@@ -144,10 +143,13 @@ std::vector<Run> RunAnalyzer::finish() {
 }
 
 RunAnalyzer::Open& RunAnalyzer::begin(const LogEntry& entry) {
-    Open open;
-    open.run.began = entry.time;
-    open.run.beganSeconds = entry.seconds;
-    runs_.push_back(std::move(open));
+    if (runs_.size() == kMostRuns) {
+        runs_.pop_front();
+    }
+    Run& run = runs_.emplace_back().run;
+    run.number = ++begun_;
+    run.began = entry.time;
+    run.beganSeconds = entry.seconds;
     return runs_.back();
 }
 
@@ -174,7 +176,7 @@ RunAnalyzer::Open* RunAnalyzer::runWithoutHelper() {
 
 void RunAnalyzer::note(Open& open, const LogEntry& entry) {
     if (open.run.words.size() < kMostWords) {
-        open.run.words.push_back(entry.text);
+        open.run.words.push_back(entry.text.substr(0, kLongestWords));
     }
 }
 

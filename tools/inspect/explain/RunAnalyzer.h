@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <deque>
 #include <optional>
 #include <vector>
 
@@ -10,16 +11,18 @@
 
 namespace Inspect {
 
-/// Assembles the runs of the uninstaller from a log's entries. Memory grows with the number of runs, not with
-/// that of entries.
+/// Assembles the runs of the uninstaller from a log's entries. Memory does not grow with the log: the last
+/// kMostRuns runs are kept, with a bounded number of words and details each.
 class RunAnalyzer {
   public:
+    static constexpr std::size_t kMostRuns = 100;
+
     /// Takes the log's entries in order.
     void add(const LogEntry& entry);
 
     /// How far a run has come.
     struct Standing {
-        std::size_t run = 0;  ///< in the order in which they began, from 0
+        std::size_t run = 0;  ///< its number
         std::vector<StepReport> steps;
         /// This many of the steps, from the first on, are over.
         std::size_t settled = 0;
@@ -27,12 +30,13 @@ class RunAnalyzer {
     /// The current state of the last run whose helper has written something; nothing before that.
     [[nodiscard]] std::optional<Standing> standing() const;
 
-    /// All runs in the order in which they began. Nothing may be added afterwards.
+    /// The runs in the order in which they began. Nothing may be added afterwards.
     [[nodiscard]] std::vector<Run> finish();
 
   private:
     /// How many lines that belong to no step are kept for each run.
     static constexpr std::size_t kMostWords = 50;
+    static constexpr std::size_t kLongestWords = 4096;
 
     struct Open {
         Run run;
@@ -56,7 +60,10 @@ class RunAnalyzer {
     static void note(Open& open, const LogEntry& entry);
     static void touch(Open& open, const LogEntry& entry);
 
-    std::vector<Open> runs_;
+    std::deque<Open> runs_;
+    std::size_t begun_ = 0;
+    /// Has taken no line: making one for each line that may belong to no step would take long.
+    StepMatcher fresh_;
 };
 
 }  // namespace Inspect

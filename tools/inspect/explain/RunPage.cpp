@@ -105,12 +105,12 @@ std::string fixed(double number) {
 }
 
 // Filters without a script: each box hides the rows of its outcome while it is not ticked.
-std::string filterStyle(std::size_t runs) {
+std::string filterStyle(const std::vector<Run>& runs) {
     std::string style;
-    for (std::size_t i = 1; i <= runs; ++i) {
+    for (const Run& each : runs) {
         for (const StepOutcome outcome : kOutcomes) {
             const std::string name = className(outcome);
-            const std::string run = std::to_string(i);
+            const std::string run = std::to_string(each.number);
             style += "#run" + run + ":has(#show" + run + name + ":not(:checked)) tr.row" + name +
                      " { display: none; }\n";
         }
@@ -143,6 +143,9 @@ void appendAxis(std::string& svg, const Scale& scale) {
     double step = 1;
     for (const double next : {2.0, 5.0, 10.0, 15.0, 30.0, 60.0, 120.0, 300.0, 600.0, 1800.0, 3600.0}) {
         step = scale.length / step > kMostMarks ? next : step;
+    }
+    while (scale.length / step > kMostMarks) {
+        step *= 2;
     }
     for (double mark = 0; mark <= scale.length; mark += step) {
         const std::string x = fixed(std::min(scale.at(scale.start + mark), kPictureWidth - 1));
@@ -191,6 +194,7 @@ void appendDetails(std::string& page, const StepReport& step) {
         page += detail.reason.empty() ? "" : ": " + escaped(detail.reason);
         page += "</li>";
     }
+    page += step.detailsLeftOut == 0 ? "" : "<li>" + leftOutText(step) + "</li>";
     page += "</ul>";
 }
 
@@ -209,9 +213,10 @@ void appendTable(std::string& page, const Run& run, const std::string& number) {
         "<th scope=\"col\">Step</th></tr></thead>\n<tbody>\n";
     for (const StepReport& step : run.steps) {
         const std::string css = className(step.outcome);
-        page += "<tr class=\"row" + css + "\"><td>" + std::to_string(step.number) + "</td><td class=\"mark " +
-                css + "\"><span aria-hidden=\"true\">" + std::string(markOnPage(step.outcome)) + "</span> " +
-                std::string(nameOf(step.outcome)) + "</td><td>" + escaped(step.description);
+        page += "<tr class=\"row" + css + "\"><td>" + std::to_string(step.number) + "</td>";
+        page += "<td class=\"mark " + css + "\"><span aria-hidden=\"true\">";
+        page += std::string(markOnPage(step.outcome)) + "</span> ";
+        page += std::string(nameOf(step.outcome)) + "</td><td>" + escaped(step.description);
         page += step.pauses ? " <span class=\"notthere\">(then a pause of 5 s)</span>" : "";
         appendDetails(page, step);
         page += "</td></tr>\n";
@@ -223,8 +228,8 @@ void appendFact(std::string& page, std::string_view label, const std::string& te
     page += "<dt>" + std::string(label) + "</dt><dd>" + text + "</dd>\n";
 }
 
-void appendRun(std::string& page, const Run& run, std::size_t index, std::size_t runs) {
-    const std::string number = std::to_string(index);
+void appendRun(std::string& page, const Run& run, std::size_t runs) {
+    const std::string number = std::to_string(run.number);
     const bool good = run.ending == RunEnding::finished && run.count(StepOutcome::failed) == 0;
     page +=
         "<section id=\"run" + number + "\">\n<h2>Run " + number + " of " + std::to_string(runs) + "</h2>\n";
@@ -262,13 +267,12 @@ void appendRun(std::string& page, const Run& run, std::size_t index, std::size_t
 
 std::string runPage(const std::vector<Run>& runs) {
     std::string page(kHead);
-    page +=
-        filterStyle(runs.size()) + "</style>\n</head>\n<body>\n<main>\n<h1>Uninstallation of Sentrel</h1>\n";
+    page += filterStyle(runs) + "</style>\n</head>\n<body>\n<main>\n<h1>Uninstallation of Sentrel</h1>\n";
     if (runs.empty()) {
         page += "<p class=\"result\">No run of the uninstaller is in this log.</p>\n";
     }
-    for (std::size_t i = 0; i < runs.size(); ++i) {
-        appendRun(page, runs[i], i + 1, runs.size());
+    for (const Run& run : runs) {
+        appendRun(page, run, runs.back().number);
     }
     return page +
            "</main>\n<footer>Made by sentrel-inspect explain from a system log.</footer>\n</body>\n</html>\n";

@@ -79,6 +79,9 @@ void appendStep(std::string& output, const StepReport& step, bool everything, st
             appendWrapped(output, std::string(kDetailIndent, ' '), detailText(detail), width);
         }
     }
+    if (step.detailsLeftOut > 0) {
+        appendLine(output, std::string(kDetailIndent, ' ') + leftOutText(step));
+    }
 }
 
 void appendSteps(std::string& output, const Run& run, bool allSteps, std::size_t width) {
@@ -121,8 +124,13 @@ Json stepJson(const StepReport& step) {
                            {"reason", detail.reason},
                            {"advice", detail.advice}});
     }
-    return {{"number", step.number},           {"class", step.className}, {"description", step.description},
-            {"outcome", nameOf(step.outcome)}, {"pauses", step.pauses},   {"details", std::move(details)}};
+    return {{"number", step.number},
+            {"class", step.className},
+            {"description", step.description},
+            {"outcome", nameOf(step.outcome)},
+            {"pauses", step.pauses},
+            {"details", std::move(details)},
+            {"detailsLeftOut", step.detailsLeftOut}};
 }
 
 Json oneRunJson(const Run& run) {
@@ -134,7 +142,8 @@ Json oneRunJson(const Run& run) {
     if (run.beganSeconds && run.endedSeconds) {
         seconds = *run.endedSeconds - *run.beganSeconds;
     }
-    return {{"ending", nameOf(run.ending)},
+    return {{"number", run.number},
+            {"ending", nameOf(run.ending)},
             {"result", resultOf(run)},
             {"advice", adviceFor(run)},
             {"began", run.began},
@@ -157,12 +166,16 @@ std::string runReport(const std::vector<Run>& runs, bool allSteps, std::size_t w
         return "No run of the uninstaller is in this log.\n";
     }
     std::string output;
-    for (std::size_t i = 0; i < runs.size(); ++i) {
-        output += (i == 0 ? "Run " : "\nRun ") + std::to_string(i + 1) + " of " +
-                  std::to_string(runs.size()) + '\n';
-        appendRun(output, runs[i], allSteps, width);
+    for (const Run& run : runs) {
+        output += (output.empty() ? "Run " : "\nRun ") + std::to_string(run.number) + " of " +
+                  std::to_string(runs.back().number) + '\n';
+        appendRun(output, run, allSteps, width);
     }
     return output;
+}
+
+std::string leftOutText(const StepReport& step) {
+    return std::to_string(step.detailsLeftOut) + " more are left out";
 }
 
 Json runJson(const std::vector<Run>& runs) {

@@ -41,6 +41,7 @@ std::vector<StepReport> StepMatcher::reports(bool wentThrough) const {
         const Step& step = *steps_[i].step;
         StepReport report = steps_[i].report;
         report.details = step.details();
+        report.detailsLeftOut = step.leftOut();
         report.pauses = step.pauses();
         if (!report.details.empty()) {
             report.outcome = combinedOutcome(report.details);

@@ -37,6 +37,8 @@ struct StepReport {
     std::string description;
     StepOutcome outcome = StepOutcome::notReached;
     std::vector<StepDetail> details;
+    /// How many more the log tells of.
+    std::size_t detailsLeftOut = 0;
     /// Times of its first and last line, as in LogEntry; nothing for a step without one.
     std::optional<double> first;
     std::optional<double> last;

@@ -56,7 +56,8 @@ std::optional<ToolWords> toolWords(std::string_view text) {
 void explainStatus(const ToolWords& tool, StepDetail& detail) {
     const std::optional<CodeMeaning> code = launchctlStatus(tool.status);
     detail.outcome = code && code->isNormal ? StepOutcome::notThere : StepOutcome::failed;
-    detail.reason = (code ? std::string(code->meaning) : "launchctl failed") + " (" + tool.words + ")";
+    detail.reason = (code ? std::string(code->meaning) : "launchctl failed") + " (" +
+                    tool.words.substr(0, Step::kLongestText) + ")";
     detail.advice = code ? code->advice : kSupport;
 }
 
@@ -260,6 +261,22 @@ struct StepMaker {
 };
 
 }  // namespace
+
+// The last one may still become something else; what it is in the end shows when the next one comes.
+void Step::add(StepDetail detail) {
+    const auto isLikeTheLast = [this](const StepDetail& each) {
+        return each.outcome == details_.back().outcome;
+    };
+    if (details_.size() > kMostAlike &&
+        std::cmp_greater(std::count_if(details_.begin(), details_.end(), isLikeTheLast), kMostAlike)) {
+        details_.pop_back();
+        ++leftOut_;
+    }
+    for (std::string* text : {&detail.subject, &detail.reason}) {
+        text->resize(std::min(text->size(), kLongestText));
+    }
+    details_.push_back(std::move(detail));
+}
 
 std::unique_ptr<Step> makeStep(const InstallCommon::Command& command) {
     return std::visit(StepMaker(), kindOf(command).narrow(command));

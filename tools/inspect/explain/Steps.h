@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -23,14 +24,22 @@ class Step {
     [[nodiscard]] virtual StepOutcome outcomeOfSilence() const = 0;
     [[nodiscard]] virtual bool pauses() const { return false; }
 
+    /// In the log's order; at most kMostAlike of each outcome, and the last one.
     [[nodiscard]] const std::vector<StepDetail>& details() const { return details_; }
+    /// How many more there were.
+    [[nodiscard]] std::size_t leftOut() const { return leftOut_; }
+
+    static constexpr std::size_t kMostAlike = 100;
+    /// Of a detail's subject and reason so many bytes are kept.
+    static constexpr std::size_t kLongestText = 2048;
 
   protected:
-    void add(StepDetail detail) { details_.push_back(std::move(detail)); }
+    void add(StepDetail detail);
     [[nodiscard]] StepDetail* last() { return details_.empty() ? nullptr : &details_.back(); }
 
   private:
     std::vector<StepDetail> details_;
+    std::size_t leftOut_ = 0;
 };
 
 /// The step of a command of an uninstallation's list; null for a class that is in no such list.
