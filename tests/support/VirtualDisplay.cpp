@@ -79,10 +79,19 @@ VirtualDisplay::VirtualDisplay(const std::string& authority) : authority_(author
 }
 
 VirtualDisplay::~VirtualDisplay() {
+    end(SIGTERM);
+}
+
+void VirtualDisplay::kill() {
+    end(SIGKILL);
+}
+
+void VirtualDisplay::end(int signal) {
     if (server_ > 0) {
-        ::kill(server_, SIGTERM);
+        ::kill(server_, signal);
         while (::waitpid(server_, nullptr, 0) < 0 && errno == EINTR) {
         }
+        server_ = -1;
     }
 }
 

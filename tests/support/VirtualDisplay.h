@@ -21,6 +21,9 @@ class VirtualDisplay {
     /// ":N".
     [[nodiscard]] const std::string& name() const { return name_; }
 
+    /// Ends it, as a crash would.
+    void kill();
+
     /// Waits until the window of that title has the keyboard.
     [[nodiscard]] bool waitForWindow(const std::string& title,
                                      std::chrono::seconds limit = std::chrono::seconds(60)) const;
@@ -41,6 +44,8 @@ class VirtualDisplay {
     [[nodiscard]] bool writeScreenshot(const std::string& file) const;
 
   private:
+    void end(int signal);
+
     pid_t server_ = -1;
     std::string name_;
     std::string authority_;

@@ -20,6 +20,7 @@ constexpr int kPatience = 60000;
 
 std::vector<char*> pointers(std::vector<std::string>& words) {
     std::vector<char*> result;
+    result.reserve(words.size() + 1);
     for (std::string& word : words) {
         result.push_back(word.data());
     }
@@ -41,13 +42,14 @@ std::vector<std::string> environmentFor(const std::string& display) {
     return result;
 }
 
-/// Starts a program with these descriptors as its standard input and output.
-pid_t start(std::vector<std::string> command, const std::string& display, int input, int output) {
+/// Starts a program with these descriptors as its standard input, output and error.
+pid_t start(std::vector<std::string> command, const std::string& display, int input, int output, int errors) {
     std::vector<std::string> environment = environmentFor(display);
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_adddup2(&actions, input, 0);
     posix_spawn_file_actions_adddup2(&actions, output, 1);
+    posix_spawn_file_actions_adddup2(&actions, errors, 2);
     pid_t child = -1;
     if (posix_spawnp(&child, command.front().c_str(), &actions, nullptr, pointers(command).data(),
                      pointers(environment).data()) != 0) {
@@ -66,7 +68,8 @@ void endProcess(pid_t process, int signal) {
 
 }  // namespace
 
-ProbeProcess::ProbeProcess(const std::string& display, const std::vector<std::string>& settings) {
+ProbeProcess::ProbeProcess(const std::string& display, const std::vector<std::string>& settings,
+                           Streams streams) {
     std::array<int, 2> input{};
     std::array<int, 2> output{};
     if (pipe2(input.data(), O_CLOEXEC) != 0 || pipe2(output.data(), O_CLOEXEC) != 0) {
@@ -74,7 +77,8 @@ ProbeProcess::ProbeProcess(const std::string& display, const std::vector<std::st
     }
     std::vector<std::string> command{WINDOW_PROBE, WINDOW_LIBRARY};
     command.insert(command.end(), settings.begin(), settings.end());
-    child_ = start(command, display, input[0], output[1]);
+    child_ = start(command, display, input[0], output[1],
+                   streams == Streams::outputAndErrors ? output[1] : STDERR_FILENO);
     close(input[0]);
     close(output[1]);
     input_ = input[1];
@@ -94,7 +98,7 @@ void ProbeProcess::tell(const std::string& command) const {
 }
 
 bool ProbeProcess::readLine(std::string& line, int milliseconds) {
-    for (std::size_t end = 0; (end = rest_.find('\n')) == std::string::npos;) {
+    while (rest_.find('\n') == std::string::npos) {
         pollfd ready{output_, POLLIN, 0};
         std::array<char, 512> buffer{};
         if (poll(&ready, 1, milliseconds) != 1) {

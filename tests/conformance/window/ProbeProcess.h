@@ -10,8 +10,12 @@ namespace WindowTests {
 /// A WindowProbe on a display, ended with the object.
 class ProbeProcess {
   public:
+    /// What is listened to.
+    enum class Streams { output, outputAndErrors };
+
     /// `settings` as on the probe's command line. With an empty display, DISPLAY is not set.
-    ProbeProcess(const std::string& display, const std::vector<std::string>& settings);
+    ProbeProcess(const std::string& display, const std::vector<std::string>& settings,
+                 Streams streams = Streams::output);
     ProbeProcess(const ProbeProcess&) = delete;
     ProbeProcess& operator=(const ProbeProcess&) = delete;
     ~ProbeProcess();

@@ -383,6 +383,23 @@ TEST_F(Window, ALockThatCannotBeMadeStaysLocked) {
     }
 }
 
+TEST(WindowWhoseDisplayEnds, EndsWithAClearLine) {
+    for (const char* state : {"label ready", "run", "alert OK|Message|Text"}) {
+        TestSupport::VirtualDisplay display;
+        ProbeProcess probe(display.name(), texts(), ProbeProcess::Streams::outputAndErrors);
+        ASSERT_TRUE(probe.hears("launched")) << state;
+        probe.tell(state);
+        const std::string command = state;
+        EXPECT_TRUE(probe.hears(command == "run" ? "running" : command.substr(0, command.find(" OK"))));
+        display.kill();
+        EXPECT_TRUE(probe.hears(
+            "The window is gone because its display has ended. A removal that has begun goes on."))
+            << state;
+        EXPECT_EQ(probe.status(), 0) << state;
+        EXPECT_FALSE(probe.hears("anything more")) << probe.heard().back();
+    }
+}
+
 TEST(WindowWithoutDisplay, SaysSoWhenNoneIsNamed) {
     ProbeProcess probe("", texts());
     EXPECT_TRUE(probe.hears("unavailable: There is no display: DISPLAY is not set."));

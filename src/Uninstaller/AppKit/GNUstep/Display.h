@@ -6,6 +6,11 @@ extern "C" {
 /// manager runs there. If not, `name` is the name that was tried (cut to `size`).
 int SNTProbeDisplay(int* hasWindowManager, char* name, unsigned long size);
 
+/// From now on a lost connection to the X server ends the process with a line on standard error and exit
+/// status 0, the program's only one. Left to itself, Xlib ends it by exit(3), which takes down what other
+/// threads are still using.
+void SNTEndWithDisplay(void);
+
 #ifdef __cplusplus
 }
 #endif

@@ -3,6 +3,8 @@
 #include <X11/Xatom.h>
 #include <X11/Xlib.h>
 #include <stdio.h>
+#include <stdlib.h>
+#include <unistd.h>
 
 static int windowManagerRuns(Display* display) {
     const Atom check = XInternAtom(display, "_NET_SUPPORTING_WM_CHECK", True);
@@ -31,4 +33,19 @@ int SNTProbeDisplay(int* hasWindowManager, char* name, unsigned long size) {
     *hasWindowManager = windowManagerRuns(display);
     XCloseDisplay(display);
     return 1;
+}
+
+/// The connection's locks are held and nothing of the application can be relied on.
+static int endProcess(Display* display) {
+    static const char line[] =
+        "The window is gone because its display has ended. A removal that has begun goes on.\n";
+    (void)display;
+    // Standard error may be gone, too.
+    const ssize_t written = write(STDERR_FILENO, line, sizeof line - 1);
+    (void)written;
+    _exit(EXIT_SUCCESS);
+}
+
+void SNTEndWithDisplay(void) {
+    XSetIOErrorHandler(endProcess);
 }

@@ -77,6 +77,7 @@ void SNTMakeApplication(void) {
     [NSApplication sharedApplication];
     sigaction(SIGTERM, &terminated, NULL);
     sigaction(SIGINT, &interrupted, NULL);
+    SNTEndWithDisplay();
     NSArray* installed = [[NSFontManager sharedFontManager] availableFonts];
     chooseFonts(installed);
     chooseSubstitutes(installed);
