@@ -74,12 +74,20 @@ TEST(Payload, HasTheConsoleThatAMacIsCreatedWith) {
 TEST(Payload, OfRealSizeHasTheAmountOfTheProduct) {
     const ProductMac mac({});
     const std::string payload = mac.scratch() + "/payload";
-    EXPECT_EQ(runProgram({mac.macsim(), "payload", payload, "--size", "real"}).status, 0);
+    // On a terminal; it shows how many files there are so far, and wipes the line at the end.
+    const auto made =
+        runProgram({"script", "-qec", mac.macsim() + " payload '" + payload + "' --size real", "/dev/null"});
+    EXPECT_EQ(made.status, 0);
+    EXPECT_THAT(made.out,
+                testing::AllOf(testing::StartsWith("\r\x1b[K250 files...\r\x1b[K500 files..."),
+                               HasSubstr("\r\x1b[K12000 files..."), testing::EndsWith("files...\r\x1b[K")));
     std::size_t files = 0;
     for (const fs::directory_entry& entry : fs::recursive_directory_iterator(payload)) {
         files += entry.is_regular_file() ? 1 : 0;
     }
     EXPECT_GT(files, 12000U);
+    const std::string quiet = mac.scratch() + "/small";
+    EXPECT_EQ(runProgram({mac.macsim(), "payload", quiet}).err, "");
     EXPECT_GT(fs::file_size(payload + "/SupportFiles/bases.nvb"), std::uintmax_t{150} << 20);
 }
 
