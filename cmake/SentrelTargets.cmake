@@ -70,16 +70,17 @@ function(sentrel_embed_property_lists target info launchd)
 endfunction()
 
 # sentrel_application(TARGET NAME BUNDLE INFO SOURCES a.cpp ... DEPENDS lib ... [LOCALIZATIONS folder] [ICONS file ...]
-# [RESOURCES file ...] [LIBRARIES target ...]): the program TARGET in the application bundle "NAME.app", in the layout that both systems share:
+# [LIBRARIES target ...] [TOOLS target ...]): the program TARGET in the application bundle "NAME.app", in the layout that both systems share:
 #   Contents/Info.plist                 from resources/INFO
 #   Contents/MacOS                      the program
 #   Contents/Library/LaunchServices     both helpers
 #   Contents/Frameworks                 LIBRARIES, which the program loads itself
+#   Contents/Helpers                    TOOLS, which people call; on Linux without what only a debugger reads
 #   Contents/Resources                  the runtime support package, ICONS (the first is the bundle's own; the others are
 #                                       what its interface shows), and the string tables *.lproj/*.strings in LOCALIZATIONS
 # The target BUNDLE makes it whole.
 function(sentrel_application target name bundle info)
-    cmake_parse_arguments(APPLICATION "" "LOCALIZATIONS" "SOURCES;DEPENDS;LIBRARIES;ICONS" ${ARGN})
+    cmake_parse_arguments(APPLICATION "" "LOCALIZATIONS" "SOURCES;DEPENDS;LIBRARIES;TOOLS;ICONS" ${ARGN})
     set(contents "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/${name}.app/Contents")
     sentrel_program(${target} SOURCES ${APPLICATION_SOURCES} DEPENDS ${APPLICATION_DEPENDS})
     set_target_properties(${target} PROPERTIES OUTPUT_NAME "${name}" RUNTIME_OUTPUT_DIRECTORY "${contents}/MacOS")
@@ -90,6 +91,9 @@ function(sentrel_application target name bundle info)
     endforeach()
     foreach(library IN LISTS APPLICATION_LIBRARIES)
         sentrel_bundle_part(parts "${contents}/Frameworks/${library}.dylib" "$<TARGET_FILE:${library}>" ${library})
+    endforeach()
+    foreach(tool IN LISTS APPLICATION_TOOLS)
+        sentrel_bundle_part(parts "${contents}/Helpers/${tool}" "$<TARGET_FILE:${tool}>" ${tool})
     endforeach()
     sentrel_bundle_part(parts "${contents}/Resources/SwiftRuntimeForCommandLineTools.pkg"
         "${SENTREL_RUNTIME_PACKAGE}" runtime_package "${SENTREL_RUNTIME_PACKAGE}")
@@ -123,9 +127,14 @@ endfunction()
 # sentrel_bundle_part(LIST OUTPUT FILE DEPENDENCY...): has FILE copied to OUTPUT, and appends OUTPUT to the variable LIST.
 function(sentrel_bundle_part list output file)
     cmake_path(GET output PARENT_PATH folder)
+    if(folder MATCHES "/Helpers$" AND CMAKE_SYSTEM_NAME STREQUAL "Linux")
+        set(copy "${CMAKE_STRIP}" --strip-debug -o "${output}" "${file}")
+    else()
+        set(copy "${CMAKE_COMMAND}" -E copy "${file}" "${output}")
+    endif()
     add_custom_command(OUTPUT "${output}"
         COMMAND "${CMAKE_COMMAND}" -E make_directory "${folder}"
-        COMMAND "${CMAKE_COMMAND}" -E copy "${file}" "${output}"
+        COMMAND ${copy}
         DEPENDS ${ARGN}
         VERBATIM)
     set(${list} ${${list}} "${output}" PARENT_SCOPE)

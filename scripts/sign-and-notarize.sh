@@ -77,7 +77,8 @@ team_of() {
 check_arguments() {
     [ -n "$identity" ] || fail "--identity is missing; \"security find-identity -v -p codesigning\" lists what this Mac has"
     [ -d "$app" ] || fail "there is no application at $app; build it first (cmake --build --preset macos)"
-    for part in "$contents/Info.plist" "$contents/MacOS/Uninstall Sentrel" "$contents/Frameworks/UninstallerWindow.dylib" "$package"; do
+    for part in "$contents/Info.plist" "$contents/MacOS/Uninstall Sentrel" "$contents/Frameworks/UninstallerWindow.dylib" \
+        "$contents/Helpers/sentrel-inspect" "$package"; do
         [ -f "$part" ] || fail "the application is not whole: $part is missing"
     done
     for helper in $helpers; do
@@ -129,6 +130,7 @@ sign() {
 # A signature covers what lies inside, so the innermost comes first and the application last.
 sign_everything() {
     sign com.norvik.UninstallerWindow "$contents/Frameworks/UninstallerWindow.dylib"
+    sign com.norvik.sentrel-inspect "$contents/Helpers/sentrel-inspect"
     for helper in $helpers; do
         sign "$helper" "$contents/Library/LaunchServices/$helper"
     done

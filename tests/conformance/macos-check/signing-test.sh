@@ -33,6 +33,7 @@ expected_signing() {
         command_lines pkgutil --check-signature "$package"
     fi
     sign_lines com.norvik.UninstallerWindow "$app/Contents/Frameworks/UninstallerWindow.dylib"
+    sign_lines com.norvik.sentrel-inspect "$app/Contents/Helpers/sentrel-inspect"
     sign_lines com.norvik.InstallerHelper "$app/Contents/Library/LaunchServices/com.norvik.InstallerHelper"
     sign_lines com.norvik.SupportPrivilegedHelper "$app/Contents/Library/LaunchServices/com.norvik.SupportPrivilegedHelper"
     sign_lines com.NORVIK.Uninstall-NORVIK-Antivirus "$app" --entitlements "${script%/scripts/*}/resources/Uninstaller.entitlements"
@@ -141,5 +142,7 @@ rm "$scratch/tools/codesign"
 refused "codesign is missing" --identity "$identity"
 command rm -f "$app/Contents/Library/LaunchServices/com.norvik.InstallerHelper"
 refused "the helper com.norvik.InstallerHelper is missing" --identity "$identity"
+command rm -f "$app/Contents/Helpers/sentrel-inspect"
+refused "sentrel-inspect is missing" --identity "$identity"
 
 [ "$failures" -eq 0 ]
