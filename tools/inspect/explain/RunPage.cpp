@@ -111,8 +111,9 @@ std::string filterStyle(const std::vector<Run>& runs) {
         for (const StepOutcome outcome : kOutcomes) {
             const std::string name = className(outcome);
             const std::string run = std::to_string(each.number);
-            style += "#run" + run + ":has(#show" + run + name + ":not(:checked)) tr.row" + name +
-                     " { display: none; }\n";
+            style += "#run" + run + ":has(#show";
+            style += run + name + ":not(:checked)) tr.row";
+            style += name + " { display: none; }\n";
         }
     }
     return style;
@@ -147,14 +148,17 @@ void appendAxis(std::string& svg, const Scale& scale) {
     while (scale.length / step > kMostMarks) {
         step *= 2;
     }
-    for (double mark = 0; mark <= scale.length; mark += step) {
+    const auto marks = static_cast<long>(scale.length / step);
+    for (long number = 0; number <= marks; ++number) {
+        const double mark = static_cast<double>(number) * step;
         const std::string x = fixed(std::min(scale.at(scale.start + mark), kPictureWidth - 1));
-        svg += "<line x1=\"" + x + "\" x2=\"" + x + "\" y1=\"46\" y2=\"52\"/>";
+        svg += "<line x1=\"" + x + "\" x2=\"";
+        svg += x + "\" y1=\"46\" y2=\"52\"/>";
         const bool last = scale.at(scale.start + mark) > kPictureWidth - 30;
         svg += "<text x=\"" + x + "\" y=\"64\" text-anchor=\"" +
-               (mark == 0 ? "start"
-                : last    ? "end"
-                          : "middle") +
+               (number == 0 ? "start"
+                : last      ? "end"
+                            : "middle") +
                "\">" + std::to_string(std::lround(mark)) + " s</text>\n";
     }
 }
