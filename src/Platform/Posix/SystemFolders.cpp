@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -50,43 +51,60 @@ Identity identityIn(const struct stat& status) {
     return Identity{status.st_dev, status.st_ino};
 }
 
-/// Compares one item with folders and the folders above them.
+/// Compares one item with folders and the folders above them. Looks at each of them once, because most of
+/// them lie in one another.
 class Comparison {
   public:
     explicit Comparison(const struct stat& item) : item_(identityIn(item)) {}
 
+    /// Whether the item is the folder at `path`, or one that it lies in, or a link that leads there.
     [[nodiscard]] bool holdsFor(const std::string& path);
 
   private:
-    [[nodiscard]] bool isOnTheWayTo(const std::string& path) const;
+    struct Look {
+        Identity identity;
+        bool isThere = false;
+        bool isLink = false;
+    };
+
+    [[nodiscard]] Look lookAt(const std::string& path);
     [[nodiscard]] bool isAbove(const std::string& path);
 
     const Identity item_;
+    std::map<std::string, Look> looks_;
     /// The folders that have been compared, with all above them.
     std::vector<Identity> seen_;
 };
 
+/// As the path is spelled. Without a link on the way the folders really lie in one another as they are
+/// spelled; with one, the way up is another.
 bool Comparison::holdsFor(const std::string& path) {
-    return isOnTheWayTo(path) || isAbove(path);
-}
-
-/// By the spelling of the path: finds the links on it.
-bool Comparison::isOnTheWayTo(const std::string& path) const {
+    bool hasLink = false;
     for (std::size_t end = 0; end != std::string::npos;) {
         end = path.find('/', end + 1);
-        const std::string part = path.substr(0, end);
-        struct stat status {};
-        if (::lstat(part.c_str(), &status) != 0) {
+        const Look look = lookAt(path.substr(0, end));
+        if (!look.isThere) {
             return false;
         }
-        if (identityIn(status) == item_) {
+        if (look.identity == item_) {
             return true;
         }
+        hasLink = hasLink || look.isLink;
     }
-    return false;
+    return hasLink && isAbove(path);
 }
 
-/// By the real nesting of the folders.
+Comparison::Look Comparison::lookAt(const std::string& path) {
+    const auto [place, isNew] = looks_.try_emplace(path);
+    Look& look = place->second;
+    struct stat status {};
+    if (isNew && ::lstat(path.c_str(), &status) == 0) {
+        look = {identityIn(status), true, S_ISLNK(status.st_mode)};
+    }
+    return look;
+}
+
+/// As the folders really lie in one another.
 bool Comparison::isAbove(const std::string& path) {
     Descriptor folder(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     Identity identity;
