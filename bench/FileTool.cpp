@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-#include "Platform/Linux/LinuxFileManager.h"
+#include "Platform/Linux/Files/LinuxFileManager.h"
 
 namespace {
 

@@ -7,7 +7,7 @@
 #include <memory>
 
 #include "InstallCommon/XPC/InstallationXPCUtils.h"
-#include "Platform/Linux/XPCMarshalling.h"
+#include "Platform/Linux/XPC/XPCMarshalling.h"
 #include "UnarchiverCheck.h"
 
 namespace {

@@ -10,7 +10,7 @@
 #include <sys/un.h>
 #include <sys/wait.h>
 
-#include "Platform/Linux/MacServices.h"
+#include "Platform/Linux/Services/MacServices.h"
 #include "launchd/JobRegistry.h"
 #include "launchd/Spawn.h"
 

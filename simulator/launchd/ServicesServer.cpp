@@ -12,7 +12,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 
-#include "Platform/Linux/MacServices.h"
+#include "Platform/Linux/Services/MacServices.h"
 #include "launchd/CodeIdentity.h"
 
 namespace Simulator {

@@ -13,8 +13,8 @@
 
 namespace Simulator {
 
-/// The services socket (Platform/Linux/MacServices.h): reads requests, hands each to its service, sends the
-/// reply. An invalid request ends its connection.
+/// The services socket (Platform/Linux/Services/MacServices.h): reads requests, hands each to its service,
+/// sends the reply. An invalid request ends its connection.
 class ServicesServer {
   public:
     struct Services {

@@ -8,7 +8,7 @@
 #include <grp.h>
 #include <unistd.h>
 
-#include "Platform/Linux/MacServices.h"
+#include "Platform/Linux/Services/MacServices.h"
 #include "Support/Files.h"
 #include "Support/Machine.h"
 

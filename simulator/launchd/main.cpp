@@ -10,7 +10,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "Platform/Linux/MacServices.h"
+#include "Platform/Linux/Services/MacServices.h"
 #include "launchd/MachineState.h"
 #include "launchd/ServicesServer.h"
 #include "launchd/SessionRunner.h"

@@ -18,7 +18,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "Platform/Linux/MacServices.h"
+#include "Platform/Linux/Services/MacServices.h"
 #include "Support/Files.h"
 #include "Support/Machine.h"
 #include "Support/PropertyList.h"

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "Platform/Linux/MacServices.h"
+#include "Platform/Linux/Services/MacServices.h"
 
 int main(int argc, char** argv) {
     std::vector<std::string> request{"launchctl"};

@@ -25,7 +25,7 @@
 
 #include "InstallCommon/Commands/Uninstallation/RemoveCommand.h"
 #include "InstallCommon/XPC/InstallationXPCUtils.h"
-#include "Platform/Linux/XPCMarshalling.h"
+#include "Platform/Linux/XPC/XPCMarshalling.h"
 
 namespace {
 

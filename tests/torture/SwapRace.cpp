@@ -23,7 +23,7 @@
 #include <string_view>
 #include <thread>
 
-#include "Platform/Linux/LinuxFileManager.h"
+#include "Platform/Linux/Files/LinuxFileManager.h"
 #include "Platform/Posix/FolderCrew.h"
 
 namespace Platform::Posix {

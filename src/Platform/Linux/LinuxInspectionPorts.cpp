@@ -1,5 +1,5 @@
 #include "Platform/InspectionPorts.h"
-#include "Platform/Linux/LinuxLoadedExtensions.h"
+#include "Platform/Linux/Services/LinuxLoadedExtensions.h"
 #include "Platform/Posix/PosixFileFacts.h"
 
 namespace Platform {

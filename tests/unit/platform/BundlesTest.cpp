@@ -1,7 +1,7 @@
 #include <unistd.h>
 
 #include "BundleLookupContract.h"
-#include "Platform/Linux/LinuxBundles.h"
+#include "Platform/Linux/Bundles/LinuxBundles.h"
 
 namespace PlatformTests {
 

@@ -9,7 +9,7 @@
 
 #include "CopyContract.h"
 #include "CopyDetailsContract.h"
-#include "Platform/Linux/LinuxFileManager.h"
+#include "Platform/Linux/Files/LinuxFileManager.h"
 
 namespace PlatformTests {
 

@@ -1,5 +1,5 @@
 #include "DispatchContract.h"
-#include "Platform/Linux/LinuxDispatch.h"
+#include "Platform/Linux/Processes/LinuxDispatch.h"
 #include "Platform/Posix/PosixClock.h"
 
 namespace PlatformTests {

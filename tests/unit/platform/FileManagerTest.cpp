@@ -5,7 +5,7 @@
 #include <sched.h>
 
 #include "FileManagerContract.h"
-#include "Platform/Linux/LinuxFileManager.h"
+#include "Platform/Linux/Files/LinuxFileManager.h"
 
 namespace PlatformTests {
 

@@ -11,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-#include "Platform/Linux/LinuxFileManager.h"
+#include "Platform/Linux/Files/LinuxFileManager.h"
 #include "Scratch.h"
 
 namespace PlatformTests {

@@ -4,8 +4,8 @@
 
 #include <thread>
 
-#include "Platform/Linux/LinuxBundles.h"
-#include "Platform/Linux/Localizations.h"
+#include "Platform/Linux/Bundles/LinuxBundles.h"
+#include "Platform/Linux/Bundles/Localizations.h"
 #include "PropertyLists.h"
 #include "Scratch.h"
 

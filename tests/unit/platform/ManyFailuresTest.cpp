@@ -9,7 +9,7 @@
 #include <thread>
 #include <vector>
 
-#include "Platform/Linux/LinuxFileManager.h"
+#include "Platform/Linux/Files/LinuxFileManager.h"
 #include "Scratch.h"
 
 namespace PlatformTests {

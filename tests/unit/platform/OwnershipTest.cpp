@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "Platform/Linux/LinuxFileManager.h"
+#include "Platform/Linux/Files/LinuxFileManager.h"
 #include "Scratch.h"
 
 namespace PlatformTests {

@@ -10,7 +10,7 @@
 #include <array>
 #include <filesystem>
 
-#include "Platform/Linux/LinuxProcessTable.h"
+#include "Platform/Linux/Processes/LinuxProcessTable.h"
 #include "ProcessTableContract.h"
 #include "RealProcesses.h"
 #include "support/FakeMac.h"

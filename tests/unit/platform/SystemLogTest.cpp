@@ -1,4 +1,4 @@
-#include "Platform/Linux/LinuxSystemLog.h"
+#include "Platform/Linux/Processes/LinuxSystemLog.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -16,7 +16,7 @@
 #include <thread>
 #include <vector>
 
-#include "Platform/Linux/StandardErrorLog.h"
+#include "Platform/Linux/Processes/StandardErrorLog.h"
 #include "Scratch.h"
 
 namespace PlatformTests {

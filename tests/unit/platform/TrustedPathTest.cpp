@@ -8,7 +8,7 @@
 
 #include "Interference.h"
 #include "OwnRoot.h"
-#include "Platform/Linux/LinuxFileManager.h"
+#include "Platform/Linux/Files/LinuxFileManager.h"
 #include "Platform/Posix/FolderChain.h"
 
 namespace PlatformTests {

@@ -9,7 +9,7 @@
 #include <thread>
 #include <vector>
 
-#include "Platform/Linux/MacServices.h"
+#include "Platform/Linux/Services/MacServices.h"
 #include "Platform/Posix/Descriptor.h"
 
 namespace XPCTests {

@@ -1,4 +1,4 @@
-#include "Platform/Linux/FrameChannel.h"
+#include "Platform/Linux/XPC/FrameChannel.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

@@ -3,11 +3,11 @@
 #include <gtest/gtest.h>
 
 #include "FakeProcessOne.h"
-#include "Platform/Linux/LinuxAuthorization.h"
-#include "Platform/Linux/LinuxDistantObjects.h"
-#include "Platform/Linux/LinuxKernelExtensions.h"
-#include "Platform/Linux/LinuxLoadedExtensions.h"
-#include "Platform/Linux/LinuxServiceManagement.h"
+#include "Platform/Linux/Services/LinuxAuthorization.h"
+#include "Platform/Linux/Services/LinuxDistantObjects.h"
+#include "Platform/Linux/Services/LinuxKernelExtensions.h"
+#include "Platform/Linux/Services/LinuxLoadedExtensions.h"
+#include "Platform/Linux/Services/LinuxServiceManagement.h"
 
 namespace {
 

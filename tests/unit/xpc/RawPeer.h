@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "Platform/Linux/XPCWire.h"
+#include "Platform/Linux/XPC/XPCWire.h"
 #include "Platform/Posix/Descriptor.h"
 
 /// A peer that speaks in bytes, well-formed or not.

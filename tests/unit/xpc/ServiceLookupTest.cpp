@@ -9,7 +9,7 @@
 #include <cstdlib>
 
 #include "FakeProcessOne.h"
-#include "Platform/Linux/LinuxXPC.h"
+#include "Platform/Linux/XPC/LinuxXPC.h"
 #include "XPCTestService.h"
 
 namespace {

@@ -10,8 +10,8 @@
 #include <thread>
 #include <vector>
 
-#include "Platform/Linux/LinuxXPCConnection.h"
-#include "Platform/Linux/LinuxXPCListener.h"
+#include "Platform/Linux/XPC/LinuxXPCConnection.h"
+#include "Platform/Linux/XPC/LinuxXPCListener.h"
 
 namespace XPCTests {
 

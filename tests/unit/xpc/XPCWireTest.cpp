@@ -1,4 +1,4 @@
-#include "Platform/Linux/XPCWire.h"
+#include "Platform/Linux/XPC/XPCWire.h"
 
 #include <gtest/gtest.h>
 

@@ -8,7 +8,7 @@
 #include <cstring>
 #include <string_view>
 
-#include "Platform/Linux/LinuxProcessTable.h"
+#include "Platform/Linux/Processes/LinuxProcessTable.h"
 
 namespace {
 
