@@ -168,7 +168,7 @@ TEST_F(MacsimBlessingAgain, ReplacesAToolThatWasChanged) {
     EXPECT_TRUE(isReplacedAfter(std::string("printf x >>") + kTool));
 }
 
-TEST_F(MacsimBlessingAgain, ReplacesAToolThatIsNoProgramAnyMore) {
+TEST_F(MacsimBlessingAgain, ReplacesAToolThatIsNoLongerAProgram) {
     EXPECT_TRUE(isReplacedAfter(std::string("printf x >") + kTool));
 }
 

@@ -155,7 +155,7 @@ TEST(MacsimCommandLine, SaysThatAnotherUsersMacIsForbidden) {
     }
 }
 
-TEST(MacsimCommandLine, RefusesAnUninstallerThatIsNoBundle) {
+TEST(MacsimCommandLine, RefusesAnUninstallerThatIsNotABundle) {
     SimulatedMac mac;
     const std::string folder = mac.scratch() + "/Odd.app";
     fs::create_directories(folder + "/Contents/MacOS");
@@ -168,7 +168,7 @@ TEST(MacsimCommandLine, RefusesAnUninstallerThatIsNoBundle) {
     EXPECT_FALSE(fs::exists(mac.path()));
 }
 
-TEST(MacsimCommandLine, RefusesAFolderThatIsNoSimulatedMac) {
+TEST(MacsimCommandLine, RefusesAFolderThatIsNotASimulatedMac) {
     const SimulatedMac scratch;
     fs::create_directory(scratch.path());
     std::ofstream(scratch.path("/precious")) << "keep";

@@ -128,7 +128,7 @@ TEST_F(MacsimDialogs, OnlyTheSessionsUserCanAsk) {
     EXPECT_EQ(start(command, "root").get().out, kNoInteraction);
 }
 
-TEST_F(MacsimDialogs, AnAgentThatCannotShowAnythingIsNoInteraction) {
+TEST_F(MacsimDialogs, AnAgentThatCannotShowAnythingAllowsNoInteraction) {
     create();
     mac_.putCopy(
         "/System/Library/Frameworks/Security.framework/Versions/A/MachServices/"

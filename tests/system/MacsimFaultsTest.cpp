@@ -62,7 +62,7 @@ TEST_F(MacsimFaults, AnImmutableItemResistsRootAndIsFreeAfterwards) {
     EXPECT_EQ(mac_.shell("rm -rf /Applications/Sentrel.app").status, 0);
 }
 
-TEST_F(MacsimFaults, AnItemThatIsNotThereCannotBeImmutable) {
+TEST_F(MacsimFaults, AMissingItemCannotBeImmutable) {
     const ProgramResult result = mac_.run({"immutable=/no/such/item"}, {"true"});
     EXPECT_EQ(result.status, 1);
     EXPECT_TRUE(result.err.starts_with("macsim: cannot make /no/such/item immutable")) << result.err;

@@ -63,7 +63,7 @@ TEST_F(MacsimInstaller, NeedsRoot) {
     EXPECT_EQ(result.err, "installer: Must be run as root to install this package.\n");
 }
 
-TEST_F(MacsimInstaller, RefusesWhatIsNoPackage) {
+TEST_F(MacsimInstaller, RefusesAFileThatIsNotAPackage) {
     expectRefused("/nothing");
     mac_.put("/tmp/test.pkg", "no package at all");
     expectRefused("/nothing");

@@ -94,7 +94,7 @@ TEST_F(MacsimLaunchctl, BootoutNeedsThePropertyListThatItIsGiven) {
            "Boot-out failed: 5: Input/output error\n");
 }
 
-TEST_F(MacsimLaunchctl, BootoutInADomainThatIsNotThereFails) {
+TEST_F(MacsimLaunchctl, BootoutInAMissingDomainFails) {
     expect("launchctl bootout gui/0 " + std::string(kAgentPlist), 125,
            "Boot-out failed: 125: Domain does not support specified action\n");
 }

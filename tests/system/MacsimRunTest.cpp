@@ -89,7 +89,7 @@ TEST_F(MacsimRun, PassesOutputAndErrorThrough) {
     EXPECT_EQ(result.err, "err\n");
 }
 
-TEST_F(MacsimRun, LaunchdIsProcessOneInAWorldOfItsOwn) {
+TEST_F(MacsimRun, LaunchdIsProcessOneInItsOwnNamespace) {
     const ProgramResult result = mac_.shell(
         "readlink /proc/1/exe; hostname; ls /proc/sys/kernel >/dev/null && ls -d /home /root 2>&1 | wc -l; "
         "cat /proc/net/dev | grep -c :");

@@ -337,7 +337,7 @@ TEST(TolerantCoding, AnAbsentBooleanIsFalse) {
         listOf(std::make_unique<StartLaunchdJobCommand>("...", LaunchdInfo{}, false)));
 }
 
-TEST(TolerantCoding, WhatTheLongerListHasTooMuchIsDropped) {
+TEST(TolerantCoding, ExtraElementsOfTheLongerListAreIgnored) {
     const URL url = URL::fileURL("/a");
     expectTaken(
         [&url] {

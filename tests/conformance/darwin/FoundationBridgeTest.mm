@@ -31,7 +31,7 @@ TEST(FoundationString, HoldsAnyTextThereAndBack) {
               "\xdf\xbf\xe0\xa0\x80\xef\xbf\xbd\xf4\x8f\xbf\xbf");
 }
 
-TEST(FoundationString, ReplacesWhatIsNotValidUTF8) {
+TEST(FoundationString, ReplacesInvalidUTF8) {
     const Pool pool;
     EXPECT_EQ(text(foundationString("a\xff"
                                     "b\xc3")),

@@ -170,7 +170,7 @@ TEST(RemovalOfAnInstallation, IsFollowedByOneThatChangesNothing) {
     EXPECT_EQ(mac.messages("Uninstall Sentrel").size(), 3U);
 }
 
-TEST(RemovalOfAnInstallation, LeavesNothingOfItsOwnInTmp) {
+TEST(RemovalOfAnInstallation, LeavesNothingInTmp) {
     RemovalMac mac(kQuickMac);
     EXPECT_EQ(mac.shell(kScript + " >/dev/null; echo /tmp/*").out, "/tmp/*\n");
 }

@@ -19,7 +19,7 @@ using Base::URL;
 using InstallCommon::KillProcessCommand;
 using InstallCommon::RemoveCommand;
 
-TEST_F(Inspect, DecodesWhatItHasArchived) {
+TEST_F(Inspect, DecodesItsOwnArchives) {
     for (const char* list : {"uninstall", "cleanup", "uninstall-all"}) {
         ASSERT_EQ(inspect({"commands", list, "--archive", "list.plist"}).status, 0);
         for (const bool asJson : {false, true}) {

@@ -326,7 +326,7 @@ TEST_F(Explain, SaysThatALogHasNoRun) {
     EXPECT_EQ(told.output, "No run of the uninstaller is in this log.\n");
 }
 
-TEST_F(Explain, RefusesWhatIsNoLog) {
+TEST_F(Explain, RefusesAFileThatIsNotALog) {
     write("empty", "");
     write("text", "Just a note.\nNov 21, a date\n2026-11-21\n");
     write("archive", inspect({"commands", "uninstall", "--archive", "-"}).output);

@@ -124,7 +124,7 @@ TEST_F(Follow, TellsTheStepAtWhichARunBrokeOffAndNoneBehindIt) {
         << told.output;
 }
 
-TEST_F(Follow, WritesAFailureOnALineOfItsOwnWithItsReason) {
+TEST_F(Follow, WritesAFailureOnASeparateLineWithItsReason) {
     std::vector<SampleEntry> entries = finishedRun();
     for (SampleEntry& entry : entries) {
         if (entry.text == "[SNTM Installer] Removed at /Applications/Sentrel.app") {

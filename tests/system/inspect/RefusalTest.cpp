@@ -88,7 +88,7 @@ TEST_F(Inspect, RefusesAProcessNameUnderItsPlainKey) {
     expectRefusal(outcome, 1, "\"kext\"");
 }
 
-TEST_F(Inspect, RefusesWhatIsNoArchive) {
+TEST_F(Inspect, RefusesAFileThatIsNotAnArchive) {
     const std::string archive = inspect({"commands", "uninstall", "--archive", "-"}).output;
     write("truncated", archive.substr(0, archive.size() / 2));
     write("empty", "");

@@ -91,7 +91,7 @@ TEST(HelperLife, AListThatTakesLessThanTheSupportHelpersStayLeavesNothingEither)
     mac.expectNoHelper();
 }
 
-TEST(HelperLife, AHelperThatDiesAfterTheSecondToLastCommandLeavesWhatTheManualTakesAway) {
+TEST(HelperLife, AHelperThatDiesAfterTheSecondToLastCommandLeavesOnlyItemsThatTheManualRemoves) {
     MacWithUninstaller mac({"--installed", "current"});
     EXPECT_EQ(mac.run({"helper-exit-after=74"}, {kElsewhere, "--silent"}).status, 0);
     EXPECT_EQ(mac.uninstallerLog().back(), kFailed);

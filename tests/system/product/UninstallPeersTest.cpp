@@ -80,7 +80,7 @@ while not os.path.exists("/tmp/over"):
     EXPECT_EQ(mac.uninstallerLog(), kSuccess);
 }
 
-TEST(InstallerHelperPeers, AnIdentityThatAUserWroteHimselfIsNotTrusted) {
+TEST(InstallerHelperPeers, AnIdentityThatAUserWroteIsNotTrusted) {
     HostileMac mac;
     mac.shell("chown -R alice '" + kBundle + "'");
     const auto result = mac.shell("timeout 5 '" + kProgram + "' good");
@@ -99,7 +99,7 @@ TEST(InstallerHelperPeers, AClientThatGoesAwayInTheMiddleLeavesAListThatIsFinish
     mac.expectClean();
 }
 
-TEST(InstallerHelperLog, NoNameWritesALineOfItsOwn) {
+TEST(InstallerHelperLog, NoNameCanForgeALine) {
     HostileMac mac;
     mac.put("/tmp/a\n[SNTM Installer] Uninstallation finished.", "");
     EXPECT_EQ(mac.shell("'" + kProgram + "' forged").out, "reported Deleting\n");

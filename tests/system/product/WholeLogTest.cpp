@@ -126,7 +126,7 @@ TEST(WholeLog, OfTheCurrentGenerationWithoutUsersInSessionsIsForetold) {
     expectWholeLog(mac, {501}, {}, {});
 }
 
-TEST(WholeLog, OfWhatTheSystemRefusesIsForetold) {
+TEST(WholeLog, OfRefusedOperationsIsForetold) {
     const std::string stuck = "/Library/Application Support/NORVIK/SNT/settings.plist";
     ProductMac mac({"--installed", "snt-bundle", "--installed", "current", "--users", "alice:501"});
     expectWholeLog(mac, {501}, {"kext-busy", "immutable=" + stuck}, {{stuck, EPERM}});

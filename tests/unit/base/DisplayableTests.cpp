@@ -92,7 +92,7 @@ TEST(Displayable, EscapesEachRangeFromItsFirstToItsLastCharacterAndNoNeighbour) 
     }
 }
 
-TEST(Displayable, EscapesWhatIsNotUTF8ByteByByteAndKeepsTheRest) {
+TEST(Displayable, EscapesInvalidUTF8ByteByByteAndKeepsTheRest) {
     EXPECT_EQ(displayable("a\xFF\xC3z"), "a\\xff\\xc3z");
     EXPECT_EQ(displayable("\xED\xA0\x80"), "\\xed\\xa0\\x80");
     EXPECT_EQ(displayable("\xC0\x8A"), "\\xc0\\x8a");

@@ -149,7 +149,7 @@ TEST(URL, ResolvesARelativeTextInAFolder) {
     EXPECT_EQ(resolved("c", "/", true), "/c");
 }
 
-TEST(URL, ReplacesTheLastComponentOfABaseThatIsNoFolder) {
+TEST(URL, ReplacesTheLastComponentOfABaseThatIsNotAFolder) {
     EXPECT_EQ(resolved("c", "/a/b", false), "/a/c");
     EXPECT_EQ(resolved("c/d", "/b", false), "/c/d");
 }

@@ -20,7 +20,7 @@ TEST(UTF16, ConvertsCharactersOfEveryLengthToUTF16) {
     EXPECT_EQ(Base::utf16FromUTF8(""), u"");
 }
 
-TEST(UTF16, ReplacesWhatIsNotUTF8ByteByByte) {
+TEST(UTF16, ReplacesInvalidUTF8ByteByByte) {
     EXPECT_EQ(Base::utf16FromUTF8("a\xFFz"), u"a\uFFFDz");
     EXPECT_EQ(Base::utf16FromUTF8("\xC3"), u"\uFFFD");
     EXPECT_EQ(Base::utf16FromUTF8("\x80"), u"\uFFFD");

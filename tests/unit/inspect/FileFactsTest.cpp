@@ -82,7 +82,7 @@ TEST_F(FileFacts, CountATree) {
     EXPECT_EQ(measure("top"), (TreeSize{40, 41, 1, 1, 140, 0}));
 }
 
-TEST_F(FileFacts, CountAnItemThatIsNoFolderAsItself) {
+TEST_F(FileFacts, CountAnItemThatIsNotAFolderAsItself) {
     makeFolder(scratch.path("folder"));
     makeFile(scratch.path("folder/inside"));
     makeFile(scratch.path("file"), "12345");

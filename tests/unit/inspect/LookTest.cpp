@@ -219,7 +219,7 @@ TEST_F(Look, FindsProcessesByThePlaceOfTheirProgram) {
               (std::vector<RunningProcess>{{7, 501, kConsole + "/Contents/MacOS/Sentrel"}, {8, 0, kTool}}));
 }
 
-TEST_F(Look, IsNoPartOfWhatItFinds) {
+TEST_F(Look, DoesNotFindItself) {
     mac.mac.processes.processes.push_back({99, 0, "Sentrel", kConsole + "/Contents/MacOS/Sentrel"});
     const auto found = Inventory::look({mac.files, mac.extensions, 99, ""});
     EXPECT_TRUE(found.processes.empty());

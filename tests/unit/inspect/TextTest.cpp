@@ -67,7 +67,7 @@ TEST(Wrapped, BreaksBetweenWords) {
     EXPECT_EQ(wrapped("", 10, 0), "");
 }
 
-TEST(Wrapped, KeepsLinesAndWhatIsLaidOutAlready) {
+TEST(Wrapped, KeepsLinesAndFinishedLayout) {
     EXPECT_EQ(wrapped("Lists:\n  a        b c d e f g h i", 12, 1), " Lists:\n   a        b c d e f g h i\n");
 }
 

@@ -61,7 +61,7 @@ TEST(Verdict, IsInstalledForAProgramThatTheUninstallerGoesFor) {
     }
 }
 
-TEST(Verdict, IsLeftoversForAnythingThatIsNoProgram) {
+TEST(Verdict, IsLeftoversForAnythingButAProgram) {
     for (const Role role : {Role::finderService, Role::launchdJob, Role::data, Role::helperTool}) {
         Inventory::Inventory inventory;
         inventory.hasInstallationFolder = true;
@@ -73,7 +73,7 @@ TEST(Verdict, IsLeftoversForAnythingThatIsNoProgram) {
     EXPECT_EQ(verdictOf(process, kOwn), Verdict::leftovers);
 }
 
-TEST(Verdict, IsRestartForWhatHasNoFilesAnyMore) {
+TEST(Verdict, IsRestartForJobsWithoutFiles) {
     Inventory::Inventory job;
     job.jobs = {{"system", "com.norvik.InstallerHelper", std::nullopt, "", "", true}};
     EXPECT_EQ(verdictOf(job, kOwn), Verdict::restart);
@@ -180,7 +180,7 @@ TEST(Leftovers, LieBelowTheFolderThatWasLookedAt) {
                                       "/Volumes/Macintosh HD/Users/Shared/Norvik"}}));
 }
 
-TEST(Leftovers, AreNoneUnlessThatIsAllThereIs) {
+TEST(Leftovers, AreEmptyUnlessNothingElseIsLeft) {
     auto inventory = installed(std::nullopt);
     for (const Verdict verdict : {Verdict::nothing, Verdict::unknown, Verdict::installed}) {
         EXPECT_TRUE(leftoversOf(inventory, verdict).empty());

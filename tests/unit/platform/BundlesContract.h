@@ -135,7 +135,7 @@ TYPED_TEST_P(BundlesContract, StandsAHundredThousandNestedArrays) {
 }
 
 // What passes the bound has to be safe on a thread's stack too.
-TYPED_TEST_P(BundlesContract, StandsTheDeepestNestingThatIsLetThrough) {
+TYPED_TEST_P(BundlesContract, SurvivesTheDeepestNestingThatIsAccepted) {
     std::thread reader([this] { this->expectWithoutInfo(nestedArraysXML(4000)); });
     reader.join();
 }
@@ -160,7 +160,7 @@ TYPED_TEST_P(BundlesContract, FindsResourcesThatAreThere) {
 REGISTER_TYPED_TEST_SUITE_P(BundlesContract, ReadsStringsOfAnXMLDictionary, ReadsStringsOfABinaryDictionary,
                             GivesNothingForOtherTypesAndAbsentKeys, OpensAFolderWithoutADictionary,
                             IsNullWhereThereIsNoFolder, IsReadAfreshOnEveryOpening, StandsBrokenDictionaries,
-                            StandsAHundredThousandNestedArrays, StandsTheDeepestNestingThatIsLetThrough,
+                            StandsAHundredThousandNestedArrays, SurvivesTheDeepestNestingThatIsAccepted,
                             DoesNotWaitForAFIFO, FindsResourcesThatAreThere);
 
 }  // namespace PlatformTests

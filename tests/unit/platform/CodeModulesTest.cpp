@@ -41,11 +41,11 @@ TEST_F(CodeModules, KeepTheirSymbolsToThemselves) {
     EXPECT_EQ(::dlsym(RTLD_DEFAULT, "codeModuleAnswer"), nullptr);
 }
 
-TEST_F(CodeModules, ReportASymbolThatIsNotThere) {
+TEST_F(CodeModules, ReportAMissingSymbol) {
     expectFailure(load(CODE_MODULE, "noSuchSymbol"), "noSuchSymbol");
 }
 
-TEST_F(CodeModules, ReportWhatIsNoLibrary) {
+TEST_F(CodeModules, ReportAFileThatIsNotALibrary) {
     const Scratch scratch;
     makeFile(scratch.path("text.so"), "no library");
     expectFailure(load(scratch.path("text.so")), "text.so");

@@ -209,7 +209,7 @@ TYPED_TEST_P(DispatchContract, TimerFiresAtItsStartAndThenAtEachInterval) {
 }
 
 // An absolute time taken for an interval: the first firing is at once, the next one some day.
-TYPED_TEST_P(DispatchContract, TimerTakesItsIntervalAsItIs) {
+TYPED_TEST_P(DispatchContract, TimerUsesItsIntervalUnchanged) {
     const auto fired = this->dispatch.makeSemaphore(0);
     for (const std::uint64_t interval :
          {this->clock.time(kLong), std::numeric_limits<std::uint64_t>::max()}) {
@@ -267,7 +267,7 @@ REGISTER_TYPED_TEST_SUITE_P(DispatchContract, SemaphoreHandsOutItsCounts,
                             QueueWaitsForItsBlocksWhenItIsDestroyed, QueueReturnsFromSyncWhenTheBlockHasEnded,
                             QueueRunsSyncFromItsOwnBlocks, SerialQueueRunsOneBlockAfterTheOtherOnOneThread,
                             QueueMayBeDestroyedByItsOwnBlock, TimerIsMadeSuspended,
-                            TimerFiresAtItsStartAndThenAtEachInterval, TimerTakesItsIntervalAsItIs,
+                            TimerFiresAtItsStartAndThenAtEachInterval, TimerUsesItsIntervalUnchanged,
                             TimerDoesNotFireOnceItIsCancelledOrDestroyed, TimerMayBeDestroyedByItsHandler);
 
 }  // namespace PlatformTests

@@ -429,7 +429,7 @@ TYPED_TEST_P(FileManagerContract, ReportsEachItemWhoseOwnerCannotBeSetAndGoesOn)
     EXPECT_EQ(result, std::optional(0));
 }
 
-TYPED_TEST_P(FileManagerContract, FindsNothingBelowWhatIsNoReadableFolder) {
+TYPED_TEST_P(FileManagerContract, FindsNothingBelowAnythingButAReadableFolder) {
     makeFile(this->path("file"));
     makeFolder(this->path("folder"));
     makeFile(this->path("folder/file"));
@@ -457,6 +457,6 @@ REGISTER_TYPED_TEST_SUITE_P(
     NeverChangesTheModeOfALinksTarget, ReportsABadDescriptorForAMissingItem,
     SetsTheOwnerOfALinkAndNotOfItsTarget, ReportsTheErrorOfAForbiddenOwner,
     SetsTheOwnerOfEverythingBelowAFolderButNotOfIt, SetsTheOwnerThroughFiveThousandNestedFolders,
-    ReportsEachItemWhoseOwnerCannotBeSetAndGoesOn, FindsNothingBelowWhatIsNoReadableFolder);
+    ReportsEachItemWhoseOwnerCannotBeSetAndGoesOn, FindsNothingBelowAnythingButAReadableFolder);
 
 }  // namespace PlatformTests

@@ -149,7 +149,7 @@ TEST_F(Removal, MindsNoEmptiedFolderThatHasGone) {
 }
 
 // A folder, then something else that cannot go: not for this time, and said so.
-TEST_F(Removal, SaysThatWhatStandsInAFoldersPlaceCannotGo) {
+TEST_F(Removal, ReportsThatTheReplacementOfAFolderCannotBeRemoved) {
     giveToUnprivileged(path("top"));
     giveToUnprivileged(path("top/folder"));
     giveToUnprivileged(path("top/folder/inside"));
@@ -175,7 +175,7 @@ TEST_F(Removal, RemovesWhatWasAddedMeanwhile) {
     EXPECT_FALSE(exists(path("top")));
 }
 
-TEST_F(Removal, GivesUpAFolderThatIsAddedToAfterThreeGoes) {
+TEST_F(Removal, GivesUpAFolderThatKeepsGrowingAfterThreePasses) {
     int number = 0;
     Interference add(Moment::removingFolder, "folder",
                      [&](int) { makeFile(path("top/folder/added " + std::to_string(++number))); });
@@ -267,7 +267,7 @@ TEST_F(Ownership, ChangesNothingInTheOpenedFoldersPlace) {
     EXPECT_EQ(statusOf(path("away/inside")).st_uid, statusOf(path("top/file")).st_uid);
 }
 
-TEST_F(Ownership, ReportsABadDescriptorForWhatHasGone) {
+TEST_F(Ownership, ReportsABadDescriptorForAVanishedItem) {
     const Interference swap(Moment::givingOwner, "file",
                             [this](int) { rename(path("top/file"), path("away")); });
     giveTop();

@@ -127,7 +127,7 @@ TEST_F(LocalizedString, IsEnglishWithoutReadablePreferences) {
     }
 }
 
-TEST_F(LocalizedString, PassesOverLanguagesThatAreNone) {
+TEST_F(LocalizedString, SkipsInvalidLanguages) {
     localize("en");
     localize("de");
     preferences(
@@ -204,7 +204,7 @@ TEST_F(LocalizedString, StandsBrokenTables) {
     EXPECT_EQ(text("name"), std::nullopt);
 }
 
-TEST_F(LocalizedString, StaysWhatItWasForAnOpenBundle) {
+TEST_F(LocalizedString, StaysUnchangedForAnOpenBundle) {
     localize("en");
     localize("de");
     preferences(languages({"en"}));

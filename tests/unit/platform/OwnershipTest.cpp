@@ -72,7 +72,7 @@ TEST_P(ChangeOfOwner, TakesSetIdBitsAway) {
     expect("alone", 2221, 2222, 0755);
 }
 
-TEST_P(ChangeOfOwner, ThatIsNoneKeepsSetIdBits) {
+TEST_P(ChangeOfOwner, ToTheSameOwnerKeepsSetIdBits) {
     make("top/both", 2221, 2222, 06755);
     make("top/user", 2221, 2222, 04511);
     giveTop(2221, 2222);

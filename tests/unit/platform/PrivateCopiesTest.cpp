@@ -130,7 +130,7 @@ TEST_F(PrivateCopies, AFileThatIsRewrittenAfterwardsLeavesTheCopyAlone) {
     EXPECT_EQ(contentsOf(copy_), "contents");
 }
 
-TEST_F(PrivateCopies, WhatIsHashedIsWhatWasWrittenAlsoWhenTheFileChangesMeanwhile) {
+TEST_F(PrivateCopies, HashesTheWrittenBytesEvenIfTheFileChangesMeanwhile) {
     makeFile(file_, std::string(2 << 16, 'a'));
     step_ = [this](std::uint64_t copied) {
         if (copied > 0) {
@@ -166,7 +166,7 @@ TEST_F(PrivateCopies, AHugeSparseFileIsReadUpToTheBoundOnly) {
     EXPECT_EQ(statusOf(copy_).st_size, 9);
 }
 
-TEST_F(PrivateCopies, WhatIsNoRegularFileIsRefusedWithoutWaiting) {
+TEST_F(PrivateCopies, RefusesAnythingButARegularFileWithoutWaiting) {
     ASSERT_EQ(::unlink(file_.c_str()), 0);
     expectRefused(file_, ENOENT);
     // Nobody writes to it.

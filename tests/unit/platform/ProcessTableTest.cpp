@@ -144,7 +144,7 @@ TEST(ProcessTable, KnowsTheWholeNameInTheFirstArgument) {
     EXPECT_EQ(::waitpid(child, nullptr, 0), child);
 }
 
-TEST(ProcessTable, KeepsAShortNameOfItsOwn) {
+TEST(ProcessTable, KeepsAShortNameUnchanged) {
     char before[16];
     ASSERT_EQ(::prctl(PR_GET_NAME, before), 0);
     ASSERT_EQ(::prctl(PR_SET_NAME, "short"), 0);

@@ -107,7 +107,7 @@ TEST(SystemFolders, AreKnownByIdentity) {
     }));
 }
 
-TEST(SystemFolders, IncludeEveryHomeAndWhatItLiesIn) {
+TEST(SystemFolders, IncludeEveryHomeAndTheFoldersAboveIt) {
     EXPECT_TRUE(OwnRoot().run([] {
         LinuxFileManager files;
         makeFile("/System/source");

@@ -103,7 +103,7 @@ TEST(SystemLog, SendsOneDatagramWithPriorityTimeAndName) {
     EXPECT_TRUE(std::regex_match(datagram, form)) << datagram;
 }
 
-TEST(SystemLog, SendsTextAsItIs) {
+TEST(SystemLog, SendsTextUnchanged) {
     const Scratch scratch;
     const Receiver receiver(scratch.path("log"));
     LinuxSystemLog log(scratch.path("log"));
@@ -167,7 +167,7 @@ TEST(SystemLog, ReconnectsWhenTheLogWasRestarted) {
     EXPECT_EQ(receiver.nextText(), "second");
 }
 
-TEST(SystemLog, WritesToStandardErrorAlsoWhatTheLogDoesNotTake) {
+TEST(SystemLog, WritesToStandardErrorEvenIfTheLogRefusesTheText) {
     const Scratch scratch;
     const std::string written = standardErrorOf(scratch.path("stderr"), [&] {
         LinuxSystemLog(scratch.path("missing")).log("two\nlines");

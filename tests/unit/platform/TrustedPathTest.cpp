@@ -113,7 +113,7 @@ TEST(TrustedPath, RefusesALinkThatATrustedLinkLeadsTo) {
     }));
 }
 
-TEST(TrustedPath, RefusesWhatBelongsToSomebodyElse) {
+TEST(TrustedPath, RefusesItemsOfAnotherOwner) {
     if (!OwnRoot::knowsOthers()) {
         GTEST_SKIP() << "only root can give items to others";
     }

@@ -169,7 +169,7 @@ TEST_F(WindowFlow, TheOKOfTheLocalizedAlertsHasADefault) {
                                   "alert [OK] [You are not authorized to run uninstallation.] []"}));
 }
 
-TEST_F(WindowFlow, WithoutAnAlertToShowTheApplicationQuitsAllTheSame) {
+TEST_F(WindowFlow, WithoutAnAlertToShowTheApplicationStillQuits) {
     framework_.makesAlerts = false;
     mac_.authorization.grants = false;
     controller_.uninstallAction();

@@ -269,7 +269,7 @@ TEST_F(CommandCoding, ABaseInstanceInTheListIsRejectedByTheHelpersDecoder) {
     EXPECT_NE(refusal_.find("_TtC13InstallCommon17LaunchdJobCommand"), std::string::npos) << refusal_;
 }
 
-TEST_F(CommandCoding, ARecordInTheListIsNoCommand) {
+TEST_F(CommandCoding, ARecordInTheListIsNotACommand) {
     const Base::CodedRecord record(kJob);
     const Base::CodedObject* const list[] = {&record};
     auto objects = Base::unarchivedArray(Base::archivedArray(list), allowedCommandListClasses(), refusal_);

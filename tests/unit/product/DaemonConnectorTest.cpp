@@ -71,7 +71,7 @@ TEST(DaemonConnector, TheScannerIsLookedUpAnewAsLongAsNoRootProxyIsKept) {
     EXPECT_EQ(mac.calls, (CallList{kAskForScanner, kModes, kAskForScanner, kModes}));
 }
 
-TEST(DaemonConnector, WithAValidRootProxyABrokenScannerIsHandedOutAllTheSame) {
+TEST(DaemonConnector, WithAValidRootProxyABrokenScannerIsStillHandedOut) {
     TestSupport::FakeMac mac;
     mac.distantObjects.registered = {kRoot, kScanner};
     const auto scanner = DaemonConnector::onDemandScannerObject();

@@ -348,7 +348,7 @@ TEST(CopyCommand, KeepsPairsAndDescriptionOnTheWire) {
     EXPECT_EQ(received->weight(), 1);
 }
 
-TEST(CopyCommand, DropsWhatTheLongerOfBothArraysHasTooMuch) {
+TEST(CopyCommand, IgnoresExtraElementsOfTheLongerArray) {
     const ForeignCommand archived(CopyCommand::staticClass(), [](Base::Coder& coder) {
         coder.encodeURLs("source", urls({"/a"}));
         coder.encodeURLs("destination", urls({"/b", "/c"}));

@@ -44,7 +44,7 @@ TEST(CreateDirectory, AsksForTheFolderAloneWithoutIntermediateFolders) {
     EXPECT_EQ(mac.log.lines, CallList{});
 }
 
-TEST(CreateDirectory, IsNoFailureForAnExistingFolderWithIntermediateFolders) {
+TEST(CreateDirectory, IsNotAFailureForAnExistingFolderWithIntermediateFolders) {
     FakeMac mac;
     mac.files.addFolder("/Library/A");
 
@@ -415,7 +415,7 @@ TEST(CopyItem, OntoAnExistingDestinationLogsAnErrorLeavesItAsItWasAndStillChowns
     }
 }
 
-TEST(CopyItem, ThatFailsIsFollowedByTheChownAllTheSame) {
+TEST(CopyItem, ThatFailsIsStillFollowedByTheChown) {
     FakeMac mac;
     mac.files.addFolder("/to");
 

@@ -124,7 +124,7 @@ class GoldenArchive : public testing::TestWithParam<Sample> {
     }
 };
 
-TEST_P(GoldenArchive, IsWhatIsWritten) {
+TEST_P(GoldenArchive, MatchesTheWrittenArchive) {
     EXPECT_EQ(hexDump(archived(*GetParam().object)), golden())
         << "If the format is meant to change, both programs of earlier versions have to be thought of.";
 }

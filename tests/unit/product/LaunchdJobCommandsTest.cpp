@@ -140,7 +140,7 @@ TEST(LaunchdJobCommand, DoesNotDecodeWithoutItsJobOrWithAnotherRecordOrWithoutAD
     }
 }
 
-TEST(LaunchdJobCommandDeathTest, HasNoExecuteOfItsOwn) {
+TEST(LaunchdJobCommandDeathTest, HasNoExecute) {
     const LaunchdJobCommand command("", job(), true);
 
     EXPECT_EXIT(command.execute(), testing::KilledBySignal(SIGABRT),

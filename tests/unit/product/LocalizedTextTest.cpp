@@ -27,7 +27,7 @@ TEST(Formatted, PutsTheNameForEachConversion) {
     EXPECT_EQ(formatted("%@", "%@"), "%@");
 }
 
-TEST(Formatted, LeavesEverythingElseAsItIs) {
+TEST(Formatted, LeavesEverythingElseUnchanged) {
     EXPECT_EQ(formatted("", "Sentrel"), "");
     EXPECT_EQ(formatted("no name", "Sentrel"), "no name");
     EXPECT_EQ(formatted("100 %% of %@", "Sentrel"), "100 % of Sentrel");

@@ -68,7 +68,7 @@ TEST(CompareNumerically, PutsATextBeforeALongerOneThatBeginsWithIt) {
                  {"6.3.1234", "6.3", kGreater}});
 }
 
-TEST(CompareNumerically, ComparesWhatIsNoDigitCharacterByCharacterWithItsCase) {
+TEST(CompareNumerically, ComparesNonDigitsCharacterByCharacterWithTheirCase) {
     expectTable({{"6.3a", "6.3b", kLess},
                  {"6.3B", "6.3a", kLess},
                  {"6.3b", "6.3b", kEqual},

@@ -35,7 +35,7 @@ TEST(MacServices, AReplyOfOneFieldIsOneField) {
     EXPECT_EQ(one.services().request({"unload-kext", "x"}), Fields{"12"});
 }
 
-TEST(MacServices, EveryRequestIsAConnectionOfItsOwn) {
+TEST(MacServices, EveryRequestOpensItsOwnConnection) {
     const FakeProcessOne one(Fields{"0"});
     EXPECT_TRUE(one.services().request({"a"}));
     EXPECT_TRUE(one.services().request({"b"}));

@@ -189,7 +189,7 @@ TEST(ArchiveBounds, ThirtyTwoObjectsWithinOneAnother) {
 }
 
 // Two siblings of full depth: what one has taken is given back.
-TEST(ArchiveBounds, DepthIsCountedForEachObjectAnew) {
+TEST(ArchiveBounds, DepthIsCountedForEachObjectSeparately) {
     ArchiveBuilder archive;
     const Index described = archive.classNamed("SampleNest");
     Index inner = 0;

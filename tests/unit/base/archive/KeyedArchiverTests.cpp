@@ -43,7 +43,7 @@ std::string titleAfterRoundTrip(std::string title) {
     return dynamic_cast<const Link&>(*objects->front()).title.value_or("nil");
 }
 
-TEST(KeyedArchiver, WritesWhatTheUnarchiverReadsBack) {
+TEST(KeyedArchiver, WritesArchivesThatTheUnarchiverReadsBack) {
     const auto objects = Samples::oneOfEach();
     EXPECT_EQ(outcome(Samples::archive(objects)), Samples::described(objects));
 }

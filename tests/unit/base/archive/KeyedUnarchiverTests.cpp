@@ -161,7 +161,7 @@ TEST(KeyedUnarchiver, TakesNilForAMissingBoolean) {
     EXPECT_EQ(stepWithFlag(archive, archive.ref(0)), "JobStep(\"x\" Job(nil nil) agent)\n");
 }
 
-TEST(KeyedUnarchiver, RefusesWhatIsNoInlineBoolean) {
+TEST(KeyedUnarchiver, RefusesAnythingButAnInlineBoolean) {
     ArchiveBuilder text;
     EXPECT_EQ(stepWithFlag(text, text.plist.ascii("YES")),
               "refused: command 1 (_TtC7Samples7JobStep): key \"isDaemon\" is not a boolean");
@@ -249,7 +249,7 @@ TEST(KeyedUnarchiver, RefusesElementsThatAreNoObjects) {
               "refused: command 1: it is not an object of a coded class");
 }
 
-TEST(KeyedUnarchiver, RefusesARootThatIsNoArray) {
+TEST(KeyedUnarchiver, RefusesARootThatIsNotAnArray) {
     ArchiveBuilder archive;
     const Index link = archive.link(0, 0);
     EXPECT_EQ(outcome(archive.finish(link, archive.archiverName(), archive.version())),
