@@ -1,5 +1,5 @@
-// What is the least that a tree costs: the fewest calls for each item, shared by a number of threads, without
-// any of the care that the product takes. Not safe where somebody else can change the tree.
+// The least that a tree can cost: the fewest calls for each item, shared by a number of threads, without any
+// of the care that the product takes. Not safe if somebody else can change the tree.
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>

@@ -15,8 +15,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// Starts `command` in a process group of its own, its output in `outputFile`. Returns -1 when it cannot be
-/// started.
+/// Starts `command` in a new process group, its output in `outputFile`. Returns -1 if it cannot be started.
 pid_t start(const std::vector<std::string>& command, const std::string& outputFile) {
     std::vector<std::string> words = command;
     std::vector<char*> pointers;

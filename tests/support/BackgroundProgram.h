@@ -10,7 +10,7 @@ namespace TestSupport {
 /// A program that runs beside the test; ended with everything it started when the object goes.
 class BackgroundProgram {
   public:
-    /// Starts a program found in PATH in a process group of its own, without input; what it writes goes to
+    /// Starts a program found in PATH in a new process group, without input; its output goes to
     /// `outputFile`.
     BackgroundProgram(const std::vector<std::string>& command, const std::string& outputFile);
     BackgroundProgram(const BackgroundProgram&) = delete;

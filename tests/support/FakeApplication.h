@@ -61,8 +61,8 @@ class FakeWindow final : public Uninstall_Sentrel::Window {
     Uninstall_Sentrel::WindowController* controller = nullptr;
 };
 
-/// An application framework without a screen: what it is asked to do goes into the Mac's list of calls.
-/// Blocks for the main queue wait until `drainMainQueue`.
+/// An application framework without a screen: requests to it go into the Mac's list of calls. Blocks for the
+/// main queue wait until `drainMainQueue`.
 class FakeApplicationFramework final : public Uninstall_Sentrel::ApplicationFramework,
                                        public Uninstall_Sentrel::Application,
                                        public Uninstall_Sentrel::AlertFactory {

@@ -12,7 +12,7 @@
 
 namespace TestSupport {
 
-/// Items in memory. Each gets an identity of its own; folders above it are made along.
+/// Items in memory. Each gets its own identity; the folders above it are created along with it.
 class FakeFileFacts final : public Platform::FileFacts {
   public:
     void add(const std::string& path, Platform::ItemKind kind = Platform::ItemKind::file,
@@ -24,7 +24,7 @@ class FakeFileFacts final : public Platform::FileFacts {
 
     [[nodiscard]] std::optional<Platform::ItemFacts> look(const Base::URL& item,
                                                           Platform::Error& error) override;
-    /// Counts what was added, but for what lies in `without`; `unread` of it is what `unreadIn` says.
+    /// Counts every added item except those in `without`; `unread` of it comes from `unreadIn`.
     [[nodiscard]] Platform::TreeSize measure(
         const Base::URL& item, const std::vector<Platform::ItemIdentity>& without,
         const std::function<void(const Platform::TreeSize&)>& counted) override;

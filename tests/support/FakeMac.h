@@ -27,8 +27,8 @@ class FakeSystemLog final : public Platform::SystemLog {
 };
 
 /// A file system in memory. Paths are absolute; parents need not be made by hand. Removal follows a link on
-/// the way to the item only when nobody but root could have made it; the other operations take every path as
-/// it is.
+/// the way to the item only if nobody but root could have made it; the other operations use every path
+/// unchanged.
 class FakeFileManager final : public Platform::FileManager {
   public:
     struct Node {
@@ -150,11 +150,11 @@ class FakeProcessTable final : public Platform::ProcessTable {
     /// Listed but gone when it is asked about.
     std::vector<std::int32_t> vanished;
     int nameCalls = 0;
-    /// What was asked about single processes, in order ("uid 7", "name 7", "path 7"); not among the calls.
+    /// The queries about single processes, in order ("uid 7", "name 7", "path 7"); not among the calls.
     std::vector<std::string> questions;
     /// The answer to the first question for a name, in place of the process's own.
     std::optional<std::string> firstName;
-    /// What a question for a name returns when there is none.
+    /// The result of a query for a name if there is none.
     int noName = 0;
     /// Counting works, filling a buffer fails.
     bool refusesToList = false;
@@ -199,7 +199,7 @@ class FakeKernelExtensions final : public Platform::KernelExtensions {
 
     /// Every answer, unless there is a list of loaded extensions.
     std::int32_t result = 0;
-    /// What is loaded, and whether it is in use; unloaded ones leave.
+    /// The loaded extensions, and whether they are in use; unloaded ones leave.
     std::optional<std::map<std::string, bool>> loaded;
 
   private:
@@ -436,8 +436,8 @@ class FakeTermination final : public Platform::Termination {
     std::function<void()> request;
 };
 
-/// Sets the ports for as long as it lives and makes everything that a process makes once be made anew, so
-/// that each test starts like a new process.
+/// Sets the ports for as long as it lives and resets everything that a process makes once, so that each test
+/// starts like a new process.
 class ScopedSystemPorts {
   public:
     explicit ScopedSystemPorts(const Platform::SystemPorts& ports);

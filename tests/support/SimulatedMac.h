@@ -9,9 +9,9 @@
 
 namespace TestSupport {
 
-/// A simulated Mac in a scratch folder of its own, removed with everything in it at the end.
+/// A simulated Mac in a new scratch folder, removed with everything in it at the end.
 ///
-/// Operations report what macsim did; nothing is asserted here. Readers return empty values when there is
+/// Operations report what macsim did; nothing is asserted here. Readers return empty values if there is
 /// nothing to read.
 class SimulatedMac {
   public:

@@ -21,7 +21,7 @@ namespace {
 
 constexpr auto kPoll = 50ms;
 
-/// What comes through the pipe until the end of a line.
+/// Reads from the pipe to the end of a line.
 std::string readLine(int fd) {
     std::string line;
     char byte = 0;

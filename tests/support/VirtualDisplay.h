@@ -8,11 +8,11 @@
 
 namespace TestSupport {
 
-/// An X display of its own that nobody sees, with a keyboard and a mouse in front of it; gone at the end.
+/// A separate X display that nobody sees, with a keyboard and a mouse in front of it; gone at the end.
 /// Operations that fail fail the test.
 class VirtualDisplay {
   public:
-    /// Only those who know a cookie of the X authority file `authority` may use it, if that is not empty.
+    /// Only holders of a cookie in the X authority file `authority` may use it, if that is not empty.
     explicit VirtualDisplay(const std::string& authority = "");
     VirtualDisplay(const VirtualDisplay&) = delete;
     VirtualDisplay& operator=(const VirtualDisplay&) = delete;
@@ -29,7 +29,7 @@ class VirtualDisplay {
                                      std::chrono::seconds limit = std::chrono::seconds(60)) const;
     /// Waits until no window of that title is on the screen.
     [[nodiscard]] bool waitUntilGone(const std::string& title) const;
-    /// Its height in pixels; 0 when there is none.
+    /// Its height in pixels; 0 if there is none.
     [[nodiscard]] int windowHeight(const std::string& title) const;
     /// Runs xdotool with these arguments: what it says; empty when it fails.
     std::string xdotool(const std::vector<std::string>& arguments) const;

@@ -49,7 +49,7 @@ class MacsimRun : public ::testing::Test {
         EXPECT_TRUE(mac_.exists("/tmp/up"));
     }
 
-    /// Waits until macsim has ended; its wait status, -1 when there is none.
+    /// Waits until macsim has ended; its wait status, or -1 if there is none.
     int endOfBackground() {
         int status = -1;
         EXPECT_EQ(::waitpid(background_, &status, 0), background_);

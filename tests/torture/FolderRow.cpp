@@ -104,7 +104,7 @@ bool belongsTo(const std::string& path, const std::string& item) {
     return path == item || path.starts_with(item + "/") || item.starts_with(path + "/");
 }
 
-/// What was left although nothing resisted there.
+/// Leftovers although nothing resisted there.
 std::string leftElsewhere(const TortureMac& mac, const Inventory& undisturbed, const std::string& resists) {
     std::string text;
     for (const std::string& path : mac.left(undisturbed)) {

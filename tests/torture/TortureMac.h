@@ -22,9 +22,9 @@ struct End {
     enum class Kind {
         /// Exactly what it leaves on an identical Mac where nothing interferes.
         clean,
-        /// The same, and what goes after the product's last folder: files or jobs of the privileged helpers,
-        /// the
-        /// maker's emptied folders.
+        /// The same, and the items that go after the product's last folder:
+        /// files or jobs of the privileged helpers, the maker's emptied
+        /// folders.
         helpersLeft,
         /// Anything else.
         lost,
@@ -55,18 +55,18 @@ class TortureMac : public TestSupport::SimulatedMac {
     /// Whether the last uninstaller found nothing to uninstall.
     [[nodiscard]] bool foundNothing() const;
 
-    /// The last lines of the system log, each on a line of its own.
+    /// The last lines of the system log, one per line.
     [[nodiscard]] std::string endOfLog() const;
     [[nodiscard]] Inventory inventory() const;
-    /// What is here and not in the inventory of a Mac whose uninstallation nobody disturbed.
+    /// Items here that are missing in the inventory of a Mac whose uninstallation nobody disturbed.
     [[nodiscard]] std::vector<std::string> left(const Inventory& undisturbed) const;
-    /// What is in that inventory and missing or changed here, for people; empty when nothing is.
+    /// Items of that inventory that are missing or changed here, for people; empty if there are none.
     [[nodiscard]] std::string harmed(const Inventory& undisturbed) const;
     /// Compares with the inventory of a Mac whose uninstallation nobody disturbed.
     [[nodiscard]] End end(const Inventory& undisturbed) const;
 
   private:
-    /// By a program of its own: a file that this one had open for writing while another thread starts a Mac
+    /// By a separate program: a file that this one had open for writing while another thread starts a Mac
     /// could not be executed there.
     void copy(const std::string& hostItem, const std::string& macPath) const;
     void putBystanders() const;

@@ -15,7 +15,7 @@
 
 enum { kMaxKeys = 4, kMaxClasses = 32 };
 
-// How the value of a key is coded and what it has to be.
+// The coding of a key's value and its required type.
 typedef enum { kEnd, kString, kURL, kObject, kURLs, kBooleans, kInlineBoolean } ValueType;
 
 typedef struct {

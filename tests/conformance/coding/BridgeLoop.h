@@ -7,7 +7,7 @@
 
 #include "Platform/XPC.h"
 
-/// An exported object whose proxy is itself. What is sent to `proxy` goes out through the protocol's real
+/// An exported object whose proxy is itself. A message to `proxy` goes out through the protocol's real
 /// method and comes back in through it, as it would at the two ends of a connection; only the transport is
 /// left out.
 class BridgeLoop {

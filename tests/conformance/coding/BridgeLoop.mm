@@ -22,7 +22,7 @@ static int invalidations = 0;
 
 @end
 
-// What GNUstep's class has no implementation of.
+// Methods that GNUstep's class does not implement.
 @implementation NSXPCConnection (DeclaredByApple)
 
 + (NSXPCConnection*)currentConnection {

@@ -6,8 +6,8 @@
 
 #include "Platform/XPC.h"
 
-/// A listener of the program's over a double of the system's, which has one peer: it comes as soon as the
-/// listener is resumed, on a thread of its own, and leaves when it has been let in.
+/// One of the program's listeners over a double of the system's, which has one peer: it comes on a separate
+/// thread as soon as the listener is resumed, and leaves when it has been let in.
 class ListenerDouble {
   public:
     ListenerDouble();

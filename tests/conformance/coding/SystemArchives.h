@@ -38,7 +38,7 @@ enum class FailurePolicy : std::uint8_t { raises, keepsError };
 /// What the Objective-C runtime knows of the class made for `coded`.
 struct RuntimeClass {
     std::string name;
-    /// Empty when the superclass is no coded class.
+    /// Empty if the superclass is not a coded class.
     std::string codedSuperclass;
     /// Answered, and by the class itself.
     bool statesSecureCoding;

@@ -8,7 +8,7 @@
 #include "Platform/XPC.h"
 
 /// Doubles of the system's connection and interface classes, which GNUstep declares and does not implement:
-/// they keep what they are told.
+/// they record their calls.
 namespace SystemDoubles {
 
 /// What an NSXPCInterface was told about one argument, and that argument's own interface.

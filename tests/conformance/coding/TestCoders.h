@@ -11,7 +11,7 @@
 - (NSError*)error;
 @end
 
-/// Stands for the connection and for the object that it exports, and keeps what that is told.
+/// Stands for the connection and for the object that it exports, and records the calls to the latter.
 @interface ListeningConnection : NSObject {
     NSMutableArray* refusals_;
 }
@@ -33,7 +33,7 @@ extern "C" {
 
 /// The root object that `unarchiver` decodes; nil and a sentence in `fault` when it raises or keeps an error.
 id SystemArchivesRoot(NSKeyedUnarchiver* unarchiver, NSSet* classes, NSString** fault);
-/// An unarchiver of this class, autoreleased; nil when `data` is no archive to it.
+/// An unarchiver of this class, autoreleased; nil if it does not accept `data` as an archive.
 NSKeyedUnarchiver* SystemArchivesUnarchiver(Class unarchiverClass, NSData* data, NSString** fault);
 NSData* SystemArchivesArchive(id root);
 

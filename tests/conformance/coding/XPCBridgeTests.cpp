@@ -31,7 +31,7 @@ class Delegate final : public CommandExecutingDelegate {
     std::vector<Report> reports;
 };
 
-// Keeps what it is sent and reports each command, as the helper does.
+// Keeps everything that it receives and reports each command, as the helper does.
 class Executor final : public CommandExecuting {
   public:
     void executeWithCommands(CommandList commands,

@@ -1,4 +1,4 @@
-// Distant objects over GNUstep's Foundation, with a server in a process of its own.
+// Distant objects over GNUstep's Foundation, with a server in a separate process.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>

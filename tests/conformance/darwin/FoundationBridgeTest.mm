@@ -1,4 +1,4 @@
-// What lies between Foundation's values and the program's.
+// The conversions between Foundation's values and the program's.
 #include <gtest/gtest.h>
 
 #include "Platform/Darwin/ExceptionGuard.h"

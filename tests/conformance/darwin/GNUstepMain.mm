@@ -42,7 +42,7 @@ int main(int argc, char** argv) {
         return runPrepared(argv);
     }
     NSAutoreleasePool* const pool = [[NSAutoreleasePool alloc] init];
-    // A file manager of one's own copies nothing there until the shared one has been asked for.
+    // A new file manager copies nothing there until the shared one has been requested.
     (void)[NSFileManager defaultManager];
     [pool release];
     testing::InitGoogleTest(&argc, argv);

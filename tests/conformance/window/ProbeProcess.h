@@ -26,7 +26,7 @@ class ProbeProcess {
     bool hears(const std::string& line);
     /// Every line that was read so far.
     [[nodiscard]] const std::vector<std::string>& heard() const { return heard_; }
-    /// Waits for the end. The exit status, 128 and the signal's number, or -1 when it goes on.
+    /// Waits for the end. Returns the exit status, 128 plus the signal's number, or -1 if it does not end.
     int status();
 
   private:

@@ -1,4 +1,5 @@
-// The window under a real window manager, which draws its title bar and decides who has the keyboard.
+// The window under a real window manager, which draws its title bar and decides which window has the
+// keyboard.
 
 #include <gtest/gtest.h>
 

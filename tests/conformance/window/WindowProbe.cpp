@@ -95,7 +95,7 @@ class Probe : public ApplicationProgram, private WindowController {
         outlets_.progressDescriptionLabel.lock()->setHidden(!shown);
     }
 
-    /// On a thread of its own, which AppKit knows nothing of.
+    /// On a separate thread, which AppKit does not know.
     void obey() {
         std::string line;
         while (std::getline(std::cin, line)) {

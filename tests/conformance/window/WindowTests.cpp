@@ -126,7 +126,7 @@ class Window : public testing::Test {
         return seen;
     }
 
-    /// Whether what was asked for before has been done by now and `line` was not said meanwhile.
+    /// Whether earlier requests have been carried out by now and `line` has not appeared meanwhile.
     static bool staysSilentAbout(ProbeProcess& probe, const std::string& line) {
         probe.tell("post 1");
         return probe.hears("block 1") &&

@@ -36,8 +36,8 @@ class RemovalMac : public TestSupport::SimulatedMac {
     [[nodiscard]] std::string verdictFromOutside() const;
 };
 
-/// The one line of JSON that a removal prints. Fails the test when there is more or less, anything on
-/// standard error, or another exit status in the line than in the result.
+/// The one line of JSON that a removal prints. Fails the test if there is more or less, anything on standard
+/// error, or another exit status in the line than in the result.
 [[nodiscard]] nlohmann::json lineOf(const TestSupport::ProgramResult& result);
 
 /// Fails the test unless the removal ended with this status and word, and says whether it changed something.

@@ -37,8 +37,8 @@ TEST(AnswersOfSentrelInspect, ThatMakeNoSenseAreNoAnswer) {
     EXPECT_EQ(mac.launchctlChanges(), Lines());
 }
 
-// What is called a leftover is not believed: nothing but the product's own places, labels and processes is
-// touched.
+// The script does not trust the word leftover: it touches nothing but the product's own places, labels and
+// processes.
 TEST(AnswersOfSentrelInspect, TakeNothingAwayThatIsNotTheProducts) {
     RemovalMac mac(kEmpty);
     const Lines targets{"folder\\t/etc",

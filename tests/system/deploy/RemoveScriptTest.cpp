@@ -1,5 +1,5 @@
 // deploy/remove-sentrel.sh in simulated Macs: every generation, fault and refusal, with its exit status and
-// what is left.
+// the leftovers.
 
 #include <gtest/gtest.h>
 
@@ -17,7 +17,7 @@ using Lines = std::vector<std::string>;
 /// Has two agents, which stop at once, and no daemon, which would take five seconds each.
 const Lines kQuickMac{"--installed", "antivir", "--users", "alice:501"};
 
-/// One Mac, what goes wrong on it, and how the removal ends.
+/// One Mac, its fault, and the end of the removal.
 struct Outcome {
     const char* name;
     Lines mac;

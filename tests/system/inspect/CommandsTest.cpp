@@ -1,4 +1,4 @@
-// sentrel-inspect commands: what is in the lists, and how it is printed.
+// sentrel-inspect commands: the contents of the lists, and their printed form.
 
 #include <sys/stat.h>
 
@@ -20,7 +20,7 @@ std::vector<std::string> linesOf(const std::string& text) {
     return lines;
 }
 
-/// Commands as they are numbered in a list of their own.
+/// Commands as they are numbered in a separate list.
 nlohmann::json numbered(nlohmann::json commands) {
     for (std::size_t index = 0; index < commands.size(); ++index) {
         commands[index]["number"] = index + 1;

@@ -1,4 +1,4 @@
-// sentrel-inspect explain --follow: the steps of a run are told while its log grows.
+// sentrel-inspect explain --follow: shows the steps of a run while its log grows.
 
 #include <algorithm>
 #include <array>

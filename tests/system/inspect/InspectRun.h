@@ -27,7 +27,7 @@ struct Conditions {
     std::string output{};
 };
 
-/// A test with a folder of its own, which is removed afterwards.
+/// A test with a temporary folder.
 class Inspect : public ::testing::Test {
   protected:
     Inspect();

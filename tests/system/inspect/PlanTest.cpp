@@ -1,4 +1,4 @@
-// sentrel-inspect plan on simulated Macs, compared with what is there and with what a run then does.
+// sentrel-inspect plan on simulated Macs, compared with their contents and with the effects of a run.
 
 #include <gtest/gtest.h>
 
@@ -34,7 +34,7 @@ void count(const fs::path& tree, Amount& amount) {
     }
 }
 
-/// What the steps find and no earlier step takes away, under one key.
+/// Everything that the steps find and no earlier step removes, under one key.
 Names found(const nlohmann::json& plan, const char* key) {
     Names names;
     for (const auto& step : plan.at("steps")) {

@@ -16,7 +16,7 @@ using testing::StartsWith;
 const Lines kOtherAntivirus{"[SNTM Installer] There is other antivirus installed.",
                             "[SNTM Installer] Can not install antivirus."};
 
-/// What was there, and what a blessing leaves.
+/// Items that were there before, and those that a blessing leaves.
 std::set<std::string> withBlessedHelpers(std::set<std::string> inventory) {
     for (const std::string label : {"com.norvik.InstallerHelper", "com.norvik.SupportPrivilegedHelper"}) {
         inventory.insert("file /Library/PrivilegedHelperTools/" + label);

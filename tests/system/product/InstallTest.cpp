@@ -81,7 +81,7 @@ std::string quoted(const std::string& path) {
     return "'" + path + "' ";
 }
 
-/// Boots the Mac anew and looks at what an installation has left: owners, modes, repair copies.
+/// Boots the Mac again and checks the result of an installation: owners, modes, repair copies.
 void expectFilesOfAnInstallation(ProductMac& mac, const std::vector<Copied>& copies) {
     std::string items;
     std::string comparisons;

@@ -33,8 +33,8 @@ using MacInventory = std::map<std::string, ItemFacts>;
 /// Every item of a Mac that does not run, by its path in the Mac.
 [[nodiscard]] MacInventory inventoryOf(const TestSupport::SimulatedMac& mac);
 
-/// The differences in words, one a line; empty when there are none. Of the folders `refilled` the time of the
-/// last change does not count: something was taken from them or put into them.
+/// The differences in words, one per line; empty if there are none. In the folders `refilled` the time of the
+/// last change does not count: something was removed from them or put into them.
 [[nodiscard]] std::vector<std::string> differences(const MacInventory& actual, const MacInventory& expected,
                                                    const std::set<std::string>& refilled);
 

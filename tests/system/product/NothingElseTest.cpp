@@ -123,7 +123,7 @@ class NothingElse : public testing::Test {
         ASSERT_GT(count, 50U);
     }
 
-    /// Links from the product's folders to what has to stay.
+    /// Links from the product's folders to items that have to stay.
     void putLinks() {
         const std::vector<std::string> targets{"/Users/alice/Documents/Precious",
                                                "/Users/alice/Documents/Precious/SNT/settings.plist",

@@ -178,7 +178,7 @@ TEST_F(SilentFailure, AHelperThatNeverReportsTimesOutAfter60Seconds) {
     run({"helper-mute"});
     EXPECT_EQ(mac_.uninstallerLog(), (Lines{kFound, kFailed}));
     EXPECT_GE(seconds_, 60.0);
-    // The helper did its work all the same.
+    // The helper still did its work.
     EXPECT_FALSE(mac_.exists("/Applications/Sentrel.app"));
 }
 

@@ -1,4 +1,4 @@
-// Who may talk to the helpers, and what becomes of those who send nonsense or go away.
+// Who may talk to the helpers, and the fate of peers that send nonsense or go away.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-// Every line of the helper's log, foretold from what is on the Mac before the run.
+// Every line of the helper's log, predicted from the contents of the Mac before the run.
 
 #include <gtest/gtest.h>
 

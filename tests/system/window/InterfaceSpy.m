@@ -31,7 +31,7 @@ static NSMutableDictionary* describe(NSView* view, NSString* kind) {
     return facts;
 }
 
-/// What a text needs, set anew in lines of this width.
+/// The size that a text needs when laid out again in lines of this width.
 static NSArray* roomFor(NSAttributedString* text, CGFloat width) {
     NSTextStorage* storage = [[NSTextStorage alloc] initWithAttributedString:text];
     NSLayoutManager* layout = [[NSLayoutManager alloc] init];

@@ -35,9 +35,9 @@ struct Interface {
 
         /// The visible buttons, in the order of the views.
         [[nodiscard]] std::vector<const Control*> buttons() const;
-        /// The visible button with this title; null when there is none.
+        /// The visible button with this title; null if there is none.
         [[nodiscard]] const Control* button(const std::string& buttonTitle) const;
-        /// The visible text that is exactly this; null when there is none.
+        /// The visible text that is exactly this; null if there is none.
         [[nodiscard]] const Control* text(const std::string& wanted) const;
         /// The progress bar; null while it is hidden.
         [[nodiscard]] const Control* progress() const;
@@ -67,18 +67,18 @@ class WindowedMac {
     /// Waits until the interface is such that `condition` holds, at most so long. The last interface seen.
     [[nodiscard]] std::optional<Interface> waitFor(const std::function<bool(const Interface&)>& condition,
                                                    int seconds = 90) const;
-    /// What is shown now.
+    /// The current contents of the window.
     [[nodiscard]] Interface now() const;
     void click(const Interface::Control& control) const { display_.click(control.x, control.y); }
     /// Waits for the ready window and presses its Uninstall button. False when the window does not come.
     [[nodiscard]] bool pressUninstall() const;
-    /// Waits for the administrator dialog, writes a screenshot when it has a name for it, and answers with
-    /// this password, or with Escape. False when there is no dialog.
+    /// Waits for the administrator dialog, writes a screenshot if it has a name for it, and answers with this
+    /// password, or with Escape. False if there is no dialog.
     [[nodiscard]] bool giveAdministratorPassword(const std::string& password,
                                                  const std::string& screenshot = "") const;
     [[nodiscard]] bool cancelAdministratorDialog() const;
-    /// Waits for an alert with this message, writes a screenshot when it has a name for it, and presses its
-    /// one button. False when there is no such alert or it has not one button.
+    /// Waits for an alert with this message, writes a screenshot if it has a name for it, and presses its one
+    /// button. False if there is no such alert or it does not have exactly one button.
     [[nodiscard]] bool answerAlert(const std::string& message, const std::string& screenshot = "") const;
     /// The uninstaller's exit status, waited for; -1 when it still runs.
     int exitStatus(int seconds) { return program_ ? program_->wait(seconds) : -1; }

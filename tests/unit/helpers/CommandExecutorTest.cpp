@@ -11,7 +11,7 @@ namespace {
 
 using HelperTests::FakeListener;
 
-/// Notes what it is told and, for the end of a list, whether another one waits.
+/// Records its calls and, for the end of a list, whether another one waits.
 class RecordingObserver final : public Helpers::ListObserver {
   public:
     explicit RecordingObserver(TestSupport::CallList& calls) : calls_(calls) {}

@@ -14,7 +14,7 @@ using TestSupport::CallList;
 
 class InstallerHelper : public testing::Test {
   protected:
-    /// The helper on a listener that does `onRun`; its port calls begin anew.
+    /// The helper on a listener that does `onRun`; its port calls start over.
     void serve(decltype(FakeListener::onRun) onRun) {
         auto listener = std::make_unique<FakeListener>();
         listener_ = listener.get();

@@ -33,7 +33,7 @@ TEST_F(PackageInstaller, InstallsACopyThatOnlyRootCanReachAndRemovesIt) {
     // The output is read before the wait: a tool that says more than a pipe holds would never end.
     EXPECT_EQ(mac_.calls, (CallList{"private copy /p/a b.pkg to " + copy_, "launch " + command_,
                                     "read output", "read error", "wait", "remove private copy " + copy_}));
-    // A longer package is told by its one byte too many.
+    // One extra byte reveals a longer package.
     EXPECT_EQ(mac_.privateCopies.lastLimit, 1001U);
     ASSERT_EQ(mac_.tasks.argumentVectors.size(), 1U);
     EXPECT_EQ(*mac_.tasks.argumentVectors[0], (std::vector<std::string>{"-pkg", copy_, "-target", "/"}));

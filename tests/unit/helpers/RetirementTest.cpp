@@ -278,7 +278,7 @@ TEST_F(Retirement, WaitsForLaunchdUntilTheMomentAtWhichItsTimeIsUp) {
     EXPECT_EQ(mac_.callsOf("wait until ").size(), 11U);
 }
 
-// Without a request nothing tells that launchd has heard of the removal, so there is no answer to wait for.
+// Without a request nothing tells that launchd has learned of the removal, so there is no answer to wait for.
 TEST_F(Retirement, DoesNotWaitForAnAnswerToARequestThatNeverCame) {
     mac_.tasks.results[kBootout + kOwn] = {.runsOn = true, .onLaunch = [this] { install(kOwn); }};
     mac_.dispatch.onWait = [this] { mac_.clock.present += 1'000'000'000U; };

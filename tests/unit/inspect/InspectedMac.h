@@ -10,7 +10,7 @@
 namespace InspectUnitTests {
 
 /// A fake Mac with one user (501) who is logged in and one (502) who is not, with no jobs and one process of
-/// another maker; nothing of the product is on it.
+/// another maker; no part of the product is on it.
 class InspectedMac {
   public:
     InspectedMac();

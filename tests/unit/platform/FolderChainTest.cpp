@@ -110,7 +110,7 @@ TEST(FolderChain, DoesNotTakeAnotherFolderOfTheSameDepthForTheOneThatWasMoved) {
         ASSERT_EQ(::rename(place.c_str(), scratch.path("original").c_str()), 0);
         makeFolder(place);
         ASSERT_EQ(::rename(scratch.path("moved").c_str(), (place + "/d").c_str()), 0);
-        // Inside the tree all the same: a stranger between two checkpoints is one of the tree's folders now.
+        // Still inside the tree: a stranger between two checkpoints is one of the tree's folders now.
         EXPECT_EQ(goUp(chain), 0) << where;
     }
 }

@@ -242,7 +242,7 @@ TEST_F(GivingWalk, FindsAFewFilesNotWorthGiving) {
     EXPECT_EQ(walk_.levelWorthGiving(), 1U);
 }
 
-// The folder is opened anew on the way back, and its kept entries are still those that were not given.
+// The folder is opened again on the way back, and its kept entries are still those that were not given.
 TEST_F(GivingWalk, KeepsItsPartAlsoWhenItComesBackFromADeepWay) {
     constexpr int kFiles = 2000;
     makeFiles("top", kFiles);

@@ -8,7 +8,7 @@ namespace PlatformTests {
 namespace {
 
 std::atomic<Interference*> current = nullptr;
-/// What is done may itself be file work.
+/// The action may itself be file work.
 thread_local bool acting = false;
 
 }  // namespace

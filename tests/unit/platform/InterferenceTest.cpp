@@ -1,5 +1,5 @@
-// Somebody puts something different in an item's place between two looks at it: each such moment, once, on
-// purpose. (Races by the thousand run in tests/torture.)
+// Somebody swaps an item between two looks at it: each such moment, once, intentionally. (Races by the
+// thousand run in tests/torture.)
 #include "Interference.h"
 
 #include <fcntl.h>
@@ -215,7 +215,7 @@ TEST_F(Removal, IsBoundedForTheWholeTree) {
 // files.
 TEST_F(Removal, DoesNotClimbOutOfTheTree) {
     constexpr int kDepth = 60;
-    // The lowest 16 folders are held open: what is moved further down is left as if it had not been moved.
+    // The lowest 16 folders are held open: a folder moved further down is left as if it had not been moved.
     constexpr int kReopened = kDepth - 15;
     for (const int where : {0, 1, 20, kReopened - 1, kReopened, kDepth - 1}) {
         makeFolder(path("deep"));
@@ -257,7 +257,7 @@ TEST_F(Ownership, ChangesALinkInAFilesPlaceAsALink) {
     EXPECT_EQ(statusOf(path("top/file")).st_uid, statusOf(path("top/folder")).st_uid);
 }
 
-// What was opened is what is given away, not what has its name now.
+// The opened item is given away, not the one that has its name now.
 TEST_F(Ownership, ChangesNothingInTheOpenedFoldersPlace) {
     const Interference swap(Moment::givingOwner, "inside",
                             [this](int) { swapForLink("top/folder", "victim"); });

@@ -1,4 +1,4 @@
-// What is said of a tree in which several items resist.
+// The report on a tree in which several items resist.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
@@ -17,7 +17,7 @@ namespace {
 
 using Platform::Linux::LinuxFileManager;
 
-/// Trees of an unprivileged user, who may not give anything away.
+/// Trees of an unprivileged user, who must not give anything away.
 class ManyFailures : public testing::Test {
   protected:
     ManyFailures() { makeTheirFolder("top"); }

@@ -6,10 +6,10 @@
 
 namespace PlatformTests {
 
-/// A small Mac of its own that a child process has for its root folder: "/" and everything in it belong to
-/// root and nobody else may change them, but for /Applications (mode 0775), /Users/alice, who has number
-/// 1501, and /private/tmp (01777). /tmp, /var and /etc are links into /private; the password database knows
-/// root and alice.
+/// A small Mac as a child process's root folder: "/" and everything in it belong to root and nobody else
+/// may change them, except /Applications (mode 0775), /Users/alice, which belongs to user 1501, and
+/// /private/tmp (01777). /tmp, /var and /etc are links into /private; the password database contains root
+/// and alice.
 class OwnRoot {
   public:
     OwnRoot();

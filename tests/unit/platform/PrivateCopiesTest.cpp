@@ -215,7 +215,7 @@ TEST_F(PrivateCopies, AFolderAboveThatOthersMayWriteToIsRefused) {
         ASSERT_EQ(::chmod(scratch_.path("Tools").c_str(), open), 0);
         expectRefused(scratch_.path("Tools"), EPERM);
     }
-    // In a sticky folder nobody else can replace what is the owner's.
+    // In a sticky folder nobody else can replace the owner's items.
     ASSERT_EQ(::chmod(scratch_.path("Tools").c_str(), 01777), 0);
     EXPECT_NE(copy(), nullptr);
     ASSERT_EQ(::chmod(scratch_.path().c_str(), 0777), 0);

@@ -26,7 +26,7 @@ class ProcessTableContract : public testing::Test {
         const int count = table.listPids(type, user, {});
         std::vector<std::int32_t> pids(static_cast<std::size_t>(std::max(count, 0)));
         if (!pids.empty()) {
-            // What lies behind the ids is still 0, which names no process of a user's.
+            // The span beyond the ids is still 0, which is no user process's id.
             static_cast<void>(table.listPids(type, user, pids));
             pids.erase(std::find(pids.begin(), pids.end(), 0), pids.end());
         }

@@ -48,8 +48,8 @@ bool makeAccessible(int parent, const char* name) {
     return folder >= 0 && ::close(folder) == 0;
 }
 
-/// Empties a folder in a way of its own, independent of the code under test: subfolders of subfolders are
-/// moved up, so that no depth matters.
+/// Empties a folder independently of the code under test: subfolders of subfolders are moved up, so that no
+/// depth matters.
 void removeContents(int top) {
     bool found = true;
     int moved = 0;

@@ -12,7 +12,7 @@
 
 namespace PlatformTests {
 
-/// A folder of its own below `base`, removed with everything in it at the end. Anybody may search it.
+/// A temporary folder below `base`, removed with everything in it at the end. Anybody may search it.
 class Scratch {
   public:
     explicit Scratch(std::string base = usualBase());
@@ -20,7 +20,7 @@ class Scratch {
     Scratch& operator=(const Scratch&) = delete;
     ~Scratch();
 
-    /// TMPDIR, or else a place in memory where there is one.
+    /// TMPDIR, or else a place in memory if there is one.
     [[nodiscard]] static std::string usualBase();
     /// Where the tests are run from: on a disk, normally.
     [[nodiscard]] static std::string currentFolder();
@@ -48,14 +48,14 @@ struct Depth {
 [[nodiscard]] Depth depthOf(const std::string& top);
 
 [[nodiscard]] bool exists(const std::string& path);
-/// lstat; fails the test when there is nothing.
+/// lstat; fails the test if there is no such item.
 [[nodiscard]] struct stat statusOf(const std::string& path);
 [[nodiscard]] std::string contentsOf(const std::string& path);
 [[nodiscard]] std::string targetOf(const std::string& path);
 [[nodiscard]] int openDescriptors();
 
-/// Runs `check` in a child process that has no privileges (as user and group 65534 when this one is root,
-/// otherwise as this user) and returns what it returned; nothing when the child ended otherwise.
+/// Runs `check` in a child process that has no privileges (as user and group 65534 if this one is root,
+/// otherwise as this user) and returns its result; nothing if the child ended otherwise.
 [[nodiscard]] std::optional<int> withoutPrivileges(const std::function<int()>& check);
 /// Gives an item to the user of withoutPrivileges.
 void giveToUnprivileged(const std::string& path);

@@ -146,7 +146,7 @@ TEST(SystemFolders, ProtectNothingThatLiesInThem) {
     }));
 }
 
-// What is asked about is what is opened.
+// The item that was checked is the one that is opened.
 TEST(SystemFolders, AreRefusedAlsoWhenTheyTakeTheItemsPlace) {
     EXPECT_TRUE(OwnRoot().run([] {
         LinuxFileManager files;

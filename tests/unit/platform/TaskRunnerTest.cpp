@@ -166,7 +166,7 @@ TEST(Task, StartsWithSignalsReset) {
     for (const int signal : ignored) {
         handlers.push_back(::signal(signal, SIG_IGN));
     }
-    // Not by way of a shell: it has a mind of its own about signals.
+    // Not by way of a shell, which treats signals in its own way.
     Platform::Posix::PosixTaskRunner tasks;
     const auto task = tasks.launch("/bin/grep", Arguments({"-E", "SigBlk|SigIgn", "/proc/self/status"}));
     Result result;
@@ -186,8 +186,8 @@ TEST(Task, StartsWithSignalsReset) {
               0U);
 }
 
-// A child that still writes when nobody will read it is told so; otherwise it would never end, nor the wait
-// for it.
+// A child that still writes when nobody will read it receives a signal; otherwise neither it nor the wait for
+// it would ever end.
 TEST(Task, ThatIsDestroyedWaitsForNoUnreadBytes) {
     for (const char* script : {"head -c 1000000 /dev/zero", "head -c 1000000 /dev/zero >&2"}) {
         Platform::Posix::PosixTaskRunner tasks;

@@ -8,7 +8,7 @@
 
 namespace {
 
-// What is listened for belongs to the process, so each test has one of its own.
+// Signal handlers belong to the process, so each test runs in a separate one.
 
 [[noreturn]] void answerTwoRequestsAndExit() {
     static std::counting_semaphore<> requests(0);

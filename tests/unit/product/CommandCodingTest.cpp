@@ -22,7 +22,7 @@ using namespace InstallCommon;
 using namespace NorvikCommon;
 using Base::URL;
 
-/// An object that archives under any class whatever keys it is told to: what a stranger may send.
+/// An object that archives under any class with any keys: a stranger's message.
 class Stranger final : public Base::CodedObject {
   public:
     Stranger(const Base::CodedClass& as, std::function<void(Base::Coder&)> keys)

@@ -1,5 +1,5 @@
-// What the two ends of a command list export dispatches by selector, also when a protocol gets a second
-// method one day.
+// The exports of both ends of a command list dispatch by selector, even if a protocol gets a second method
+// one day.
 
 #include <gtest/gtest.h>
 
@@ -17,7 +17,7 @@ using Lines = std::vector<std::string>;
 
 class Executor final : public InstallCommon::CommandExecuting {
   public:
-    /// Reports each command to the delegate with a weight of its own.
+    /// Reports each command to the delegate with a different weight.
     void executeWithCommands(InstallCommon::CommandList commands,
                              std::shared_ptr<InstallCommon::CommandExecutingDelegate> delegate) override {
         lists.push_back(std::to_string(commands.size()) + " commands");

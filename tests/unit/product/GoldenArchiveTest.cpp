@@ -1,6 +1,5 @@
-// The archive of every class that travels, byte by byte: names, keys and their order are what both processes
-// agree on, also when they are of different versions. golden/*.hex shows each as a hex dump with its text
-// beside it.
+// The archive of every class that travels, byte by byte: both processes agree on names, keys and their order,
+// even if they are of different versions. golden/*.hex shows each as a hex dump with its text beside it.
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
-// Whatever list is sent: what it removes, creates or changes lies in the product's own places, and is none of
-// the folders that the product shares with others.
+// Whatever list is sent: everything that it removes, creates or changes lies in the product's own places, and
+// is none of the folders that the product shares with others.
 
 #include <gtest/gtest.h>
 
@@ -107,7 +107,7 @@ TEST(ListTargets, TheRepairFolderIsTheProductsOwn) {
         << NorvikCommon::FeaturePathProvider::repairFolder().path();
 }
 
-// The check itself knows what is not the product's.
+// The check itself recognises other products' items.
 TEST(ListTargets, SharedFoldersAndNeighboursAreNotTheProductsOwn) {
     for (const char* each :
          {"/", "/Applications", "/Library", "/Library/Application Support", "/Library/Extensions",

@@ -95,7 +95,7 @@ TEST(CompareNumerically, ComparesRunsOfDigitsOfAnyLength) {
 
 // The comparison of bundles
 
-/// A bundle that notes what it was asked for.
+/// A bundle that records its queries.
 class RecordingBundle final : public Platform::Bundle {
   public:
     RecordingBundle(std::string name, std::map<std::string, std::string> info,

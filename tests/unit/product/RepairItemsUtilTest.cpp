@@ -103,7 +103,7 @@ TEST(Backup, DoesNotPrepareARepairFolderAgainThatHasGoneMeanwhile) {
 
     RepairItemsUtil::backup(URL::fileURL("/a/b"));
 
-    // Made anew as a parent only.
+    // Made again, but only as a parent.
     EXPECT_EQ(mac.files.at(kRepair).mode, 0755);
     EXPECT_EQ(mac.callsOf("chmod"), (CallList{"chmod " + kRepair + " 0"}));
 }

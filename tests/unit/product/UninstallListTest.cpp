@@ -1,5 +1,5 @@
-// The 73 + 2 commands in full: class, description, operands, order. This list is written out by hand on
-// purpose; whoever changes a suite changes it here too, and sees what it means.
+// The 73 + 2 commands in full: class, description, operands, order. This list is intentionally written out by
+// hand; anybody who changes a suite changes it here too, and sees what it means.
 
 #include <gtest/gtest.h>
 

@@ -14,7 +14,7 @@
 
 namespace XPCTests {
 
-/// A folder that is removed, with what is directly in it, when the test is over.
+/// A folder that is removed, with its direct contents, when the test is over.
 class ScratchFolder {
   public:
     ScratchFolder();

@@ -348,7 +348,7 @@ TEST(Requirement, NamesItsIdentifier) {
     EXPECT_EQ(identifierOfRequirement(R"(identifier "a.b)"), std::nullopt);
 }
 
-/// Notes what it is told to execute and reports it, as the installer helper does.
+/// Records the commands and reports them, as the installer helper does.
 class Executor final : public InstallCommon::CommandExecuting {
   public:
     explicit Executor(Journal& journal) : journal_(journal) {}

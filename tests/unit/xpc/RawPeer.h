@@ -17,7 +17,7 @@ using Bytes = std::vector<std::uint8_t>;
 /// Sends all of `bytes`, waiting while the other end does not read. False when it has closed.
 [[nodiscard]] bool sendAll(const Platform::Posix::Descriptor& socket, const Bytes& bytes);
 
-/// Reads and drops what comes; true when the other end closes, false when nothing comes for a minute.
+/// Reads and drops everything; true when the other end closes, false when nothing comes for a minute.
 [[nodiscard]] bool isClosedByPeer(const Platform::Posix::Descriptor& socket);
 
 /// A message frame with these arguments, counted.

@@ -1,4 +1,4 @@
-// A peer that sends work without end, or does not read what it is told, costs a bounded amount of memory and
+// A peer that sends work without end, or does not read its replies, costs a bounded amount of memory and
 // stops nobody else.
 
 #include <gtest/gtest.h>
@@ -21,7 +21,7 @@ using Lines = std::vector<std::string>;
 
 constexpr auto kMostUnderWay = LinuxXPCConnection::kMostUnderWay;
 
-/// Holds the proxy of every message, as an executor holds its lists, until it is told to let one go.
+/// Holds the proxy of every message, as an executor holds its lists, until told to let one go.
 class Holder final : public Platform::XPCObject {
   public:
     explicit Holder(Journal& journal) : journal_(journal) {}

@@ -52,7 +52,7 @@ class TestObject final : public Platform::XPCObject {
     Journal& journal_;
 };
 
-/// A listener on a socket in a scratch folder, served by a thread of its own.
+/// A listener on a socket in a scratch folder, served by a separate thread.
 class TestService {
   public:
     /// Clients of the identity "com.norvik.test" are taken; `identity` is what every peer is said to be.
@@ -73,7 +73,7 @@ class TestService {
     Journal received;
     Journal refused;
     std::shared_ptr<TestObject> object = std::make_shared<TestObject>(received);
-    /// What is exported instead of `object`, with its interface.
+    /// Exported instead of `object`, with its interface.
     Platform::XPCInterface interface = testInterface();
     std::shared_ptr<Platform::XPCObject> exported = object;
     std::atomic<bool> accepts{true};

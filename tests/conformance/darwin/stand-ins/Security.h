@@ -22,7 +22,7 @@ struct Signing {
     bool isValid = true;
     /// The requirements that it satisfies.
     std::vector<std::string> satisfied;
-    /// Texts that are no requirement: an error, or (as a service that breaks its promise) neither.
+    /// Texts that are not requirements: an error, or (as a service that breaks its promise) neither.
     std::vector<std::string> malformed;
     bool tellsOfMalformed = true;
     /// Of its signature; nothing for code without one.

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-/// What was asked of the authorization session, of SMJobBless and of the kernel-extension manager that stand
-/// in for the system's own, and what they answer.
+/// The requests to the stand-ins for the system's authorization session, SMJobBless and kernel-extension
+/// manager, and their answers.
 namespace StandIns {
 
 struct Item {

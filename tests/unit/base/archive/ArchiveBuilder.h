@@ -25,7 +25,7 @@ class PlistBuilder {
     Id uid(std::uint64_t value, std::size_t width = 2);
     Id array(const std::vector<Id>& members) { return raw(arrayBytes(members)); }
     Id dictionary(const std::vector<std::pair<Id, Id>>& pairs) { return raw(dictionaryBytes(pairs)); }
-    /// With ASCII keys, stored anew for each dictionary.
+    /// With ASCII keys, stored separately for each dictionary.
     Id dictionary(const std::vector<std::pair<std::string, Id>>& pairs);
 
     [[nodiscard]] std::string arrayBytes(const std::vector<Id>& members) const;

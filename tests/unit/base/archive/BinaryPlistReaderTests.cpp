@@ -26,7 +26,7 @@ constexpr const char* kTop = "its top object does not exist";
 constexpr const char* kTooMany = "it has more objects than bytes";
 constexpr const char* kOverlap = "its objects overlap";
 
-// What is wrong with `bytes`; "" when nothing is.
+// The fault in `bytes`; "" if there is none.
 std::string faultOf(std::span<const std::uint8_t> bytes) {
     std::string fault;
     return BinaryPlistReader::open(bytes, fault) ? "" : fault;

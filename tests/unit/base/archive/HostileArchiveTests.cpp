@@ -45,7 +45,7 @@ std::string linkOutcome(ArchiveBuilder& archive, Index target, Index title) {
 TEST(HostileArchive, CutAtEveryLengthIsRefused) {
     const Bytes whole = Samples::archive(Samples::oneOfEach());
     for (std::size_t length = 0; length < whole.size(); ++length) {
-        // A buffer of its own, so that reading past its end is noticed.
+        // A separate buffer, so that reading past its end is noticed.
         const Bytes cut(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(length));
         EXPECT_TRUE(isRefused(outcome(cut))) << length;
     }
@@ -193,7 +193,7 @@ TEST(HostileArchive, WithAReferenceOutsideIsRefused) {
         "refused: not a readable binary property list: object 1 refers to an object that does not exist");
 }
 
-// Many objects that are all the same long array: small to send, huge to look at.
+// Many objects that are all the same long array: small to send, huge to read.
 TEST(HostileArchive, WithOverlappingObjectsIsRefused) {
     constexpr std::size_t kCopies = 20000;
     std::string bytes = "bplist00";
@@ -335,7 +335,7 @@ TEST(HostileArchive, WithADeepClassChainIsRefused) {
 }
 
 TEST(HostileArchive, WhoseClassIsAnObjectIsRefused) {
-    // A class of a class of a class: none of them is looked up beyond the first.
+    // A class of a class of a class: only the first is looked up.
     ArchiveBuilder archive;
     Index described = archive.classNamed("SampleLink");
     for (int i = 0; i < 1000; ++i) {
@@ -373,7 +373,6 @@ TEST(HostileArchive, WithADictionaryOfManyKeysIsRefused) {
 }
 
 TEST(HostileArchive, WithManyDifferentKeysIsStillRead) {
-    // More shapes than are kept: those that are not kept are read all the same.
     ArchiveBuilder archive(4, 4);
     const Index described = archive.classNamed("SampleLink");
     std::vector<Index> links;
