@@ -3,8 +3,8 @@
 //   gnustep-archive dump FILE                the objects as JSON
 //   gnustep-archive rewrite IN OUT           read, then archived anew
 //   gnustep-archive rewrite-mutable IN OUT   the same with mutable strings and arrays
-//   gnustep-archive bench FILE COUNT         nanoseconds of processor time per decoding and per encoding, the
-//   best of COUNT runs
+//   gnustep-archive bench FILE COUNT         nanoseconds of processor time per decoding and per
+//                                            encoding, the best of COUNT runs
 //
 // The product's classes are made from one table: their names, superclasses and coded keys.
 
