@@ -10,7 +10,7 @@
 #   FOLDER: where scratch folders are made (default: /dev/shm and /var/tmp)
 #
 # ROUNDS and FILES change how often and how much. On a machine that others use, PREFIX="chrt -f 10" (root) has the
-# processors serve what is measured before anything else.
+# processors serve the measured program before anything else.
 set -euo pipefail
 
 usage() {

@@ -7,13 +7,13 @@ import subprocess
 import sys
 
 CHECKOUT = pathlib.Path(__file__).resolve().parent.parent
-# What begins like this in `code` is a file or folder of the checkout.
+# Text in `code` that begins like this is a file or folder of the checkout.
 NAMED = re.compile(r"`((?:src|tests|tools|simulator|scripts|docs|bench|fuzz|deploy|resources|cmake)/[^`\s*<>{}|$]+)`")
 LINKED = re.compile(r"(?<!!)\[[^\]]*\]\(([^)\s]+)\)|!\[[^\]]*\]\(([^)\s]+)\)")
 
 
 def anchors(document):
-    """What headings of a document are called in links."""
+    """The anchors of a document's headings."""
     found = set()
     for heading in re.findall(r"^#+ +(.+)$", document.read_text(), re.MULTILINE):
         found.add(re.sub(r"[^\w\- ]", "", heading.strip().lower()).replace(" ", "-"))
@@ -30,7 +30,7 @@ def faults(document):
     text = document.read_text()
     for name in NAMED.findall(text):
         if not (CHECKOUT / name).exists():
-            yield f"names {name}, which is not there"
+            yield f"names {name}, which does not exist"
     for match in LINKED.finditer(text):
         target = match.group(1) or match.group(2)
         if re.match(r"[a-z]+:", target):
@@ -38,7 +38,7 @@ def faults(document):
         path, _, anchor = target.partition("#")
         file = (document.parent / path).resolve() if path else document
         if not file.exists():
-            yield f"links to {target}, which is not there"
+            yield f"links to {target}, which does not exist"
         elif anchor and anchor not in anchors(file):
             yield f"links to {target}, which has no such heading"
 

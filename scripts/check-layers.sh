@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Checks that dependencies point down only, that what is one system's stays below src/Platform, and that the window toolkit stays
+# Checks that dependencies point down only, that code for one system stays below src/Platform, and that the window toolkit stays
 # in its own folder.
 set -euo pipefail
 cd "$(dirname "$0")/../src"
@@ -28,7 +28,7 @@ looks_up() {
 }
 
 above="Uninstaller InstallCommon SwiftUtils NorvikCommon Helpers Base"
-# What the window needs of one system lies in the folders Cocoa/ and GNUstep/ of its own, and the build chooses.
+# The window's code for one system lies in its folders Cocoa/ and GNUstep/; the build chooses.
 forbid "$above ../tools" '__APPLE__|__linux__|_WIN32|__GNUstep__|\bGNUSTEP\b|TARGET_OS_' 'A system is named above the seam'
 forbid "$above" '#(include|import) [<"]Platform/(Linux|Darwin|Posix)/' "An adapter's header is named above the seam"
 forbid "$above Platform/Posix Platform/Darwin Platform/*.h" '#(include|import) <(filesystem|semaphore|latch|barrier|stop_token|memory_resource)>' 'Not on macOS 10.13'

@@ -7,7 +7,7 @@
 #                               programs and assembles the application; without DIR, the SDK that SENTREL_MACOS_SDK names
 #
 #   --build DIR                 the folder to build in (default: build/check-macos, build/check-macos-sdk)
-#   --also FILE                 one more source to compile with the others
+#   --also FILE                 one extra source to compile with the others
 #
 # The sources are those of the build itself: CMake is configured as on a Mac. How to get an SDK: docs/macos.md.
 set -euo pipefail

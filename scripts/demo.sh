@@ -73,7 +73,7 @@ if [ "$window" = yes ]; then
     command=(--as alice --display host -- "$uninstaller")
 else
     heading "Uninstall Sentrel --silent"
-    # In one boot: a restart takes away what the uninstaller has to.
+    # In one boot: a restart removes items that the uninstaller has to remove.
     # shellcheck disable=SC2016 # the simulated Mac's shell expands it
     command=(-- /bin/sh -c '"$1" --silent 2>/dev/null; sentrel-inspect verify >/tmp/verify.txt' sh "$uninstaller")
 fi

@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
 # lint.sh: the checks that need no test. One line a step; every finding is shown, and any finding makes the exit status 1.
 #
-#   lint.sh                    formatting, shell scripts and layers of everything; clang-tidy on what changed since the merge base
-#                              with main (on main itself: since the commit before), also on what is not committed yet
-#   lint.sh --base REVISION    clang-tidy on what changed since REVISION
+#   lint.sh                    formatting, shell scripts and layers of everything; clang-tidy on changes since the merge base
+#                              with main (on main itself: since the commit before), including uncommitted ones
+#   lint.sh --base REVISION    clang-tidy on changes since REVISION
 #   lint.sh --all              clang-tidy on every source; takes long
 #   lint.sh --at-most N        clang-tidy on no more than N sources; the line says how many are left out
 set -euo pipefail
@@ -52,7 +52,7 @@ step() {
     fi
 }
 
-# files PATTERN...: what git knows or would take, and what is still there.
+# files PATTERN...: existing files that git tracks or would add.
 files() {
     local file
     git ls-files --cached --others --exclude-standard -- "$@" | sort -u | while IFS= read -r file; do

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # mutate.sh [OPTION...] [ROOM|FILE...]: changes one operator, constant, text, condition or statement at a time, runs the tests of
 # its room and shows the changes that none of them notices, and the score per room. Works on a copy in build/mutate; the tests of
-# a mutant run in a sandbox, because mutants remove what they should not. "mutate.sh --help" shows the options.
+# a mutant run in a sandbox, because mutants may remove anything. "mutate.sh --help" shows the options.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 for program in bwrap cmake ninja; do

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# pictures.sh: makes the pictures of docs/images anew, from what the layout test of the window and the demo draw. Look at every one of
+# pictures.sh: remakes the pictures of docs/images from the output of the window's layout test and the demo. Look at every one of
 # them before it is committed.
 set -euo pipefail
 cd "$(dirname "$0")/.."

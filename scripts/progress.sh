@@ -16,7 +16,7 @@ latest=""
 printed=""
 next=$((SECONDS + interval))
 
-# What is being done, in few words: "[ 73/180] src/Base/URL.cpp".
+# The current step, in few words: "[ 73/180] src/Base/URL.cpp".
 shorten() {
     local text=$1 count=""
     if [[ $text =~ ^(\[[0-9/%\ ]+\])\ *(.*)$ ]]; then
@@ -47,7 +47,7 @@ while true; do
     status=0
     IFS= read -r -t 1 line || status=$?
     if [ "$status" -gt 128 ]; then
-        # The time is over; what has come of a line so far is kept.
+        # The time is over; an incomplete line is kept.
         begun+=$line
         [ -z "$latest" ] || show
         continue

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# setup.sh [run|develop]: installs what is missing on Debian 12. Does nothing, and needs no root, when everything is there.
-#   run      what building and running the demo needs: the programs without their window, and the simulated Mac
+# setup.sh [run|develop]: installs missing packages on Debian 12. Does nothing, and needs no root, if nothing is missing.
+#   run      packages for building and running the demo: the programs without their window, and the simulated Mac
 #   develop  everything: also the window, the tests, the linters, the benchmarks and the check of the macOS side (default)
 # setup.sh --list [run|develop]: only prints the packages, one a line.
 set -euo pipefail
@@ -66,7 +66,7 @@ fi
 echo "Installing what is needed to $what: ${missing[*]}" >&2
 mkdir -p build
 log=build/setup.log
-# apt-get tells how far it is on a descriptor of its own, which sudo would close: the shell behind it makes that standard
+# apt-get reports its progress on a separate descriptor, which sudo would close: the shell behind it makes that standard
 # output, and sends all the rest to standard error. Its lines are "dlstatus:WHAT:PERCENT:WORDS" and "pmstatus:...".
 as_progress='s/^(dl|pm)status:[^:]*:([0-9]+)[^:]*:(.*)$/[\2%] \3/p'
 install() {

@@ -6,7 +6,7 @@
 #   sign-and-notarize.sh --identity NAME [--keychain-profile NAME] [--app PATH] [--output ZIP] [--dry-run]
 #
 #   --identity             certificate for applications, by its name: "Developer ID Application: NORVIK (TEAM)"
-#   --keychain-profile     what "xcrun notarytool store-credentials" was given; without it nothing is sent to Apple
+#   --keychain-profile     the name given to "xcrun notarytool store-credentials"; without it nothing is sent to Apple
 #   --app                  default: build/macos/bin/Uninstall Sentrel.app
 #   --output               default: beside the application, "Uninstall Sentrel.zip"
 #
@@ -88,7 +88,7 @@ check_arguments() {
         fail "$package is not the package that the support helper was built for, which would refuse it; build again with the signed package"
 }
 
-# What was built names a team; another team's signature would satisfy nobody, and the first to notice would be the customer.
+# The build names a team; another team's signature would satisfy nobody, and the first to notice would be the customer.
 check_team() {
     local team built
     team=$(team_of "$identity")
@@ -127,7 +127,7 @@ sign() {
     run codesign --force --timestamp --options runtime --identifier "$identifier" "$@" --sign "$identity" "$path"
 }
 
-# A signature covers what lies inside, so the innermost comes first and the application last.
+# A signature covers the contents, so the innermost comes first and the application last.
 sign_everything() {
     sign com.norvik.UninstallerWindow "$contents/Frameworks/UninstallerWindow.dylib"
     sign com.norvik.sentrel-inspect "$contents/Helpers/sentrel-inspect"

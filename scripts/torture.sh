@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # torture.sh [MINUTES [SEED]]: does everything to the helpers that tests under CTest leave to chance, for about MINUTES
-# (30), and prints a table of what was done and what was lost. With enough minutes every row does as many rounds as it
+# (30), and prints a table of rounds and losses. With enough minutes every row does as many rounds as it
 # wants; with fewer it prints how many it did. The same SEED gives the same moments. Exit status 1: something was lost.
-# What each row promises: docs/reliability.md.
+# docs/reliability.md says what each row promises.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -101,7 +101,7 @@ echo "torture.sh: $minutes minutes, seed $seed"
 export TMPDIR="$scratch/macs" bin scratch shared minutes seed
 export -f race do_line
 start=$SECONDS
-# Each line has a process group of its own, so that all of it can be ended.
+# Each line has its own process group, so that all of it can be ended.
 setsid "${as_root[@]}" bash -c 'do_line 10' <<<"$busy_rows" &
 lines+=($!)
 setsid "${as_root[@]}" bash -c 'do_line 20' <<<"$waiting_rows" &

@@ -20,7 +20,7 @@ import rooms
 import workshop
 
 CHECKOUT = pathlib.Path(__file__).resolve().parents[2]
-# What a mutant can end as. "identical" is the compiler's own word, at -O2; "equivalent" is equivalent.txt's.
+# The possible outcomes of a mutant. "identical" is the compiler's own word, at -O2; "equivalent" is equivalent.txt's.
 COUNTED = ("killed", "timeout", "survived")
 VERDICTS = (*COUNTED, "identical", "equivalent", "invalid")
 

@@ -179,7 +179,7 @@ class Finder:
             self.whole_statement(self.statement, index)
         self.statement = None
 
-    # What can be chosen while the program runs
+    # Mutations that can be selected while the program runs
 
     def header_units(self, index):
         """The parts of what stands in brackets behind if, while and for."""
@@ -221,7 +221,7 @@ class Finder:
         else:
             self.units.append((self.tokens[first].start, self.tokens[last].end, "statement"))
 
-    # What can be changed
+    # Possible changes
 
     def whole_statement(self, first, last):
         while self.tokens[first].text in ("case", "default"):
