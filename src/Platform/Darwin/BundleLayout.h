@@ -4,7 +4,7 @@
 
 namespace Platform::Darwin {
 
-/// Foundation's bundle for the folder at `location`, autoreleased; nil when there is none, or no location.
+/// Foundation's bundle for the folder at `location`, autoreleased; nil if there is none, or no location.
 inline NSBundle* foundationBundle(NSURL* location) {
     if (location == nil) {
         return nil;

@@ -5,7 +5,7 @@
 namespace Platform::Darwin {
 
 /// Grand Central Dispatch. Deadlines and a timer's start are on DarwinClock's scale and become the system's
-/// own at the moment of the call. A serial queue is one thread of its own: the system's serial queues run
+/// own at the moment of the call. A serial queue is one dedicated thread: the system's serial queues run
 /// their blocks one after another, but not all on one thread.
 class DarwinDispatch final : public Dispatch {
   public:

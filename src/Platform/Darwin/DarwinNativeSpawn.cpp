@@ -7,9 +7,9 @@
 
 namespace Platform::Posix {
 
-// There is no pipe2(2). Between the calls another thread may start a child. If it is one of ours, it does not
-// inherit the ends all the same: it is started with POSIX_SPAWN_CLOEXEC_DEFAULT, whatever a descriptor's
-// flags say. Only a child that a system library forks in that moment could.
+// There is no pipe2(2). Between the calls another thread may start a child. If it is one of ours, it still
+// does not inherit the ends: it is started with POSIX_SPAWN_CLOEXEC_DEFAULT, whatever a descriptor's flags
+// say. Only a child that a system library forks in that moment could.
 int makePrivatePipe(int ends[2]) {
     if (::pipe(ends) != 0) {
         return -1;

@@ -9,7 +9,7 @@
 
 #include "Base/URL.h"
 
-/// For the Objective-C++ files of this room only: what lies between Foundation's values and the program's.
+/// For the Objective-C++ files of this room only: conversions between Foundation's values and the program's.
 namespace Platform::Darwin {
 
 /// An autorelease pool from here to the end of the scope. Every operation of an adapter has one: it may be
@@ -32,7 +32,7 @@ class Retained {
     Retained() = default;
     /// Takes over the count that the caller owns (alloc, copy, create).
     [[nodiscard]] static Retained adopt(Object object) { return Retained(object); }
-    /// Takes a count of its own.
+    /// Takes an additional count.
     [[nodiscard]] static Retained of(Object object) { return Retained([object retain]); }
     Retained(Retained&& other) noexcept : object_(std::exchange(other.object_, nil)) {}
     Retained& operator=(Retained&& other) noexcept {
@@ -53,13 +53,13 @@ class Retained {
     Object object_ = nil;
 };
 
-/// The string of a UTF-8 text, autoreleased, never nil. What is not valid UTF-8 becomes U+FFFD, byte by byte.
+/// The string of a UTF-8 text, autoreleased, never nil. Each invalid byte becomes U+FFFD.
 [[nodiscard]] NSString* foundationString(std::string_view text);
-/// Its UTF-8 form, NUL characters included; what has none (half of a surrogate pair) becomes a replacement
+/// Its UTF-8 form, NUL characters included; half of a surrogate pair, which has none, becomes a replacement
 /// character. Nil becomes the empty text.
 [[nodiscard]] std::string text(NSString* string);
 
-/// The path as Foundation takes it, autoreleased; nil when it is not valid UTF-8 or has a NUL byte in it: the
+/// The path as Foundation takes it, autoreleased; nil if it is not valid UTF-8 or has a NUL byte in it: the
 /// file systems of a Mac hold no such name.
 [[nodiscard]] NSString* foundationPath(const std::string& path);
 /// The URL of an item, autoreleased; nil as above.

@@ -57,7 +57,7 @@ class Loan {
     PlatformDarwinCarrier* carrier_;
 };
 
-/// What `value` carries; null when it is no carrier. Lives as long as `value`.
+/// The object that `value` carries; null if it is not a carrier. Lives as long as `value`.
 [[nodiscard]] const Base::CodedObject* carriedObject(id value);
 
 /// A copy of a decoded object: several references of an archive may lead to the same carrier, so that none
@@ -65,7 +65,7 @@ class Loan {
 [[nodiscard]] std::unique_ptr<Base::CodedObject> copyOf(const Base::CodedObject& object,
                                                         std::string& refusal);
 
-/// The objects of a list, each in a carrier of its own, autoreleased.
+/// The objects of a list, each in its own carrier, autoreleased.
 [[nodiscard]] NSArray* carrierList(Base::CodedObjectList objects);
 
 /// The objects that `list`, a decoded array of carriers, holds. Whatever the system's coder let through, the

@@ -20,8 +20,8 @@ namespace {
 // NSCoderReadCorruptError.
 constexpr NSInteger kReadCorrupt = 4864;
 
-/// The object of this class that the coder stands on, owned by the caller. Null, and one line in `why`, when
-/// there is none.
+/// The object of this class that the coder is at, owned by the caller. Null, and one line in `why`, if there
+/// is none.
 const Base::CodedObject* decodedObject(const Base::CodedClass* coded, NSCoder* coder, NSString** why) {
     if (coded == nullptr || coded->decode == nullptr) {
         *why = @"an object of a class that is not decoded";

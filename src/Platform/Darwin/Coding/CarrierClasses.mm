@@ -30,7 +30,7 @@ Registry& registry() {
     return *instance;
 }
 
-/// A class of its own answers supportsSecureCoding itself: the system asks that of a class that decodes.
+/// Each class answers supportsSecureCoding itself: the system asks that of a class that decodes.
 void stateSecureCoding(Class carrier) {
     const SEL selector = @selector(supportsSecureCoding);
     const Class meta = object_getClass(carrier);

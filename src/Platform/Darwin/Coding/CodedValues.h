@@ -8,8 +8,8 @@
 #include "Base/URL.h"
 
 /// For the Objective-C++ files of this room: values as an archive or a message holds them. Unlike the
-/// conversions for paths and lines of log, these repair nothing: what is not well formed is refused, in the
-/// same cases as in the program's own archives.
+/// conversions for paths and lines of log, these repair nothing: malformed values are refused, in the same
+/// cases as in the program's own archives.
 namespace Platform::Darwin {
 
 /// The UTF-8 form of what should be a string, NUL characters included. Nothing for an object of another

@@ -25,9 +25,9 @@ class SystemCoder final : public Base::Coder {
     /// Borrows `coder`.
     explicit SystemCoder(NSCoder* coder) : coder_(coder) {}
 
-    /// The first fault as a sentence, without the class; empty as long as there is none.
+    /// The first fault as a sentence, without the class; empty if there was none.
     [[nodiscard]] const std::string& fault() const { return fault_; }
-    /// The last key that was asked for in vain; empty when there was none.
+    /// The last key that was requested and not found; empty if there was none.
     [[nodiscard]] const std::string& missingKey() const { return missingKey_; }
 
     void encodeNil(std::string_view key) override;
@@ -49,7 +49,7 @@ class SystemCoder final : public Base::Coder {
   private:
     void refuse(std::string_view key, std::string_view what);
     void encode(std::string_view key, id value);
-    /// The object under `key`; nil when there is none and when the coder refuses it.
+    /// The object under `key`; nil if there is none or the coder refuses it.
     [[nodiscard]] id decode(std::string_view key, NSSet* classes);
     /// The members of the array under `key`, which should be of the class `member`; nil likewise.
     [[nodiscard]] NSArray* decodeArray(std::string_view key, Class member);

@@ -13,12 +13,12 @@ namespace Platform::Darwin {
 
 /// The NSXPCListener of this process's mach service, whose port launchd keeps while the process does not run.
 ///
-/// Who may use it is decided before anything is exported to him (PeerIdentity.h). When `run` returns, the
-/// listener stays suspended for the rest of the process's life: a peer that comes after that waits in
-/// launchd's port and has the helper started anew. (One whose request the system had handed over already is
-/// refused and sees an invalid connection.) A transaction is one of the system's too, so that the process is
-/// not killed at a shutdown while it works; launchd keeps to that because the job's property list says that
-/// it has transactions (EnableTransactions).
+/// A peer is checked before anything is exported to it (PeerIdentity.h). When `run` returns, the listener
+/// stays suspended for the rest of the process's life: a peer that comes after that waits in launchd's port
+/// and has the helper started anew. (One whose request the system had handed over already is refused and sees
+/// an invalid connection.) A transaction is also one of the system's, so that the process is not killed at a
+/// shutdown while it works; launchd respects that because the job's property list says that it has
+/// transactions (EnableTransactions).
 class DarwinXPCListener final : public XPCListener {
   public:
     DarwinXPCListener(const std::string& machServiceName, std::vector<std::string> clientRequirements);

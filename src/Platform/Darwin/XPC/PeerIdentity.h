@@ -8,14 +8,14 @@
 
 namespace Platform::Darwin {
 
-/// Why the peer of `connection` must not be served; nothing when it may be.
+/// The reason why the peer of `connection` must not be served; nothing if it may be.
 ///
-/// The peer is told by its audit token, which names one process for good; never by its process id, which may
-/// have gone to another program meanwhile. Its running code has to be valid, to satisfy one of `requirements`
-/// (code-signing requirements: identifier, certificate, team and oldest version) and to be signed with the
-/// hardened runtime and without an entitlement that opens it again, so that nobody can have put other code
-/// into it. The text names the condition that is not met. Where the system offers it (macOS 13), it is told
-/// the requirements as well and then checks the sender of every message by itself. To be called on the
+/// The peer is identified by its audit token, which names one process for good; never by its process id,
+/// which may have gone to another program meanwhile. Its running code has to be valid, to satisfy one of
+/// `requirements` (code-signing requirements: identifier, certificate, team and oldest version) and to be
+/// signed with the hardened runtime and without an entitlement that opens it again, so that nobody can have
+/// put other code into it. The text names the unmet condition. Where the system offers it (macOS 13), it
+/// receives the requirements as well and then checks the sender of every message by itself. Call this on the
 /// delivery of the new connection, before it is resumed.
 [[nodiscard]] std::optional<std::string> refusalOfPeer(NSXPCConnection* connection,
                                                        const std::vector<std::string>& requirements);

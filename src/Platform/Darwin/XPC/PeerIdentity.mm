@@ -41,7 +41,7 @@ id foundationView(CFTypeRef object) {
     return static_cast<id>(const_cast<void*>(object));
 }
 
-/// The running code that `token` names; null when there is none any more.
+/// The running code that `token` names; null if it no longer exists.
 OwnedCode codeOf(const audit_token_t& token) {
     NSData* const bytes = [NSData dataWithBytes:&token length:sizeof token];
     NSDictionary* const attributes =
@@ -58,7 +58,7 @@ bool satisfies(SecCodeRef code, const std::string& text) {
     const OSStatus status =
         SecRequirementCreateWithString(stringRef(foundationString(text)), kSecCSDefaultFlags, &requirement);
     const OwnedCF<SecRequirementRef> owned(requirement);
-    // A requirement that is none must not turn into a check of validity alone.
+    // A malformed requirement must not turn into a check of validity alone.
     return status == errSecSuccess && requirement != nullptr &&
            SecCodeCheckValidity(code, kSecCSDefaultFlags, requirement) == errSecSuccess;
 }
@@ -73,8 +73,8 @@ std::string without(const char* entitlement) {
     return "!(entitlement[\"" + std::string(entitlement) + "\"] exists)";
 }
 
-/// The first condition of `requirement` that the code does not satisfy, if it satisfies the one before it,
-/// its identifier; for people, because the requirement as a whole has decided.
+/// The first condition of `requirement` that the code does not satisfy, with its identifier if it satisfies
+/// the one before it; for people, because the requirement as a whole has decided.
 std::optional<std::string> unmetCondition(SecCodeRef code, std::string_view requirement) {
     constexpr std::string_view kAnd = " and ";
     for (bool isFirst = true; !requirement.empty(); isFirst = false) {
