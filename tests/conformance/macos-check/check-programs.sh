@@ -31,7 +31,8 @@ has_section() {
         $1 == "segname" && name == section && $2 == segment { found = 1 } END { exit !found }'
 }
 
-for program in "$bin/sentrel-inspect" "$contents/Helpers/sentrel-inspect" "$contents/MacOS/Uninstall Sentrel" "$contents/Frameworks/UninstallerWindow.dylib" "${helpers[@]}"; do
+for program in "$bin/sentrel-inspect" "$bin/sentrel-selftest" "$contents/Helpers/sentrel-inspect" "$contents/MacOS/Uninstall Sentrel" \
+    "$contents/Frameworks/UninstallerWindow.dylib" "${helpers[@]}"; do
     if [ ! -f "$program" ]; then
         fault "$program was not built"
         continue

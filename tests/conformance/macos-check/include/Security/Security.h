@@ -19,6 +19,10 @@ enum { kSecCSDefaultFlags = 0, kSecCSSigningInformation = 1 << 1, kSecCSDynamicI
 extern const CFStringRef kSecGuestAttributeAudit;
 extern const CFStringRef kSecCodeInfoFlags;
 
+OSStatus SecCodeCopySelf(SecCSFlags flags, SecCodeRef* self);
+OSStatus SecCodeCopyDesignatedRequirement(SecStaticCodeRef code, SecCSFlags flags,
+                                          SecRequirementRef* requirement);
+OSStatus SecRequirementCopyString(SecRequirementRef requirement, SecCSFlags flags, CFStringRef* text);
 OSStatus SecCodeCopyGuestWithAttributes(SecCodeRef host, CFDictionaryRef attributes, SecCSFlags flags,
                                         SecCodeRef* guest);
 OSStatus SecCodeCheckValidity(SecCodeRef code, SecCSFlags flags, SecRequirementRef requirement);

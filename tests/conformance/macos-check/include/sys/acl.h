@@ -12,6 +12,7 @@ typedef enum { ACL_UNDEFINED_TAG = 0, ACL_EXTENDED_ALLOW = 1, ACL_EXTENDED_DENY 
 typedef enum { ACL_FIRST_ENTRY = 0, ACL_NEXT_ENTRY = -1, ACL_LAST_ENTRY = -2 } acl_entry_id_t;
 typedef enum {
     ACL_ADD_FILE = 1 << 2,
+    ACL_EXECUTE = 1 << 3,
     ACL_DELETE = 1 << 4,
     ACL_ADD_SUBDIRECTORY = 1 << 5,
     ACL_DELETE_CHILD = 1 << 6,
@@ -19,6 +20,14 @@ typedef enum {
     ACL_CHANGE_OWNER = 1 << 13
 } acl_perm_t;
 
+acl_t acl_init(int count);
+acl_t acl_get_link_np(const char* path, acl_type_t type);
+int acl_set_file(const char* path, acl_type_t type, acl_t list);
+int acl_create_entry(acl_t* list, acl_entry_t* entry);
+int acl_set_tag_type(acl_entry_t entry, acl_tag_t tag);
+int acl_set_qualifier(acl_entry_t entry, const void* qualifier);
+int acl_add_perm(acl_permset_t rights, acl_perm_t right);
+int acl_set_permset(acl_entry_t entry, acl_permset_t rights);
 acl_t acl_get_fd_np(int descriptor, acl_type_t type);
 int acl_free(void* object);
 /// 0 while there is such an entry; -1 with errno (EINVAL behind the last one).
