@@ -3,8 +3,8 @@
 #
 #   check-macos.sh              type-checks every source of the macOS build with clang, against GNUstep's Foundation and AppKit
 #                               headers and the declarations of Apple's other calls in tests/conformance/macos-check/include
-#   check-macos.sh --sdk DIR    compiles the same sources for x86_64-apple-macosx10.13 against the macOS SDK in DIR, links the
-#                               programs and assembles the application; without DIR, the SDK that SENTREL_MACOS_SDK names
+#   check-macos.sh --sdk DIR    compiles the same sources and the tests that a Mac runs for x86_64 against the macOS SDK in DIR, links
+#                               all programs and assembles the application; without DIR, the SDK that SENTREL_MACOS_SDK names
 #
 #   --build DIR                 the folder to build in (default: build/check-macos, build/check-macos-sdk)
 #   --also FILE                 one extra source to compile with the others
@@ -54,7 +54,7 @@ need ninja ninja-build
 need cmake cmake
 llvm=$(dirname "$(readlink -f "$(command -v clang++-14)")")
 
-arguments=(--fresh -G Ninja --toolchain "$check/toolchain.cmake" -DSENTREL_TESTS=OFF -DSENTREL_BENCHMARKS=OFF
+arguments=(--fresh -G Ninja --toolchain "$check/toolchain.cmake" -DSENTREL_BENCHMARKS=OFF
     "-DSENTREL_CHECK_LLVM=$llvm")
 if $with_sdk; then
     [ -n "$sdk" ] || fail "--sdk needs the folder of a macOS SDK (or set SENTREL_MACOS_SDK)"
@@ -64,7 +64,10 @@ if $with_sdk; then
     mkdir -p "$build"
     build=$(realpath "$build")
     make_sdk_root "$sdk" "$build/root"
-    arguments+=("-DSENTREL_CHECK_ROOT=$build/root" -DSENTREL_INSPECT=ON -DCMAKE_BUILD_TYPE=RelWithDebInfo)
+    googletest=/usr/src/googletest
+    [ -e "$googletest/CMakeLists.txt" ] || fail "GoogleTest's sources are missing (Debian: apt-get install googletest)"
+    arguments+=("-DSENTREL_CHECK_ROOT=$build/root" -DSENTREL_INSPECT=ON -DCMAKE_BUILD_TYPE=RelWithDebInfo
+        -DSENTREL_TESTS=ON "-DFETCHCONTENT_SOURCE_DIR_GTEST=$googletest")
 else
     [ -e /usr/include/GNUstep/AppKit/AppKit.h ] ||
         fail "GNUstep's headers are missing (Debian: apt-get install libgnustep-gui-dev)"
@@ -77,7 +80,7 @@ else
     mkdir -p "$build/runtime"
     ln -sfn "$runtime" "$build/runtime/objc"
     # Not -D__APPLE__: the sources need no such test, and GNUstep's headers would take this system for a Mac.
-    arguments+=(-DSENTREL_CHECK_ROOT= -DSENTREL_INSPECT=ON -DCMAKE_OSX_DEPLOYMENT_TARGET= -DCMAKE_OSX_ARCHITECTURES=
+    arguments+=(-DSENTREL_CHECK_ROOT= -DSENTREL_INSPECT=ON -DSENTREL_TESTS=OFF -DCMAKE_OSX_DEPLOYMENT_TARGET= -DCMAKE_OSX_ARCHITECTURES=
         "-DSENTREL_CHECK_FLAGS=-isystem \"$check/include\" -isystem \"$build/runtime\" -isystem /usr/include/GNUstep -fblocks"
         "-DSENTREL_CHECK_OBJC_FLAGS=-fobjc-exceptions -fconstant-string-class=NSConstantString")
 fi

@@ -28,8 +28,9 @@ set(CMAKE_TRY_COMPILE_TARGET_TYPE STATIC_LIBRARY)
 
 if(SENTREL_CHECK_ROOT)
     set(CMAKE_OSX_SYSROOT "${SENTREL_CHECK_ROOT}")
+    # The system to build for is said once, by CMAKE_OSX_DEPLOYMENT_TARGET.
     foreach(language IN ITEMS C CXX OBJC OBJCXX)
-        set(CMAKE_${language}_COMPILER_TARGET x86_64-apple-macosx10.13)
+        set(CMAKE_${language}_COMPILER_TARGET x86_64-apple-macosx)
     endforeach()
     foreach(language IN ITEMS CXX OBJCXX)
         # The C++ library of the SDK, not one that lies beside the compiler: its headers know what each macOS has.

@@ -1,6 +1,7 @@
 // Somebody swaps an item between two looks at it: each such moment, once, intentionally. (Races by the
 // thousand run in tests/torture.)
 #include "Interference.h"
+#include "NativeFiles.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -11,13 +12,11 @@
 #include <utility>
 #include <vector>
 
-#include "Platform/Linux/Files/LinuxFileManager.h"
 #include "Scratch.h"
 
 namespace PlatformTests {
 namespace {
 
-using Platform::Linux::LinuxFileManager;
 using Platform::Posix::Moment;
 
 void rename(const std::string& from, const std::string& to) {
@@ -74,7 +73,7 @@ class Interfered : public testing::Test {
     }
 
     Scratch scratch_;
-    LinuxFileManager files_;
+    NativeFileManager files_;
     uid_t owner_ = 0;
     std::vector<std::pair<std::string, int>> failures_;
 };

@@ -9,13 +9,11 @@
 #include <thread>
 #include <vector>
 
-#include "Platform/Linux/Files/LinuxFileManager.h"
+#include "NativeFiles.h"
 #include "Scratch.h"
 
 namespace PlatformTests {
 namespace {
-
-using Platform::Linux::LinuxFileManager;
 
 /// Trees of an unprivileged user, who must not give anything away.
 class ManyFailures : public testing::Test {
@@ -46,7 +44,7 @@ class ManyFailures : public testing::Test {
     }
 
     Scratch scratch_;
-    LinuxFileManager files_;
+    NativeFileManager files_;
 };
 
 TEST_F(ManyFailures, OfAChangeOfOwnerAreReportedInTheTreesOrder) {

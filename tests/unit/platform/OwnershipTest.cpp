@@ -7,13 +7,11 @@
 #include <utility>
 #include <vector>
 
-#include "Platform/Linux/Files/LinuxFileManager.h"
+#include "NativeFiles.h"
 #include "Scratch.h"
 
 namespace PlatformTests {
 namespace {
-
-using Platform::Linux::LinuxFileManager;
 
 /// The folder is one that root alone can change (mode 0755), where names may be trusted, or one that others
 /// can.
@@ -46,7 +44,7 @@ class ChangeOfOwner : public testing::TestWithParam<mode_t> {
     }
 
     Scratch scratch_;
-    LinuxFileManager files_;
+    NativeFileManager files_;
     std::vector<std::pair<std::string, int>> failures_;
 };
 
