@@ -3,11 +3,12 @@
 #
 #   check-macos.sh              type-checks every source of the macOS build with clang, against GNUstep's Foundation and AppKit
 #                               headers and the declarations of Apple's other calls in tests/conformance/macos-check/include
-#   check-macos.sh --sdk DIR    compiles the same sources and the tests that a Mac runs for x86_64 against the macOS SDK in DIR, links
-#                               all programs and assembles the application; without DIR, the SDK that SENTREL_MACOS_SDK names
+#   check-macos.sh --sdk DIR    compiles the same sources for x86_64-apple-macosx10.13 against the macOS SDK in DIR, links the
+#                               programs and assembles the application; without DIR, the SDK that SENTREL_MACOS_SDK names
 #
 #   --build DIR                 the folder to build in (default: build/check-macos, build/check-macos-sdk)
 #   --also FILE                 one extra source to compile with the others
+#   --tests                     with --sdk: the tests that a Mac runs, too
 #
 # The sources are those of the build itself: CMake is configured as on a Mac. How to get an SDK: docs/macos.md.
 set -euo pipefail
@@ -28,6 +29,7 @@ sdk=""
 with_sdk=false
 build=""
 also=""
+tests=OFF
 while [ $# -gt 0 ]; do
     case "$1" in
         --sdk)
@@ -44,6 +46,7 @@ while [ $# -gt 0 ]; do
             if [ "$1" = --build ]; then build=$2; else also=$(realpath "$2"); fi
             shift
             ;;
+        --tests) tests=ON ;;
         *) fail "unknown argument $1; see the head of this script" ;;
     esac
     shift
@@ -65,9 +68,9 @@ if $with_sdk; then
     build=$(realpath "$build")
     make_sdk_root "$sdk" "$build/root"
     googletest=/usr/src/googletest
-    [ -e "$googletest/CMakeLists.txt" ] || fail "GoogleTest's sources are missing (Debian: apt-get install googletest)"
+    [ "$tests" = OFF ] || [ -e "$googletest/CMakeLists.txt" ] || fail "GoogleTest's sources are missing (Debian: apt-get install googletest)"
     arguments+=("-DSENTREL_CHECK_ROOT=$build/root" -DSENTREL_INSPECT=ON -DCMAKE_BUILD_TYPE=RelWithDebInfo
-        -DSENTREL_TESTS=ON "-DFETCHCONTENT_SOURCE_DIR_GTEST=$googletest")
+        "-DSENTREL_TESTS=$tests" "-DFETCHCONTENT_SOURCE_DIR_GTEST=$googletest")
 else
     [ -e /usr/include/GNUstep/AppKit/AppKit.h ] ||
         fail "GNUstep's headers are missing (Debian: apt-get install libgnustep-gui-dev)"
