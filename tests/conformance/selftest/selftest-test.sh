@@ -46,7 +46,7 @@ says '^PASS  refusal.text-as-command +service: refused: .*it is not an object of
 says '^all +[0-9]+ +1 +1$'
 [ "$(ls -A "$scratch/places")" = "" ] || fault "something is left in the scratch folder: $(ls -A "$scratch/places")"
 
-run "" 0 xpc refusal
+run "" 0 xpc.list
 fails_with change xpc.list
 fails_with mix xpc.reports
 fails_with mute xpc.reply-with-error
