@@ -84,7 +84,7 @@ int Blessing::check(const Caller& caller, const std::string& label, Helper& help
     const auto infoBytes = bundle.empty() ? std::nullopt : readFile(bundle + "/Contents/Info.plist");
     const auto info = infoBytes ? parseHostilePropertyList(*infoBytes) : std::nullopt;
     if (!info) {
-        why = "the caller is no application with an Info.plist";
+        why = "the caller is not an application with an Info.plist";
         return kSMErrorInvalidSignature;
     }
     const auto tools = info->find("SMPrivilegedExecutables");

@@ -113,7 +113,7 @@ void useDisplay(const MacRoot& mac, const User& user, const std::string& text, S
     const std::string display = text == kHost ? hosts : text;
     const std::string number = displayNumber(display);
     if (number.empty()) {
-        throw Refusal("'" + display + "' is no display of this machine (like :0)", Refusal::kMisuse);
+        throw Refusal("'" + display + "' is not a display of this machine (like :0)", Refusal::kMisuse);
     }
     session.environment["DISPLAY"] = ":" + number;
     struct stat status {};

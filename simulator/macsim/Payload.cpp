@@ -69,11 +69,11 @@ std::vector<PayloadItem> payloadItems() {
 BundleVersion versionOfPayload(const std::string& folder) {
     std::error_code error;
     if (!fs::is_directory(folder, error)) {
-        throw Refusal(folder + " is no folder");
+        throw Refusal(folder + " is not a folder");
     }
     for (const PayloadItem& item : payloadItems()) {
         if (!fs::exists(folder + item.inPayload, error)) {
-            throw Refusal(folder + " is no payload: " + item.inPayload.substr(1) + " is missing");
+            throw Refusal(folder + " is not a payload: " + item.inPayload.substr(1) + " is missing");
         }
     }
     const auto bytes = readFile(consoleInformation(folder));
@@ -82,7 +82,7 @@ BundleVersion versionOfPayload(const std::string& folder) {
         information ? BundleVersion{stringOf(*information, kShortVersion), stringOf(*information, kBuild)}
                     : BundleVersion{};
     if (version.shortVersion.empty() || version.build.empty()) {
-        throw Refusal(folder + " is no payload: its application has no version");
+        throw Refusal(folder + " is not a payload: its application has no version");
     }
     return version;
 }

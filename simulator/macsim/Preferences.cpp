@@ -53,7 +53,7 @@ std::vector<std::string> parseLanguages(const std::string& text) {
     std::istringstream stream(text);
     for (std::string part; std::getline(stream, part, ',');) {
         if (!isLanguage(part)) {
-            throw Refusal("'" + part + "' is no language (like de or zh-Hans-CN)", Refusal::kMisuse);
+            throw Refusal("'" + part + "' is not a language (like de or zh-Hans-CN)", Refusal::kMisuse);
         }
         languages.push_back(part);
     }

@@ -36,7 +36,7 @@ void checkName(const std::string& name) {
                             return std::islower(character) != 0 || std::isdigit(character) != 0;
                         });
     if (!isFine) {
-        throw misuse("'" + name + "' is no user name (lower-case letters and digits)");
+        throw misuse("'" + name + "' is not a user name (lower-case letters and digits)");
     }
 }
 
@@ -45,7 +45,7 @@ std::uint32_t parseUserId(const std::string& text) {
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), uid);
     if (error != std::errc() || end != text.data() + text.size() || uid < kMinimumUser ||
         uid > kMaximumUser) {
-        throw misuse("'" + text + "' is no user id from " + std::to_string(kMinimumUser) + " to " +
+        throw misuse("'" + text + "' is not a user id from " + std::to_string(kMinimumUser) + " to " +
                      std::to_string(kMaximumUser));
     }
     return uid;

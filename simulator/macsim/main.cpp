@@ -55,7 +55,7 @@ void addCreate(CLI::App& app, Action& action) {
     auto languages = std::make_shared<std::string>("en");
     auto size = std::make_shared<std::string>("small");
     auto* command = app.add_subcommand("create", "Makes a simulated Mac in a new folder");
-    command->add_option("DIR", options->folder, "The folder; it must not exist or be empty")->required();
+    command->add_option("DIR", options->folder, "The folder; it must be missing or empty")->required();
     auto* installed =
         command->add_option("--installed", options->installed, "A generation of the product, or all");
     installed->allow_extra_args(false)->type_name("GENERATION");
@@ -63,7 +63,7 @@ void addCreate(CLI::App& app, Action& action) {
     command->add_option(
         "--users", *users,
         "The Mac's users; NAME:UID:admin is an administrator, NAME:UID:logged-out has no session");
-    command->add_option("--password", *passwords, "A user's password, by default his name")
+    command->add_option("--password", *passwords, "A user's password, by default the user's name")
         ->allow_extra_args(false)
         ->type_name("USER=WORD");
     command->add_option("--language", *languages, "The users' languages, comma-separated")->type_name("LANG");
@@ -77,7 +77,7 @@ void addCreate(CLI::App& app, Action& action) {
         ->allow_extra_args(false);
     command->add_option("--size", *size, "small or real")->check(CLI::IsMember({"small", "real"}));
     command->add_option("--uninstaller", options->uninstaller, "The uninstaller's bundle");
-    command->add_flag("--without-uninstaller", options->withoutUninstaller, "Leaves the uninstaller out");
+    command->add_flag("--without-uninstaller", options->withoutUninstaller, "Omits the uninstaller");
     command->add_flag("--empty", options->empty, "An empty Mac (as without --installed)")
         ->excludes(installed);
     command->footer(generationList());
@@ -105,12 +105,13 @@ void addRun(CLI::App& app, Action& action) {
     auto* language =
         command->add_option("--language", *languages, "The user's languages from now on, comma-separated")
             ->type_name("LANG");
-    command->add_option("--wait", options->wait, "Seconds that helpers may go on after the command has ended")
+    command
+        ->add_option("--wait", options->wait, "Seconds that helpers may continue after the command has ended")
         ->check(CLI::Range(0U, 3600U))
         ->capture_default_str()
         ->type_name("SECONDS");
     command->footer(faultList());
-    command->add_option("COMMAND", options->command, "The command, behind --")->required();
+    command->add_option("COMMAND", options->command, "The command, after --")->required();
     command->callback([=, &action] {
         readFaults(*faults, options->faults);
         if (language->count() > 0) {
@@ -126,7 +127,7 @@ void addPayload(CLI::App& app, Action& action) {
     auto size = std::make_shared<std::string>("small");
     auto* command =
         app.add_subcommand("payload", "Makes a payload of the product's installer in a new folder");
-    command->add_option("DIR", options->folder, "The folder; it must not exist or be empty")->required();
+    command->add_option("DIR", options->folder, "The folder; it must be missing or empty")->required();
     command->add_option("--version", *version, "Version of the product")->type_name("SHORT/BUILD");
     command->add_option("--size", *size, "small or real")->check(CLI::IsMember({"small", "real"}));
     command->callback([=, &action] {
@@ -142,11 +143,11 @@ void addInstall(CLI::App& app, Action& action) {
     auto* command =
         app.add_subcommand("install", "Boots a simulated Mac and runs the product's installer in it");
     command->add_option("DIR", options->folder, "The Mac")->required();
-    command->add_option("--payload", options->payload, "What macsim payload made")
+    command->add_option("--payload", options->payload, "A payload made by macsim payload")
         ->required()
         ->type_name("PAYLOAD");
     command->add_flag("--force-overinstall", options->forceOverinstall,
-                      "Over-installs also where that would not be needed");
+                      "Over-installs even if that is not needed");
     command->add_option("--timeout", options->timeout, "Seconds that the installer waits for the end")
         ->check(CLI::Range(1U, 3600U))
         ->type_name("SECONDS");
@@ -165,16 +166,16 @@ void addInspection(CLI::App& app, Action& action) {
     auto flag = std::make_shared<bool>(false);
     auto* log = app.add_subcommand("log", "Prints the system log");
     log->add_option("DIR", *folder, "The Mac")->required();
-    log->add_flag("--follow", *flag, "Goes on as the log grows");
+    log->add_flag("--follow", *flag, "Continues as the log grows");
     log->callback([=, &action] { action = {[=] { return printLog(*folder, *flag); }}; });
-    auto* state = app.add_subcommand("state", "Prints what the Mac was like at the end of its last run");
+    auto* state = app.add_subcommand("state", "Prints the state of the Mac at the end of its last run");
     state->add_option("DIR", *folder, "The Mac")->required();
     state->add_flag("--json", *flag, "As it was recorded");
     state->callback([=, &action] { action = {[=] { return printState(*folder, *flag); }}; });
     auto* transcript =
         app.add_subcommand("transcript", "Prints the calls of the Mac's tools in its last run");
     transcript->add_option("DIR", *folder, "The Mac")->required();
-    transcript->add_flag("--json", *flag, "As it was recorded, one object a line");
+    transcript->add_flag("--json", *flag, "As it was recorded, one object per line");
     transcript->callback([=, &action] { action = {[=] { return printTranscript(*folder, *flag); }}; });
     app.add_subcommand("list-faults", "Lists everything that can go wrong")->callback([&action] {
         action = {[] { return printFaults(); }};

@@ -161,7 +161,7 @@ int install(const std::string& package) {
     const std::string payload = staging.path() + "/Payload";
     if (!bsdtar({"-xf", package, "-C", staging.path(), "PackageInfo", "Payload"}) || !isRegular(info) ||
         !isRegular(payload)) {
-        return fail("the package '" + package + "' is damaged: it is no flat package.");
+        return fail("the package '" + package + "' is damaged: it is not a flat package.");
     }
     const auto description = readPackageInfo(info);
     if (!description) {

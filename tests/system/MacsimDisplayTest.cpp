@@ -72,7 +72,7 @@ TEST_F(MacsimDisplay, HasToBeThere) {
         const ProgramResult refused = run(nonsense, "true");
         EXPECT_EQ(refused.status, 2) << nonsense;
         EXPECT_EQ(refused.err,
-                  std::string("macsim: '") + nonsense + "' is no display of this machine (like :0)\n");
+                  std::string("macsim: '") + nonsense + "' is not a display of this machine (like :0)\n");
     }
 }
 

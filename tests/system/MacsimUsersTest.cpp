@@ -117,7 +117,7 @@ TEST_F(MacsimUsers, BrokenPreferencesAreReplaced) {
 TEST_F(MacsimUsers, NonsenseAboutLanguagesIsRefused) {
     for (const char* nonsense : {"../de", "de_AT", "1e", "de-", "de-verylongpart"}) {
         expectMisuse({"--language", nonsense},
-                     std::string("'") + nonsense + "' is no language (like de or zh-Hans-CN)");
+                     std::string("'") + nonsense + "' is not a language (like de or zh-Hans-CN)");
     }
     create();
     EXPECT_EQ(

@@ -145,7 +145,7 @@ void checkSecondRun(Row& row, int round, const TortureMac& mac, const Inventory&
                leftElsewhere(mac, undisturbed, disturbance.resists).empty()) {
         row.exception(end.kind == End::Kind::helpersLeft
                           ? "nothing was left to uninstall, the second run leaves the helpers"
-                          : "what had resisted is no folder of the product; the second run finds nothing");
+                          : "what had resisted is not a folder of the product; the second run finds nothing");
     } else {
         row.lost(round, disturbance.name + " " + disturbance.resists + ", the second run ended with \"" +
                             mac.lastWord() + "\": " + end.differences + mac.endOfLog());

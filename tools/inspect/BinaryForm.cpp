@@ -12,7 +12,7 @@ std::optional<std::vector<std::uint8_t>> binaryForm(std::string_view document, s
     }
     auto binary = Platform::binaryPropertyList(*plain);
     if (!binary) {
-        refusal = "the XML form is no well-formed property list";
+        refusal = "the XML form is not a well-formed property list";
     }
     return binary;
 }

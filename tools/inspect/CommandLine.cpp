@@ -133,7 +133,7 @@ std::string wrongChoice(const Chosen& chosen) {
         }
         all += (all.empty() ? "" : ", ") + choice;
     }
-    return "\"" + chosen.arguments.argument + "\" is none of " + all +
+    return "\"" + chosen.arguments.argument + "\" is not one of " + all +
            Tools::didYouMean(chosen.arguments.argument, argument->choices);
 }
 

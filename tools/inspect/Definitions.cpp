@@ -15,40 +15,39 @@ const OptionDefinition kRoot{"--root", "DIR", ValueKind::folder,
 const std::vector<StatusDefinition> kPlain{
     {0, "done"},
     {1, "a file could not be read or written, or an archive was refused"},
-    {2, "the command line makes no sense"}};
+    {2, "the command line is invalid"}};
 
 const std::vector<StatusDefinition> kVerdict{
     {0, "nothing of the product is there"},
     {1, "not everything could be looked at, and no installation was found"},
-    {2, "the command line makes no sense"},
+    {2, "the command line is invalid"},
     {3, "the product is installed"},
     {4, "the product is not installed, but something of it is left"},
     {5, "only a restart is missing: an extension is loaded, or a job's files are gone"}};
 
 CommandDefinition scanDefinition() {
-    return {
-        "scan",
-        "Shows what of the product is on this Mac",
-        {"Version, generations, every item with its kind and size, jobs, processes, loaded kernel "
-         "extensions, launchd's overrides; for what is only left over, the lines that take it away."},
-        std::nullopt,
-        {kJson,
-         kRoot,
-         {"--removal-lines", "", ValueKind::none, "only the lines that take away what is left", {"--json"}},
-         {"--plain",
-          "",
-          ValueKind::none,
-          "one fact on each line, for a shell script",
-          {"--json", "--removal-lines"}}},
-        kVerdict,
-        {{"scan", "what is on this Mac"},
-         {"scan --root '/Volumes/Macintosh HD' --json", "what is on a mounted disk, for a program"}},
-        &runScan};
+    return {"scan",
+            "Shows which parts of the product are on this Mac",
+            {"Version, generations, every item with its kind and size, jobs, processes, loaded kernel "
+             "extensions, launchd's overrides; for leftovers, the lines that remove them."},
+            std::nullopt,
+            {kJson,
+             kRoot,
+             {"--removal-lines", "", ValueKind::none, "only the lines that remove what is left", {"--json"}},
+             {"--plain",
+              "",
+              ValueKind::none,
+              "one fact per line, for a shell script",
+              {"--json", "--removal-lines"}}},
+            kVerdict,
+            {{"scan", "what is on this Mac"},
+             {"scan --root '/Volumes/Macintosh HD' --json", "what is on a mounted disk, for a program"}},
+            &runScan};
 }
 
 CommandDefinition verifyDefinition() {
     return {"verify",
-            "Tells whether anything is left after an uninstallation",
+            "Checks whether anything is left after an uninstallation",
             {"One line for everything that was found or could not be looked at, and a last line with the "
              "result. Made for logs."},
             std::nullopt,
@@ -75,22 +74,22 @@ CommandDefinition planDefinition() {
             {kJson, {"--all", "", ValueKind::none, "also the steps that find nothing"}, kRoot},
             {{0, "the plan was made"},
              {1, "not everything could be looked at; the plan says what"},
-             {2, "the command line makes no sense"}},
+             {2, "the command line is invalid"}},
             {{"plan", "what will happen on this Mac"}, {"plan --all --json", "all steps, for a program"}},
             &runPlan};
 }
 
 CommandDefinition findDefinition() {
     return {"find",
-            "Tells what a path, label or process belongs to",
+            "Shows what a path, label or process belongs to",
             {"The records of the catalogue that name it, with their generation, and the steps of an "
-             "uninstallation that touch it. Looks at no disk."},
+             "uninstallation that touch it. Does not look at the disk."},
             ArgumentDefinition{"WHAT", ValueKind::word,
                                "an absolute path, a launchd label, a process's name or a bundle identifier"},
             {kJson},
-            {{0, "something of the product goes by that name"},
-             {1, "nothing of the product does"},
-             {2, "the command line makes no sense"}},
+            {{0, "a part of the product has that name"},
+             {1, "no part of the product does"},
+             {2, "the command line is invalid"}},
             {{"find com.norvik.TrayMenu", "a job"},
              {"find '/Library/Application Support/NORVIK/SNT/settings.plist'", "a file"}},
             &runFind};
@@ -99,18 +98,18 @@ CommandDefinition findDefinition() {
 CommandDefinition explainDefinition() {
     return {
         "explain",
-        "Tells what happened in the runs that a system log holds",
+        "Shows what happened in the runs of a system log",
         {"How each run began and ended, how far it came, what became of every step, and what to do. Every "
          "form of a log is read: the styles of log show, log stream, a system.log and standard error."},
         ArgumentDefinition{
             "LOG", ValueKind::file, "a system log; standard input when it is - or missing", {}, true},
         {kJson,
-         {"--all", "", ValueKind::none, "also the steps that went well", {"--json"}},
-         {"--follow", "", ValueKind::none, "tells the steps while the log grows", {"--json"}},
+         {"--all", "", ValueKind::none, "also the successful steps", {"--json"}},
+         {"--follow", "", ValueKind::none, "shows the steps while the log grows", {"--json"}},
          {"--html", "FILE", ValueKind::file, "writes the report as one page as well; - is standard output"}},
         {{0, "the log was read"},
          {1, "the log could not be read, or is not one"},
-         {2, "the command line makes no sense"}},
+         {2, "the command line is invalid"}},
         {{"explain system.log --html report.html", "what happened, with a page to send"},
          {"explain --json < system.log", "the same, for a program"}},
         &runExplain};
@@ -143,7 +142,7 @@ CommandDefinition decodeDefinition() {
     return {
         "decode",
         "Decodes an archive of a command list as the helper does",
-        {"What the helper would refuse is refused, at the first fault."},
+        {"Refuses whatever the helper would refuse, at the first fault."},
         ArgumentDefinition{"FILE", ValueKind::file, "a property list, binary or XML; - is standard input"},
         {kJson},
         kPlain,

@@ -82,7 +82,7 @@ const std::vector<StatusDefinition>& programStatuses() {
     static const std::vector<StatusDefinition> statuses{
         {0, "done; scan, verify: nothing of the product is there"},
         {1, "refused, or not everything could be looked at; find: nothing goes by that name"},
-        {2, "the command line makes no sense"},
+        {2, "the command line is invalid"},
         {3, "scan, verify: the product is installed"},
         {4, "scan, verify: something of the product is left"},
         {5, "scan, verify: only a restart is missing"}};

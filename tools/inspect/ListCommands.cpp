@@ -44,7 +44,7 @@ class PayloadFolders {
         if (isUsed != given.has_value()) {
             complain(std::string(list_.name) + (isUsed ? " needs " : " takes no ") + std::string(option));
         } else if (given && !given->starts_with('/')) {
-            complain(std::string(option) + ": \"" + *given + "\" is no absolute path");
+            complain(std::string(option) + ": \"" + *given + "\" is not an absolute path");
         }
         return Base::URL::fileURL(given.value_or("/"));
     }
@@ -68,7 +68,7 @@ class PayloadFolders {
 int runCommands(const Arguments& arguments) {
     const NamedCommandList* const list = findCommandList(arguments.argument);
     if (list == nullptr) {
-        return fail(kMisuse, '"' + shown(std::string_view(arguments.argument)) + "\" is none of " +
+        return fail(kMisuse, '"' + shown(std::string_view(arguments.argument)) + "\" is not one of " +
                                  commandListNames());
     }
     PayloadFolders folders(*list, arguments);

@@ -104,7 +104,7 @@ bool PlainXMLWriter::skipTo(std::string_view end) {
 bool PlainXMLWriter::readDocumentType() {
     const std::size_t end = document_.find_first_of("[>", position_);
     if (end == std::string_view::npos || document_[end] == '[') {
-        return refuse("declares a document type of its own");
+        return refuse("declares its own document type");
     }
     position_ = end + 1;
     return true;
@@ -172,7 +172,7 @@ bool PlainXMLWriter::readTag() {
     }
     if (closes) {
         if (closesItself || depth_ == 0) {
-            return refuse("closes what is not open");
+            return refuse("closes an element that is not open");
         }
         --depth_;
         plain_.append("</").append(name) += '>';

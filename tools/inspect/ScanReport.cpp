@@ -38,7 +38,7 @@ std::string headline(const Scan& scan) {
         case Verdict::nothing:
             return "Nothing of Sentrel is " + where(scan) + ".";
         case Verdict::unknown:
-            return "It cannot be said whether anything of Sentrel is " + where(scan) + ".";
+            return "It is unknown whether any part of Sentrel is " + where(scan) + ".";
         case Verdict::installed:
             return "Sentrel " +
                    (scan.inventory.version ? versionText(*scan.inventory.version) + " " : std::string()) +
@@ -46,7 +46,7 @@ std::string headline(const Scan& scan) {
         case Verdict::leftovers:
             return "Sentrel is not installed " + where(scan) + ", but something of it is left.";
         case Verdict::restart:
-            return "Sentrel is not installed " + where(scan) + "; a restart takes away what is left of it.";
+            return "Sentrel is not installed " + where(scan) + "; a restart removes what is left of it.";
     }
     return {};
 }
@@ -207,7 +207,7 @@ std::string scanText(const Scan& scan, bool inColour, std::size_t width) {
         section("Runtime support (stays: other programs may use it)",
                 {shown(std::string_view(Product::runtimeSupport().path()))});
     }
-    appendSection(text, "These lines take away what is left", linesOf(removal(scan), shownLine), kUnbroken);
+    appendSection(text, "These lines remove what is left", linesOf(removal(scan), shownLine), kUnbroken);
     section("Not looked at", linesOf(found.notLookedAt, shownLine));
     section("Could not look", linesOf(found.blind, shownLine));
     return text;

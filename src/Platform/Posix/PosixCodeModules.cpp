@@ -18,7 +18,7 @@ std::optional<Error> PosixCodeModules::load(const Base::URL& module, const std::
     // Without a slash the loader would look for a library of that name in the system's folders.
     const std::string& path = module.path();
     if (!path.starts_with('/')) {
-        return Error{path + " is no absolute path", 0};
+        return Error{path + " is not an absolute path", 0};
     }
     void* const library = ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (library == nullptr) {

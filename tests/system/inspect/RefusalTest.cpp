@@ -127,14 +127,14 @@ TEST_F(Inspect, RefusesAnXMLFormThatIsBroken) {
     refused("<?xml version=\"1.0\"?>\n<plist><string>\x01</string></plist>",
             "line 2 of the XML form holds a control");
     refused(plistAround("<string>\xFF</string>"), "is not UTF-8");
-    refused(plistAround("<array></dict>"), "no well-formed property list");
-    refused(plistAround("<wrong/>"), "no well-formed property list");
-    refused(plistAround("<dict><string>a</string></dict>"), "no well-formed property list");
+    refused(plistAround("<array></dict>"), "not a well-formed property list");
+    refused(plistAround("<wrong/>"), "not a well-formed property list");
+    refused(plistAround("<dict><string>a</string></dict>"), "not a well-formed property list");
     refused("<plist>", "ends within an element");
-    refused("<plist></plist></plist>", "closes what is not open");
+    refused("<plist></plist></plist>", "closes an element that is not open");
     refused("<plist <", "holds a broken tag");
     refused("<!-- never closed", "does not end");
-    refused("<!DOCTYPE plist [<!ENTITY a \"b\">]><plist/>", "declares a document type of its own");
+    refused("<!DOCTYPE plist [<!ENTITY a \"b\">]><plist/>", "declares its own document type");
     refused(plistAround("<string><![CDATA[x</string>"), "CDATA section that does not end");
 }
 
@@ -173,8 +173,8 @@ TEST_F(Inspect, ExplainsMisuseInOneLine) {
     expectRefusal(inspect({"commands", "unistall"}), 2, "over-install: did you mean uninstall?\n");
     expectRefusal(inspect({"commands"}), 2, "LIST is required");
     expectRefusal(inspect({"commands", "everything"}), 2,
-                  "\"everything\" is none of uninstall, cleanup, uninstall-all");
-    expectRefusal(inspect({"commands", "Uninstall"}), 2, "\"Uninstall\" is none of");
+                  "\"everything\" is not one of uninstall, cleanup, uninstall-all");
+    expectRefusal(inspect({"commands", "Uninstall"}), 2, "\"Uninstall\" is not one of");
     expectRefusal(inspect({"commands", "line\nfeed"}), 2, "line\\x0afeed");
     expectRefusal(inspect({"commands", "cleanup", "--archive"}), 2, "--archive");
     expectRefusal(inspect({"commands", "cleanup", "--json", "--archive", "list"}), 2,
@@ -205,8 +205,9 @@ TEST_F(Inspect, ExplainsWhichFoldersOfAPayloadAListTakes) {
                       name + " takes no --launchd-jobs");
     }
     expectRefusal(inspect({"commands", "pre-install", "--support-files", "Support"}), 2,
-                  "\"Support\" is no absolute path");
-    expectRefusal(inspect({"commands", "pre-install", "--support-files", ""}), 2, "\"\" is no absolute path");
+                  "\"Support\" is not an absolute path");
+    expectRefusal(inspect({"commands", "pre-install", "--support-files", ""}), 2,
+                  "\"\" is not an absolute path");
     expectRefusal(inspect({"commands", "pre-install", "--support-files", "a\nb"}), 2, "a\\x0ab");
     expectRefusal(inspect({"commands", "pre-install", "--support-files"}), 2, "--support-files");
 }

@@ -69,7 +69,7 @@ offered() {
         words=("${@:2}"); CURRENT=$#words; . "$1"' zsh "$scratch/prefix/share/zsh/site-functions/_sentrel-inspect" "$@" |
         sed 's/: $/:(nothing)/'
 }
-expect "commands in zsh" "scan:Shows what of the product is on this Mac" "$(offered sentrel-inspect "" | grep '^scan:')"
+expect "commands in zsh" "scan:Shows which parts of the product are on this Mac" "$(offered sentrel-inspect "" | grep '^scan:')"
 expect "verify in zsh" "--json[JSON in place of text]
 --root[looks at the files of a Mac in this folder, a mounted disk for instance; jobs, processes and loaded extensions are not looked at]:DIR:_files -/
 --wait[waits that long at most until the uninstaller's helpers have finished]:SECONDS:(nothing)

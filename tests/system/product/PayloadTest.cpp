@@ -107,12 +107,12 @@ TEST(Payload, IsNeverMadeOverSomethingElse) {
 TEST(Payload, ThatIsNotWholeIsRefusedBeforeTheMacIsTouched) {
     ProductMac mac({});
     const std::string payload = mac.makePayload("6.4/640");
-    expectOneLine(mac.install(payload + "/none"), payload + "/none is no folder");
+    expectOneLine(mac.install(payload + "/none"), payload + "/none is not a folder");
     fs::remove(payload + "/SupportFiles/bases.nvb");
-    expectOneLine(mac.install(payload), payload + " is no payload: SupportFiles/bases.nvb is missing");
+    expectOneLine(mac.install(payload), payload + " is not a payload: SupportFiles/bases.nvb is missing");
     std::ofstream(payload + "/SupportFiles/bases.nvb") << "bases";
     std::ofstream(payload + "/Applications/Sentrel.app/Contents/Info.plist") << "nonsense";
-    expectOneLine(mac.install(payload), payload + " is no payload: its application has no version");
+    expectOneLine(mac.install(payload), payload + " is not a payload: its application has no version");
     EXPECT_TRUE(mac.log().empty());
     EXPECT_TRUE(mac.state().empty());
 }

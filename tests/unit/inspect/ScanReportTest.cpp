@@ -107,7 +107,7 @@ TEST(ScanReport, ShowsLeftoversWithTheLinesThatTakeThemAway) {
               "Jobs\n"
               "  system/com.norvik.InstallerHelper, not running\n"
               "\n"
-              "These lines take away what is left\n"
+              "These lines remove what is left\n"
               "  sudo launchctl bootout system/com.norvik.InstallerHelper\n"
               "  sudo rm -f /Library/PrivilegedHelperTools/com.norvik.InstallerHelper\n");
     EXPECT_EQ(removalLines(leftoverScan()),
@@ -165,14 +165,13 @@ TEST(ScanReport, HasASentenceForEveryVerdict) {
     scan.inventory.root = "/Volumes/a\nb";
     EXPECT_EQ(scanText(scan, false), "Nothing of Sentrel is in /Volumes/a\\x0ab.\n");
     scan.inventory.blind = {"x"};
-    EXPECT_EQ(
-        scanText(scan, false),
-        "It cannot be said whether anything of Sentrel is in /Volumes/a\\x0ab.\n\nCould not look\n  x\n");
+    EXPECT_EQ(scanText(scan, false),
+              "It is unknown whether any part of Sentrel is in /Volumes/a\\x0ab.\n\nCould not look\n  x\n");
     scan.inventory = {};
     scan.inventory.extensions = {"com.norvik.kext"};
     EXPECT_TRUE(
         scanText(scan, false)
-            .starts_with("Sentrel is not installed on this Mac; a restart takes away what is left of it.\n"));
+            .starts_with("Sentrel is not installed on this Mac; a restart removes what is left of it.\n"));
     Scan unversioned = fullScan();
     unversioned.inventory.version.reset();
     EXPECT_TRUE(scanText(unversioned, false).starts_with("Sentrel is installed on this Mac.\n"));

@@ -61,7 +61,7 @@ struct RandomMac {
 
 [[nodiscard]] rc::Gen<RandomMac> randomMac();
 
-/// Makes a fake Mac like that. A component below something that is no folder is left out.
+/// Makes a fake Mac like that. A component below something that is not a folder is left out.
 void furnish(const RandomMac& random, TestSupport::FakeMac& mac, TestSupport::FakeLaunchd& launchd);
 
 /// For the message of a failed property.

@@ -101,9 +101,7 @@ TEST(LinuxServiceManagement, SaysThatNobodyAnswers) {
 TEST(LinuxServiceManagement, AnAnswerThatMakesNoSenseIsAnError) {
     for (const std::string code : {"", "0x", "x", "99999999999"}) {
         const FakeProcessOne one(Fields{code, "text"});
-        EXPECT_EQ(bless(one.services()),
-                  "0 launchd gave an answer that makes no sense (blessing com.norvik.H).")
-            << code;
+        EXPECT_EQ(bless(one.services()), "0 launchd gave an invalid answer (blessing com.norvik.H).") << code;
     }
 }
 

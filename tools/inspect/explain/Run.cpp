@@ -19,7 +19,7 @@ std::string helperState(const Run& run) {
         return "The helper wrote no line of the list.";
     }
     if (run.helperFinished) {
-        return "The helper went through the whole list all the same.";
+        return "The helper still went through the whole list.";
     }
     const std::string where =
         "step " + std::to_string(run.reached) + " of " + std::to_string(run.steps.size());

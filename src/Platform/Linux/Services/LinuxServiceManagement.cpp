@@ -17,7 +17,7 @@ std::optional<Error> LinuxServiceManagement::blessJob(LaunchdDomain /*domain*/, 
     int code = 0;
     const auto [end, failure] = std::from_chars(number.data(), number.data() + number.size(), code);
     if (failure != std::errc() || end != number.data() + number.size()) {
-        return Error{"launchd gave an answer that makes no sense (blessing " + label + ").", 0};
+        return Error{"launchd gave an invalid answer (blessing " + label + ").", 0};
     }
     return code == 0 ? std::nullopt : std::optional(Error{reply->back(), code});
 }
