@@ -4,19 +4,32 @@
 #include <signal.h>
 #include <unistd.h>
 
-#include <semaphore>
+#include <condition_variable>
+#include <mutex>
 
 namespace {
 
 // Signal handlers belong to the process, so each test runs in a separate one.
 
+/// Counted by hand: macOS has semaphores from 11.0 on.
+struct Requests {
+    std::mutex mutex;
+    std::condition_variable came;
+    int count = 0;
+};
+
 [[noreturn]] void answerTwoRequestsAndExit() {
-    static std::counting_semaphore<> requests(0);
+    static Requests requests;
     Platform::Posix::PosixTermination termination;
-    termination.onRequest([] { requests.release(); });
-    for (int i = 0; i < 2; ++i) {
+    termination.onRequest([] {
+        const std::lock_guard lock(requests.mutex);
+        ++requests.count;
+        requests.came.notify_one();
+    });
+    for (int i = 1; i <= 2; ++i) {
         ::kill(::getpid(), SIGTERM);
-        requests.acquire();
+        std::unique_lock lock(requests.mutex);
+        requests.came.wait(lock, [i] { return requests.count == i; });
     }
     ::_exit(7);
 }
