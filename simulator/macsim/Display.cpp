@@ -106,11 +106,14 @@ void useDisplay(const MacRoot& mac, const User& user, const std::string& text, S
     if (!kHasDialogs) {
         throw Refusal("this macsim is built without windows (SENTREL_WINDOW=OFF)");
     }
-    const char* hosts = std::getenv("DISPLAY");
-    if (text == kHost && (hosts == nullptr || *hosts == '\0')) {
-        throw Refusal("there is no DISPLAY in the environment");
+    std::string display = text;
+    if (text == kHost) {
+        const char* hosts = std::getenv("DISPLAY");
+        if (hosts == nullptr || *hosts == '\0') {
+            throw Refusal("there is no DISPLAY in the environment");
+        }
+        display = hosts;
     }
-    const std::string display = text == kHost ? hosts : text;
     const std::string number = displayNumber(display);
     if (number.empty()) {
         throw Refusal("'" + display + "' is not a display of this machine (like :0)", Refusal::kMisuse);

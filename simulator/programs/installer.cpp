@@ -66,6 +66,7 @@ std::optional<std::string> bsdtar(std::vector<std::string> arguments) {
     ::posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
     arguments.insert(arguments.begin(), "bsdtar");
     std::vector<char*> pointers;
+    pointers.reserve(arguments.size() + 1);
     for (std::string& argument : arguments) {
         pointers.push_back(argument.data());
     }

@@ -108,7 +108,7 @@ bool belongsTo(const std::string& path, const std::string& item) {
 std::string leftElsewhere(const TortureMac& mac, const Inventory& undisturbed, const std::string& resists) {
     std::string text;
     for (const std::string& path : mac.left(undisturbed)) {
-        if (!isHelperFile(path) && !(resists != "" && belongsTo(path, resists))) {
+        if (!isHelperFile(path) && (resists.empty() || !belongsTo(path, resists))) {
             text += " " + path;
         }
     }
