@@ -7,7 +7,6 @@
 
 #include <array>
 #include <cerrno>
-#include <climits>
 
 #include "Platform/Posix/Descriptor.h"
 #include "Platform/Posix/FileCopy.h"
@@ -89,14 +88,8 @@ int FileCopy::copyAttributes(int source, const struct stat& sourceStatus, int co
 }
 
 int FileCopy::copyLink(int from, const char* name, const struct stat& status, int to, const char* newName) {
-    std::array<char, PATH_MAX + 1> target;
-    const ssize_t length = ::readlinkat(from, name, target.data(), target.size() - 1);
-    if (length < 0) {
-        return errno;
-    }
-    target[static_cast<std::size_t>(length)] = '\0';
-    if (::symlinkat(target.data(), to, newName) != 0) {
-        return errno;
+    if (const int failure = copyTarget(from, name, to, newName); failure != 0) {
+        return failure;
     }
     const Descriptor copy(openItemItself(to, newName));
     return copy ? copyStatus(copy.get(), status) : errno;

@@ -30,9 +30,11 @@ class FileCopy {
     [[nodiscard]] int copyAttributes(int source, const struct stat& sourceStatus, int copy);
 
   private:
+    /// Makes a link with the target of `name`; its attributes are still the new item's own.
+    [[nodiscard]] static int copyTarget(int from, const char* name, int to, const char* newName);
     [[nodiscard]] int copyContents(int source, const struct stat& status, int copy);
     [[nodiscard]] int copyRange(int source, int copy, off_t begin, off_t end);
-    [[nodiscard]] int copyAll(int source, int copy, off_t size);
+    [[nodiscard]] int copyThroughBuffer(int source, int copy, off_t begin, off_t end);
 
     static constexpr std::size_t kBufferSize = std::size_t{1} << 17;
 

@@ -6,9 +6,8 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
-#include <climits>
+#include <limits>
 
 #include "Platform/Linux/Files/ExtendedAttributes.h"
 #include "Platform/Posix/Descriptor.h"
@@ -109,9 +108,13 @@ int FileCopy::copyContents(int source, const struct stat& status, int copy) {
         tryClone_ = false;
     }
     const bool hasHoles = status.st_blocks * 512 < status.st_size;
-    if (!hasHoles || status.st_size == 0) {
+    if (status.st_size == 0) {
+        // Files of some kernel file systems claim to be empty.
+        return copyThroughBuffer(source, copy, 0, std::numeric_limits<off_t>::max());
+    }
+    if (!hasHoles) {
         return status.st_size > kSmallFile ? copyRange(source, copy, 0, status.st_size)
-                                           : copyAll(source, copy, status.st_size);
+                                           : copyThroughBuffer(source, copy, 0, status.st_size);
     }
     off_t end = 0;
     for (;;) {
@@ -146,6 +149,11 @@ int FileCopy::copyRange(int source, int copy, off_t begin, off_t end) {
         tryCopyRange_ = count == 0;
         break;
     }
+    return copyThroughBuffer(source, copy, begin, end);
+}
+
+/// Stops early where the file ends.
+int FileCopy::copyThroughBuffer(int source, int copy, off_t begin, off_t end) {
     while (begin < end) {
         const auto wanted = static_cast<std::size_t>(std::min<off_t>(end - begin, kBufferSize));
         const ssize_t count = ::pread(source, buffer_.get(), wanted, begin);
@@ -161,28 +169,6 @@ int FileCopy::copyRange(int source, int copy, off_t begin, off_t end) {
                 return failure;
             }
             begin += count;
-        }
-    }
-    return 0;
-}
-
-/// Reads `size` bytes, or to the end when that is 0: files of some kernel file systems claim to be empty.
-int FileCopy::copyAll(int source, int copy, off_t size) {
-    off_t copied = 0;
-    while (size == 0 || copied < size) {
-        const ssize_t count = ::read(source, buffer_.get(), kBufferSize);
-        if (count == 0) {
-            return 0;
-        }
-        if (count < 0 && errno != EINTR) {
-            return errno;
-        }
-        if (count > 0) {
-            if (const int failure = writeAll(copy, buffer_.get(), static_cast<std::size_t>(count));
-                failure != 0) {
-                return failure;
-            }
-            copied += count;
         }
     }
     return 0;
@@ -212,14 +198,8 @@ int FileCopy::copyAttributes(int source, const struct stat& sourceStatus, int co
 }
 
 int FileCopy::copyLink(int from, const char* name, const struct stat& status, int to, const char* newName) {
-    std::array<char, PATH_MAX + 1> target;
-    const ssize_t length = ::readlinkat(from, name, target.data(), target.size() - 1);
-    if (length < 0) {
-        return errno;
-    }
-    target[static_cast<std::size_t>(length)] = '\0';
-    if (::symlinkat(target.data(), to, newName) != 0) {
-        return errno;
+    if (const int failure = copyTarget(from, name, to, newName); failure != 0) {
+        return failure;
     }
     bool ownerKept = false;
     if (const int failure = giveOwner(to, newName, status, ownerKept); failure != 0) {
