@@ -279,6 +279,18 @@ safe_job() {
     safe_target "$1" "gui/$job_user/"
 }
 
+# remove FLAGS PATH: from within its folder. Somebody may have put a link on the way there since the look; the folder that has been entered
+# stays the same, and the kernel knows its path (the shell's own pwd only remembers one), in the case that the disk has.
+remove() {
+    remove_folder=$(dirname "$2")
+    [ -e "$remove_folder" ] || [ -L "$remove_folder" ] || return 0
+    (cd -P "$remove_folder" && [ "$(/bin/pwd -P | lower_case)" = "$(echo "$remove_folder" | lower_case)" ] && rm "$1" "./$(basename "$2")")
+}
+
+lower_case() {
+    tr '[:upper:]' '[:lower:]'
+}
+
 # take_away KIND TARGET: one leftover. Fails when it is not one of the product's, or does not go.
 take_away() {
     case $1 in
@@ -290,8 +302,8 @@ take_away() {
             kill -9 "$2"
             ;;
         extension) safe_target "$2" '' && command -v kextunload >/dev/null && kextunload -b "$2" ;;
-        folder) safe_path "$2" && rm -rf "$2" ;;
-        file | link | item) safe_path "$2" && rm -f "$2" ;;
+        folder) safe_path "$2" && remove -rf "$2" ;;
+        file | link | item) safe_path "$2" && remove -f "$2" ;;
         *) return 1 ;;
     esac
 }

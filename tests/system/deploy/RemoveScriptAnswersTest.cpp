@@ -97,6 +97,25 @@ TEST(AnswersOfSentrelInspect, TakeNothingAwayThatIsNotTheProducts) {
     EXPECT_FALSE(mac.exists("/tmp/run"));
 }
 
+// Administrators without root's rights may write to /Applications: between the look and the removal, they can
+// exchange the product's folder for a link.
+TEST(AnswersOfSentrelInspect, LeadNowhereThroughALinkThatWasPutThereSince) {
+    RemovalMac mac(kEmpty);
+    mac.put("/Users/alice/private/SNT/file", "");
+    mac.put("/Users/alice/private/View Logs.app", "");
+    ASSERT_EQ(mac.shell("ln -s /Users/alice/private /Applications/NORVIK").status, 0);
+    putInspect(mac,
+               "verdict\\tleftovers\\nleftover\\tfolder\\t/Applications/NORVIK/SNT\\n"
+               "leftover\\tfile\\t/Applications/NORVIK/View Logs.app\\n",
+               4);
+    const auto result = mac.shell(kScript + " --inspect /opt/inspect --time-limit 60 --log /var/log/removal");
+    EXPECT_EQ(lineOf(result).at("cleaned"), 0);
+    EXPECT_TRUE(mac.exists("/Users/alice/private/SNT/file"));
+    EXPECT_TRUE(mac.exists("/Users/alice/private/View Logs.app"));
+    const std::string log = mac.shell("cat /var/log/removal").out;
+    EXPECT_NE(log.find(" not removed: folder /Applications/NORVIK/SNT\n"), std::string::npos) << log;
+}
+
 TEST(AnswersOfSentrelInspect, AreAskedForAgainWhenNothingCouldBeTakenAway) {
     RemovalMac mac(kEmpty);
     // The process has ended between the look and the kill.
