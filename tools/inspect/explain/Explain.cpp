@@ -12,6 +12,31 @@
 
 namespace Inspect {
 
+namespace {
+
+/// Reads `descriptor` for a LogReader; `failure` becomes the errno value of a failed read, or 0.
+std::size_t readSome(int descriptor, char* buffer, std::size_t size, int& failure) {
+    ssize_t count = 0;
+    do {
+        count = ::read(descriptor, buffer, size);
+    } while (count < 0 && errno == EINTR);
+    failure = count < 0 ? errno : 0;
+    return count < 0 ? 0 : static_cast<std::size_t>(count);
+}
+
+/// What the reader of `runs` should know about the log as a whole; often nothing.
+std::string noticeOf(const LogReader& reader, const std::vector<Run>& runs) {
+    if (reader.endsInTheMiddle()) {
+        return "The log ends in the middle of an entry.";
+    }
+    if (!runs.empty() && runs.front().number > 1) {
+        return "Of the log's runs only the last " + std::to_string(runs.size()) + " are told.";
+    }
+    return {};
+}
+
+}  // namespace
+
 std::optional<std::vector<Run>> runsOfLog(const std::string& file, std::string& refusal, std::string& notice,
                                           const std::function<void(const RunAnalyzer&)>& whileReading) {
     Platform::Posix::Descriptor opened;
@@ -24,13 +49,8 @@ std::optional<std::vector<Run>> runsOfLog(const std::string& file, std::string& 
     }
     const int descriptor = file == "-" ? STDIN_FILENO : opened.get();
     int failure = 0;
-    LogReader reader([descriptor, &failure](char* buffer, std::size_t size) -> std::size_t {
-        ssize_t count = 0;
-        do {
-            count = ::read(descriptor, buffer, size);
-        } while (count < 0 && errno == EINTR);
-        failure = count < 0 ? errno : 0;
-        return count < 0 ? 0 : static_cast<std::size_t>(count);
+    LogReader reader([descriptor, &failure](char* buffer, std::size_t size) {
+        return readSome(descriptor, buffer, size, failure);
     });
     RunAnalyzer analyzer;
     while (const std::optional<LogEntry> entry = reader.next()) {
@@ -48,11 +68,7 @@ std::optional<std::vector<Run>> runsOfLog(const std::string& file, std::string& 
         return std::nullopt;
     }
     std::vector<Run> runs = analyzer.finish();
-    if (reader.endsInTheMiddle()) {
-        notice = "The log ends in the middle of an entry.";
-    } else if (!runs.empty() && runs.front().number > 1) {
-        notice = "Of the log's runs only the last " + std::to_string(runs.size()) + " are told.";
-    }
+    notice = noticeOf(reader, runs);
     return runs;
 }
 
