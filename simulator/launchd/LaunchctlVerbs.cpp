@@ -143,25 +143,28 @@ void LaunchctlVerbs::bootout(const Caller& caller, const Arguments& arguments, c
         return;
     }
     std::vector<std::string> labels;
-    int code = 0;
     if (!target->label.empty()) {
         labels.push_back(target->label);
     }
-    for (std::size_t index = 2; index < arguments.size() && code == 0; ++index) {
+    for (std::size_t index = 2; index < arguments.size(); ++index) {
+        int code = 0;
         std::string why;
         const auto job = readJobDefinition(arguments[index], target->domain.uid.value_or(0), code, why);
-        code = job ? 0 : code;
-        labels.push_back(job ? job->label : "");
+        if (!job) {
+            done(failed("Boot-out failed", code));
+            return;
+        }
+        labels.push_back(job->label);
     }
-    if (code != 0) {
-        done(failed("Boot-out failed", code));
-        return;
-    }
-    // One reply when the last job has gone, with the last refusal.
+    bootoutAll(target->domain, labels, done);
+}
+
+void LaunchctlVerbs::bootoutAll(const DomainId& domain, const std::vector<std::string>& labels,
+                                const Done& done) {
     const auto left = std::make_shared<std::size_t>(labels.size());
     const auto worst = std::make_shared<int>(0);
     for (const std::string& label : labels) {
-        jobs_.bootout(target->domain, label, [left, worst, done](int result) {
+        jobs_.bootout(domain, label, [left, worst, done](int result) {
             *worst = result != 0 ? result : *worst;
             if (--*left == 0) {
                 done(*worst == 0 ? LaunchctlReply{} : failed("Boot-out failed", *worst));

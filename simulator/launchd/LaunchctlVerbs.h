@@ -41,6 +41,8 @@ class LaunchctlVerbs {
     void dispatch(const Caller& caller, const Arguments& arguments, const Done& done);
     void bootstrap(const Caller& caller, const Arguments& arguments, const Done& done);
     void bootout(const Caller& caller, const Arguments& arguments, const Done& done);
+    /// One reply when the last job has gone, with the last refusal.
+    void bootoutAll(const DomainId& domain, const std::vector<std::string>& labels, const Done& done);
     void enable(const Caller& caller, const Arguments& arguments, const Done& done);
     void print(const Caller& caller, const Arguments& arguments, const Done& done);
     void printDisabled(const Caller& caller, const Arguments& arguments, const Done& done);

@@ -120,11 +120,6 @@ bool ServicesServer::handle(ConnectionId id, const Caller& caller, const Fields&
     if (verb == "authorize" && request.size() >= 2) {
         return authorize(id, caller, request);
     }
-    if (verb == "release" && request.size() == 2) {
-        services_.authorizations.release(request[1], caller);
-        reply(id, {"0"});
-        return true;
-    }
     if (verb == "bless" && request.size() == 3) {
         services_.blessing.bless(caller, request[1], request[2],
                                  [this, id](int code, const std::string& text) {
@@ -132,36 +127,42 @@ bool ServicesServer::handle(ConnectionId id, const Caller& caller, const Fields&
                                  });
         return true;
     }
-    if (verb == "unload-kext" && request.size() == 2) {
-        reply(id, {std::to_string(services_.extensions.unload(caller, request[1]))});
+    if (verb == "executed" || verb == "launchctl") {
+        record(id, caller, request);
         return true;
     }
-    if (verb == "is-kext-loaded" && request.size() == 2) {
-        reply(id, {services_.extensions.identifiers().contains(request[1]) ? "1" : "0"});
-        return true;
-    }
-    if (verb == "identify" && request.size() == 2) {
-        identify(id, request[1]);
-        return true;
-    }
-    if (verb == "lookup" && request.size() == 2) {
-        lookUp(id, request[1]);
-        return true;
-    }
-    if (verb == "executed") {
-        services_.transcript.record(caller, {request.begin() + 1, request.end()});
+    return request.size() == 2 && handleWord(id, caller, verb, request[1]);
+}
+
+bool ServicesServer::handleWord(ConnectionId id, const Caller& caller, const std::string& verb,
+                                const std::string& word) {
+    if (verb == "release") {
+        services_.authorizations.release(word, caller);
         reply(id, {"0"});
-        return true;
+    } else if (verb == "unload-kext") {
+        reply(id, {std::to_string(services_.extensions.unload(caller, word))});
+    } else if (verb == "is-kext-loaded") {
+        reply(id, {services_.extensions.identifiers().contains(word) ? "1" : "0"});
+    } else if (verb == "identify") {
+        identify(id, word);
+    } else if (verb == "lookup") {
+        lookUp(id, word);
+    } else {
+        return false;
     }
-    if (verb == "launchctl") {
-        services_.transcript.record(caller, {request.begin() + 1, request.end()});
-        services_.launchctl.run(caller, {request.begin() + 1, request.end()},
-                                [this, id](const LaunchctlReply& result) {
-                                    reply(id, {std::to_string(result.status), result.out, result.err});
-                                });
-        return true;
+    return true;
+}
+
+void ServicesServer::record(ConnectionId id, const Caller& caller, const Fields& request) {
+    const Fields arguments(request.begin() + 1, request.end());
+    services_.transcript.record(caller, arguments);
+    if (request.front() == "executed") {
+        reply(id, {"0"});
+        return;
     }
-    return false;
+    services_.launchctl.run(caller, arguments, [this, id](const LaunchctlReply& result) {
+        reply(id, {std::to_string(result.status), result.out, result.err});
+    });
 }
 
 bool ServicesServer::authorize(ConnectionId id, const Caller& caller, const Fields& request) {

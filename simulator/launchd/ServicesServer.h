@@ -43,6 +43,11 @@ class ServicesServer {
     void close(ConnectionId id);
     /// Whether the request was valid; its reply may come later.
     [[nodiscard]] bool handle(ConnectionId id, const Caller& caller, const Fields& request);
+    /// The same for verbs with one word.
+    [[nodiscard]] bool handleWord(ConnectionId id, const Caller& caller, const std::string& verb,
+                                  const std::string& word);
+    /// A call of a tool, which the transcript keeps; launchctl's is carried out, too.
+    void record(ConnectionId id, const Caller& caller, const Fields& request);
     [[nodiscard]] bool authorize(ConnectionId id, const Caller& caller, const Fields& request);
     void identify(ConnectionId id, const std::string& process);
     void lookUp(ConnectionId id, const std::string& name);

@@ -54,12 +54,19 @@ void fillRuntimeDisk() {
     }
 }
 
+/// Tells `jobs` and `runner` of every process that has ended since the last call.
+void reapChildren(int children, JobRegistry& jobs, SessionRunner& runner) {
+    signalfd_siginfo ignored;
+    static_cast<void>(::read(children, &ignored, sizeof ignored));
+    int status = 0;
+    for (pid_t pid = 0; (pid = ::waitpid(-1, &status, WNOHANG)) > 0;) {
+        jobs.reaped(pid, status);
+        runner.reaped(pid, status);
+    }
+}
+
 int boot(const Machine& machine, const Session& session) {
     const Descriptor children = watchChildren();
-    clearRunFolders();
-    if (session.faults.contains("disk-full")) {
-        fillRuntimeDisk();
-    }
     EventLoop loop;
     SystemLogFile log(loop);
     if (!log.open()) {
@@ -85,15 +92,7 @@ int boot(const Machine& machine, const Session& session) {
         extensions.loadFrom(folder);
     }
     SessionRunner runner(loop, log, jobs, machine, session);
-    loop.watch(children.get(), [&] {
-        signalfd_siginfo ignored;
-        static_cast<void>(::read(children.get(), &ignored, sizeof ignored));
-        int status = 0;
-        for (pid_t pid = 0; (pid = ::waitpid(-1, &status, WNOHANG)) > 0;) {
-            jobs.reaped(pid, status);
-            runner.reaped(pid, status);
-        }
-    });
+    loop.watch(children.get(), [&] { reapChildren(children.get(), jobs, runner); });
     jobs.boot();
     runner.start([&](int status) {
         log.drain();
@@ -122,6 +121,10 @@ int main() {
     const auto session = sessionText ? decodeSession(*sessionText) : std::nullopt;
     if (!machine || !session || session->command.empty()) {
         return cannotBoot("its description is missing or broken");
+    }
+    clearRunFolders();
+    if (session->faults.contains("disk-full")) {
+        fillRuntimeDisk();
     }
     return boot(*machine, *session);
 }

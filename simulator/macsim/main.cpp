@@ -47,46 +47,63 @@ void readFaults(const std::vector<std::string>& texts, Faults& faults) {
     }
 }
 
-void addCreate(CLI::App& app, Action& action) {
-    auto options = std::make_shared<CreateOptions>();
-    auto version = std::make_shared<std::string>(SENTREL_DEFAULT_VERSION);
-    auto users = std::make_shared<std::string>("alice:501,bob:502,carol:503");
-    auto passwords = std::make_shared<std::vector<std::string>>();
-    auto languages = std::make_shared<std::string>("en");
-    auto size = std::make_shared<std::string>("small");
-    auto* command = app.add_subcommand("create", "Makes a simulated Mac in a new folder");
-    command->add_option("DIR", options->folder, "The folder; it must be missing or empty")->required();
+/// The options of create, some of them as they stand on the command line.
+struct CreateWords {
+    CreateOptions options;
+    std::string version = SENTREL_DEFAULT_VERSION;
+    std::string users = "alice:501,bob:502,carol:503";
+    std::vector<std::string> passwords;
+    std::string languages = "en";
+    std::string size = "small";
+};
+
+void addProductOptions(CLI::App& command, CreateWords& words) {
+    CreateOptions& options = words.options;
     auto* installed =
-        command->add_option("--installed", options->installed, "A generation of the product, or all");
+        command.add_option("--installed", options.installed, "A generation of the product, or all");
     installed->allow_extra_args(false)->type_name("GENERATION");
-    command->add_option("--version", *version, "Version of the product's bundles")->type_name("SHORT/BUILD");
-    command->add_option(
-        "--users", *users,
-        "The Mac's users; NAME:UID:admin is an administrator, NAME:UID:logged-out has no session");
-    command->add_option("--password", *passwords, "A user's password, by default the user's name")
-        ->allow_extra_args(false)
-        ->type_name("USER=WORD");
-    command->add_option("--language", *languages, "The users' languages, comma-separated")->type_name("LANG");
-    command->add_option("--parental-control", options->parentalControl, "The product's lock")
+    command.add_flag("--empty", options.empty, "An empty Mac (as without --installed)")->excludes(installed);
+    command.add_option("--version", words.version, "Version of the product's bundles")
+        ->type_name("SHORT/BUILD");
+    command.add_option("--parental-control", options.parentalControl, "The product's lock")
         ->check(CLI::IsMember({"off", "on", "refused"}));
-    command->add_option("--running", options->running, "Applications that run from the start, or all")
+    command.add_option("--running", options.running, "Applications that run from the start, or all")
         ->allow_extra_args(false)
         ->delimiter(',');
+    command.add_option("--size", words.size, "small or real")->check(CLI::IsMember({"small", "real"}));
+    command.add_option("--uninstaller", options.uninstaller, "The uninstaller's bundle");
+    command.add_flag("--without-uninstaller", options.withoutUninstaller, "Omits the uninstaller");
+}
+
+void addMacOptions(CLI::App& command, CreateWords& words) {
+    command.add_option(
+        "--users", words.users,
+        "The Mac's users; NAME:UID:admin is an administrator, NAME:UID:logged-out has no session");
+    command.add_option("--password", words.passwords, "A user's password, by default the user's name")
+        ->allow_extra_args(false)
+        ->type_name("USER=WORD");
+    command.add_option("--language", words.languages, "The users' languages, comma-separated")
+        ->type_name("LANG");
     command
-        ->add_option("--other-antivirus", options->otherAntivirus, "app, process, a process name or a path")
+        .add_option("--other-antivirus", words.options.otherAntivirus,
+                    "app, process, a process name or a path")
         ->allow_extra_args(false);
-    command->add_option("--size", *size, "small or real")->check(CLI::IsMember({"small", "real"}));
-    command->add_option("--uninstaller", options->uninstaller, "The uninstaller's bundle");
-    command->add_flag("--without-uninstaller", options->withoutUninstaller, "Omits the uninstaller");
-    command->add_flag("--empty", options->empty, "An empty Mac (as without --installed)")
-        ->excludes(installed);
+}
+
+void addCreate(CLI::App& app, Action& action) {
+    auto words = std::make_shared<CreateWords>();
+    auto* command = app.add_subcommand("create", "Makes a simulated Mac in a new folder");
+    command->add_option("DIR", words->options.folder, "The folder; it must be missing or empty")->required();
+    addProductOptions(*command, *words);
+    addMacOptions(*command, *words);
     command->footer(generationList());
-    command->callback([=, &action] {
-        readVersion(*version, options->shortVersion, options->build);
-        options->users = parseUsers(*users, *passwords);
-        options->languages = parseLanguages(*languages);
-        options->realSize = *size == "real";
-        action = {[options] { return createMac(*options); }, true};
+    command->callback([words, &action] {
+        CreateOptions& options = words->options;
+        readVersion(words->version, options.shortVersion, options.build);
+        options.users = parseUsers(words->users, words->passwords);
+        options.languages = parseLanguages(words->languages);
+        options.realSize = words->size == "real";
+        action = {[words] { return createMac(words->options); }, true};
     });
 }
 
