@@ -119,10 +119,29 @@ function(sentrel_application target name bundle info)
         list(REMOVE_DUPLICATES BUNDLE_LOCALIZATIONS)
         list(JOIN BUNDLE_LOCALIZATIONS "" BUNDLE_LOCALIZATIONS)
     endif()
+    sentrel_describe_architectures()
     configure_file("${CMAKE_SOURCE_DIR}/resources/${info}" "${contents}/Info.plist" @ONLY)
     add_custom_target(${bundle} ALL DEPENDS ${parts})
     add_dependencies(${bundle} ${target})
 endfunction()
+
+# sentrel_describe_architectures(): sets what a bundle's property list says about the processors that are built for.
+#   BUNDLE_OLDEST_SYSTEMS   the earliest macOS for each, entries of a dictionary. Before macOS 11 there is none for Apple silicon;
+#                           compiler and linker know that by themselves.
+#   BUNDLE_ARCHITECTURES    all, the preferred one first, items of an array. On Apple silicon the application is translated, as the
+#                           product is: its frameworks, which the window asks for the parental-control lock, are for Intel only.
+macro(sentrel_describe_architectures)
+    set(BUNDLE_OLDEST_SYSTEMS "")
+    set(BUNDLE_ARCHITECTURES "")
+    foreach(architecture IN LISTS CMAKE_OSX_ARCHITECTURES)
+        set(oldest "${CMAKE_OSX_DEPLOYMENT_TARGET}")
+        if(architecture STREQUAL "arm64" AND oldest VERSION_LESS 11.0)
+            set(oldest "11.0")
+        endif()
+        string(APPEND BUNDLE_OLDEST_SYSTEMS "\t\t<key>${architecture}</key>\n\t\t<string>${oldest}</string>\n")
+        string(APPEND BUNDLE_ARCHITECTURES "\t\t<string>${architecture}</string>\n")
+    endforeach()
+endmacro()
 
 # sentrel_bundle_part(LIST OUTPUT FILE DEPENDENCY...): has FILE copied to OUTPUT, and appends OUTPUT to the variable LIST.
 function(sentrel_bundle_part list output file)

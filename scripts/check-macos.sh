@@ -3,8 +3,9 @@
 #
 #   check-macos.sh              type-checks every source of the macOS build with clang, against GNUstep's Foundation and AppKit
 #                               headers and the declarations of Apple's other calls in tests/conformance/macos-check/include
-#   check-macos.sh --sdk DIR    compiles the same sources for x86_64-apple-macosx10.13 against the macOS SDK in DIR, links the
-#                               programs and assembles the application; without DIR, the SDK that SENTREL_MACOS_SDK names
+#   check-macos.sh --sdk DIR    compiles the same sources for macOS 10.13 on Intel and macOS 11.0 on Apple silicon against the macOS
+#                               SDK in DIR, links the programs and assembles the application; without DIR, the SDK that
+#                               SENTREL_MACOS_SDK names. Of an SDK with stubs for one processor only, that one is checked
 #
 #   --build DIR                 the folder to build in (default: build/check-macos, build/check-macos-sdk)
 #   --also FILE                 one extra source to compile with the others
@@ -67,8 +68,16 @@ if $with_sdk; then
     mkdir -p "$build"
     build=$(realpath "$build")
     make_sdk_root "$sdk" "$build/root"
+    mapfile -t architectures < <(architectures_of_root "$build/root")
+    [ "${#architectures[@]}" -gt 0 ] || fail "$sdk has stubs for no Mac's processor"
     googletest=/usr/src/googletest
     [ "$tests" = OFF ] || [ -e "$googletest/CMakeLists.txt" ] || fail "GoogleTest's sources are missing (Debian: apt-get install googletest)"
+    # By this name clang calls what joins the objects of several processors.
+    need llvm-lipo-14 llvm-14
+    mkdir -p "$build/tools"
+    ln -sfn "$llvm/llvm-lipo" "$build/tools/lipo"
+    PATH="$build/tools:$PATH"
+    arguments+=("-DCMAKE_OSX_ARCHITECTURES=$(IFS=';' && echo "${architectures[*]}")")
     arguments+=("-DSENTREL_CHECK_ROOT=$build/root" -DSENTREL_INSPECT=ON -DCMAKE_BUILD_TYPE=RelWithDebInfo
         "-DSENTREL_TESTS=$tests" "-DFETCHCONTENT_SOURCE_DIR_GTEST=$googletest")
 else
@@ -118,8 +127,12 @@ if [ "$status" -ne 0 ] || [ "$diagnostics" -ne 0 ]; then
     exit 1
 fi
 if $with_sdk; then
-    "$check/check-programs.sh" "$build/tree/bin" "$llvm"
-    echo "${#objects[@]} sources compiled and linked for macOS 10.13 without a diagnostic."
+    "$check/check-programs.sh" "$build/tree/bin" "$llvm" "${architectures[@]}"
+    echo "${#objects[@]} sources compiled and linked for ${architectures[*]} without a diagnostic."
+    for architecture in x86_64 arm64; do
+        [[ " ${architectures[*]} " == *" $architecture "* ]] ||
+            echo "Not checked: $architecture, for which the SDK has no stubs."
+    done
 else
     echo "${#objects[@]} sources of the macOS build type-checked without a diagnostic."
 fi

@@ -132,7 +132,7 @@ check_tools() {
     local tool missing=""
     sw_vers
     uname -m
-    for tool in cmake ninja ctest codesign security clang plutil otool openssl; do
+    for tool in cmake ninja ctest codesign security clang lipo plutil otool openssl; do
         command -v "$tool" || missing="$missing $tool"
     done
     if [ -n "$missing" ]; then
@@ -149,18 +149,32 @@ check_tools() {
 
 build_everything() {
     local arguments
-    arguments=(--preset macos -B "$build")
+    arguments=(--preset macos-universal -B "$build")
     if [ -n "$team" ]; then arguments+=(-D "SENTREL_TEAM_ID=$team"); fi
     if [ "$identity_kind" = development ]; then arguments+=(-D SENTREL_DEVELOPMENT_SIGNING=ON); fi
     if [ -n "$package" ]; then arguments+=(-D "SENTREL_RUNTIME_PACKAGE_FILE=$package"); fi
     (cd "$project" && cmake "${arguments[@]}") && cmake --build "$build" || return 1
     built=true
+    check_architectures
+}
+
+# On a Mac with the other processor nobody would miss a program that lacks it before it is needed.
+check_architectures() {
+    local part
+    for part in "$program" "$contents/Frameworks/UninstallerWindow.dylib" "$contents/Helpers/sentrel-inspect" \
+        "$contents/Library/LaunchServices/"* "$build/bin/sentrel-selftest"; do
+        lipo "$part" -verify_arch x86_64 arm64 || {
+            because "$part is not for both processors but for: $(lipo -archs "$part")"
+            return 1
+        }
+    done
+    because "for Intel and Apple silicon"
 }
 
 run_tests() {
     $built || { skip "the build failed" || return; }
     # Added now, so that a test that does not compile costs this step only.
-    (cd "$project" && cmake --preset macos -B "$build" -D SENTREL_TESTS=ON) && cmake --build "$build" || return 1
+    (cd "$project" && cmake --preset macos-universal -B "$build" -D SENTREL_TESTS=ON) && cmake --build "$build" || return 1
     local status=0
     ctest --test-dir "$build" --output-on-failure -j 4 >"$scratch/tests" 2>&1 || status=$?
     cat "$scratch/tests"
@@ -168,19 +182,29 @@ run_tests() {
     return "$status"
 }
 
-# First as it was built: the hardened runtime would not let it load the window's library. Then signed with it, which is what the
-# checks of a peer are about; ad hoc will do for that.
+# First as it was built: the hardened runtime would not let it load the window's library. On Apple silicon with Rosetta a second
+# time, translated, as the window runs there. Then signed with the hardened runtime, which is what the checks of a peer are about;
+# ad hoc will do for that.
 run_selftest() {
     $built || { skip "the build failed" || return; }
     local selftest="$build/bin/sentrel-selftest" status=0
     "$selftest" >"$scratch/selftest" || status=$?
     cat "$scratch/selftest"
-    because "$(totals "$scratch/selftest")"
+    local seen
+    seen=$(totals "$scratch/selftest")
+    because "$seen"
     [ "$status" -eq 0 ] || return "$status"
+    if [ "$(uname -m)" = arm64 ] && arch -x86_64 /usr/bin/true; then
+        arch -x86_64 "$selftest" >"$scratch/translated" || status=$?
+        cat "$scratch/translated"
+        seen="$seen; translated: $(totals "$scratch/translated")"
+        because "$seen"
+        [ "$status" -eq 0 ] || return "$status"
+    fi
     codesign --force --options runtime --sign - "$selftest" || return 1
     "$selftest" peer >"$scratch/peer" || status=$?
     cat "$scratch/peer"
-    because "$(totals "$scratch/selftest"); with the hardened runtime, as a peer: $(totals "$scratch/peer")"
+    because "$seen; with the hardened runtime, as a peer: $(totals "$scratch/peer")"
     return "$status"
 }
 

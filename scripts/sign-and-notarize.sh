@@ -7,7 +7,7 @@
 #
 #   --identity             certificate for applications, by its name: "Developer ID Application: NORVIK (TEAM)"
 #   --keychain-profile     the name given to "xcrun notarytool store-credentials"; without it nothing is sent to Apple
-#   --app                  default: build/macos/bin/Uninstall Sentrel.app
+#   --app                  default: build/macos-universal/bin/Uninstall Sentrel.app
 #   --output               default: beside the application, "Uninstall Sentrel.zip"
 #
 # The runtime package is signed before the build, which gives its SHA-256 to the support helper; see docs/macos.md.
@@ -23,7 +23,7 @@ fail() {
 
 identity=""
 profile=""
-app="$project/build/macos/bin/Uninstall Sentrel.app"
+app="$project/build/macos-universal/bin/Uninstall Sentrel.app"
 output=""
 dry_run=false
 while [ $# -gt 0 ]; do
@@ -76,7 +76,7 @@ team_of() {
 
 check_arguments() {
     [ -n "$identity" ] || fail "--identity is missing; \"security find-identity -v -p codesigning\" lists what this Mac has"
-    [ -d "$app" ] || fail "there is no application at $app; build it first (cmake --build --preset macos)"
+    [ -d "$app" ] || fail "there is no application at $app; build it first (cmake --build --preset macos-universal)"
     for part in "$contents/Info.plist" "$contents/MacOS/Uninstall Sentrel" "$contents/Frameworks/UninstallerWindow.dylib" \
         "$contents/Helpers/sentrel-inspect" "$package"; do
         [ -f "$part" ] || fail "the application is not whole: $part is missing"
@@ -113,11 +113,22 @@ has_certificate() {
 
 check_tools() {
     local tool
-    for tool in codesign pkgutil security ditto xcrun spctl; do
+    for tool in codesign lipo pkgutil security ditto xcrun spctl; do
         command -v "$tool" >/dev/null || fail "$tool is missing; this needs a Mac with Apple's command line tools (xcode-select --install)"
     done
     has_certificate "$identity" ||
         fail "this Mac has no valid certificate \"$identity\" with its key"
+}
+
+# A helper or library for fewer processors than the application is for would be missing only on some Macs.
+check_architectures() {
+    local architectures part
+    architectures=$(lipo -archs "$contents/MacOS/Uninstall Sentrel") || fail "lipo cannot read $contents/MacOS/Uninstall Sentrel"
+    for part in "$contents/Frameworks/UninstallerWindow.dylib" "$contents/Helpers/sentrel-inspect" "$contents/Library/LaunchServices/"*; do
+        # shellcheck disable=SC2086 # one argument for each
+        lipo "$part" -verify_arch $architectures ||
+            fail "$part is not built for all of: $architectures; build everything with one preset"
+    done
 }
 
 # sign IDENTIFIER PATH [OPTION...]
@@ -156,7 +167,10 @@ notarize() {
 
 check_arguments
 check_team
-$dry_run || check_tools
+if ! $dry_run; then
+    check_tools
+    check_architectures
+fi
 # Apple notarizes no application with an unsigned package in it.
 [ -z "$profile" ] || run pkgutil --check-signature "$package"
 sign_everything

@@ -27,6 +27,9 @@ stand_in() {
 stand_in clang codesign ctest git launchctl log ninja otool plutil screencapture </dev/null
 stand_in ctest <<<'echo "100% tests passed, 0 tests failed out of 321"'
 stand_in sw_vers <<<'echo 14.5'
+stand_in lipo <<<'case "$*" in *"$(cat "$scratch/thin")"*-verify_arch*) exit 1 ;; -archs*) echo arm64 ;; esac'
+# Rosetta is there or not.
+stand_in arch <<<'[ -e "$scratch/rosetta" ] || exit 1; shift; if [ "$1" != /usr/bin/true ]; then exec "$@"; fi'
 stand_in uname <<<'if [ "$1" = -s ]; then cat "$scratch/system"; else echo arm64; fi'
 stand_in openssl <<<'cat >/dev/null; echo "subject=UID = X, CN = Apple Development: A (KEY0000000), OU = ABCDE12345, O = A"'
 stand_in security <<<'if [ "$1" = find-identity ]; then cat "$scratch/certificates"; fi'
@@ -94,12 +97,16 @@ refused() {
     if [ -s "$scratch/calls" ] && grep -qv '^uname' "$scratch/calls"; then fault "something was done in spite of: $1"; fi
 }
 
+echo none >"$scratch/thin"
 echo Darwin >"$scratch/system"
 echo '  1) 01 "Apple Development: A (KEY0000000)"' >"$scratch/certificates"
 echo '  2) 02 "Developer ID Application: NORVIK (ABCDE12345)"' >>"$scratch/certificates"
 run 0
 verdicts PASS PASS PASS PASS PASS PASS PASS SKIP SKIP
 says "macOS 14.5, arm64, certificate: Developer ID"
+says "PASS  build        for Intel and Apple silicon"
+called "cmake --preset macos-universal"
+called "Uninstall Sentrel -verify_arch x86_64 arm64"
 says "100% tests passed"
 says "40 passed, 0 failed, 2 skipped; with the hardened runtime, as a peer: 40 passed"
 says "only with --erase-product"
@@ -112,6 +119,20 @@ called "codesign --force --identifier com.norvik.sentrel-inspect --timestamp=non
 called "-R=requirement of com.norvik.SupportPrivilegedHelper"
 called "-R=client of com.norvik.InstallerHelper"
 not_called sudo
+
+# On Apple silicon with Rosetta the checks run translated, too.
+not_called "arch -x86_64 $scratch"
+touch "$scratch/rosetta"
+run 0
+says "40 passed, 0 failed, 2 skipped; translated: 40 passed, 0 failed, 2 skipped; with the hardened runtime, as a peer: 40 passed"
+rm "$scratch/rosetta"
+
+# A program for one processor is noticed before anything is signed.
+echo com.norvik.InstallerHelper >"$scratch/thin"
+run 1
+verdicts PASS FAIL PASS PASS PASS PASS PASS SKIP SKIP
+says "com.norvik.InstallerHelper is not for both processors but for: arm64"
+echo none >"$scratch/thin"
 
 # A development certificate names its team in its subject, and the helpers are told to trust such.
 echo '  1) 01 "Apple Development: A (KEY0000000)"' >"$scratch/certificates"

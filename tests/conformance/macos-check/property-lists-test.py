@@ -56,7 +56,9 @@ for label in LABELS:
 
 for key, value in {"CFBundleExecutable": "Uninstall Sentrel", "CFBundleName": "Uninstall Sentrel", "CFBundlePackageType": "APPL",
                    "CFBundleInfoDictionaryVersion": "6.0", "CFBundleShortVersionString": "6.4", "CFBundleDevelopmentRegion": "en",
-                   "LSMinimumSystemVersion": "10.13", "NSPrincipalClass": "NSApplication",
+                   "LSMinimumSystemVersion": "10.13",
+                   "LSMinimumSystemVersionByArchitecture": {"x86_64": "10.13"},
+                   "LSArchitecturePriority": ["x86_64"], "NSPrincipalClass": "NSApplication",
                    "NSHighResolutionCapable": True}.items():
     equal(key, app.get(key), value)
 equal("copyright", "NORVIK" in app["NSHumanReadableCopyright"], True)

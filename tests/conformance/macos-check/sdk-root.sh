@@ -5,14 +5,35 @@
 
 check=${check:?}
 
-# stub_library INSTALL_NAME OUTPUT: a text-based stub of a library with the symbols on standard input, one on each line.
+# stub_library INSTALL_NAME OUTPUT: a text-based stub of a library with the symbols on standard input, one on each line. Calls that
+# know 64-bit inode numbers have a name of their own on Intel only, where they came later than the others.
 stub_library() {
     {
-        printf -- "--- !tapi-tbd\ntbd-version: 4\ntargets: [ x86_64-macos ]\ninstall-name: '%s'\n" "$1"
-        printf "exports:\n  - targets: [ x86_64-macos ]\n    symbols: [\n"
-        sed -e '/^#/d' -e "s/.*/      '&',/"
-        printf "    ]\n...\n"
+        printf -- "--- !tapi-tbd\ntbd-version: 4\ntargets: [ x86_64-macos, arm64-macos ]\ninstall-name: '%s'\nexports:\n" "$1"
+        sed '/^#/d' | tee "$2.symbols" | stub_exports x86_64-macos
+        sed 's/\$INODE64$//' "$2.symbols" | stub_exports arm64-macos
+        echo ...
     } >"$2"
+    rm "$2.symbols"
+}
+
+# stub_exports TARGET: the symbols on standard input as those that a stub has for TARGET.
+stub_exports() {
+    printf "  - targets: [ %s ]\n    symbols: [\n" "$1"
+    sed "s/.*/      '&',/"
+    printf "    ]\n"
+}
+
+# architectures_in STUB: the processors of the Mac that the text-based stub STUB is for, one on each line.
+architectures_in() {
+    # Targets in the present form, lists of architectures in earlier ones.
+    sed -n -e '/^targets:/,/\]/p' -e '/^archs:/,/\]/p' "$1" | grep -oE '\b(x86_64|arm64)(-macos\b|[ ,])' | sed 's/[-, ].*//' | sort -u
+}
+
+# architectures_of_root ROOT: the processors that both the runtime and Foundation have stubs for, Intel first.
+architectures_of_root() {
+    comm -12 <(architectures_in "$1/usr/lib/libobjc.tbd") \
+        <(architectures_in "$1/System/Library/Frameworks/Foundation.framework/Foundation.tbd") | sort -r
 }
 
 # symbols_of LIBRARY...: the symbols that libraries of this system export, as a Mac spells them.

@@ -90,7 +90,14 @@ for tool in codesign pkgutil ditto xcrun spctl mv rm; do
     ln -s stand-in "$scratch/tools/$tool"
 done
 printf '#!/usr/bin/env bash\ncat "%s/certificates"\n' "$scratch" >"$scratch/tools/security"
-chmod +x "$scratch/tools/security"
+# lipo says which processors a file is for: both, but for the file that "thin" names.
+cat >"$scratch/tools/lipo" <<END
+#!/usr/bin/env bash
+if [ "\$1" = -archs ]; then echo x86_64 arm64; exit; fi
+[ "\${*:2}" = "-verify_arch x86_64 arm64" ] && ! grep -qF -- "\$(cat "$scratch/thin")" <<<"\$1"
+END
+chmod +x "$scratch/tools/security" "$scratch/tools/lipo"
+echo none >"$scratch/thin"
 # More of them than a pipe holds: whoever stops reading at the first that fits breaks it.
 {
     printf '  1) 0123 "%s"\n' "$identity"
@@ -136,6 +143,9 @@ cp "$package" "$scratch/package"
 echo >>"$package"
 refused "is not the package that the support helper was built for" --identity "$identity"
 cp "$scratch/package" "$package"
+echo com.norvik.SupportPrivilegedHelper >"$scratch/thin"
+refused "com.norvik.SupportPrivilegedHelper is not built for all of: x86_64 arm64" --identity "$identity"
+echo none >"$scratch/thin"
 : >"$scratch/certificates"
 refused "no valid certificate \"$identity\"" --identity "$identity"
 rm "$scratch/tools/codesign"

@@ -28,9 +28,11 @@ set(CMAKE_TRY_COMPILE_TARGET_TYPE STATIC_LIBRARY)
 
 if(SENTREL_CHECK_ROOT)
     set(CMAKE_OSX_SYSROOT "${SENTREL_CHECK_ROOT}")
-    # The system to build for is said once, by CMAKE_OSX_DEPLOYMENT_TARGET.
+    # The system to build for is said once, by CMAKE_OSX_DEPLOYMENT_TARGET, and so are the processors, by CMAKE_OSX_ARCHITECTURES.
     foreach(language IN ITEMS C CXX OBJC OBJCXX)
         set(CMAKE_${language}_COMPILER_TARGET x86_64-apple-macosx)
+        # Apple's ar takes objects for several processors, this system's does not.
+        set(CMAKE_${language}_CREATE_STATIC_LIBRARY "\"${SENTREL_CHECK_LLVM}/llvm-libtool-darwin\" -static -o <TARGET> <OBJECTS>")
     endforeach()
     foreach(language IN ITEMS CXX OBJCXX)
         # The C++ library of the SDK, not one that lies beside the compiler: its headers know what each macOS has.
