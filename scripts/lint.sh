@@ -32,7 +32,7 @@ while [ $# -gt 0 ]; do
     shift
 done
 [ -z "$base" ] || git rev-parse --quiet --verify "$base^{commit}" >/dev/null || fail "there is no revision $base"
-for tool in clang-format clang-tidy shellcheck yamllint python3; do
+for tool in clang-format clang-tidy shellcheck yamllint python3 node; do
     command -v "$tool" >/dev/null || fail "$tool is missing; run scripts/setup.sh"
 done
 mkdir -p build
@@ -122,8 +122,10 @@ mapfile -t sources < <(files '*.cpp' '*.h' '*.mm' '*.m')
 mapfile -t scripts < <(shell_scripts)
 step clang-format "${#sources[@]} files" formatting
 step shellcheck "${#scripts[@]} scripts" shellcheck --external-sources "${scripts[@]}"
-mapfile -t workflows < <(files '*.yml' '*.yaml')
-step yamllint "${#workflows[@]} files" yamllint --strict "${workflows[@]}"
+mapfile -t documents < <(files '*.yml' '*.yaml')
+step yamllint "${#documents[@]} files" yamllint --strict "${documents[@]}"
+mapfile -t workflows < <(files '.github/workflows/*.yml' '.github/workflows/*.yaml')
+step workflows "${#workflows[@]} files" ./scripts/workflows.sh "${workflows[@]}"
 step check-layers "src and tools" ./scripts/check-layers.sh
 step architecture "the picture of the rooms" python3 -B scripts/architecture.py --check
 step check-docs "what the documents name" python3 -B scripts/check-docs.py

@@ -14,7 +14,7 @@ run=(
 )
 develop=(
     # building, linters, sanitizers
-    clang clang-format clang-tidy shellcheck yamllint ccache libclang-rt-14-dev
+    clang clang-format clang-tidy shellcheck yamllint nodejs ccache libclang-rt-14-dev
     # the window (gnustep-config asks make)
     gobjc gobjc++ make gnustep-make libgnustep-base-dev libgnustep-gui-dev gnustep-back0.29-cairo
     libx11-dev fontconfig fonts-dejavu-core fonts-inter fonts-droid-fallback
@@ -25,6 +25,9 @@ develop=(
     # the check of the macOS side
     libblocksruntime-dev libc++-14-dev lld-14 llvm-14
 )
+
+# Some packages of nodejs bring it along, and conflict with the one that has nothing else.
+command -v npm >/dev/null || develop+=(npm)
 
 list=no
 if [ "${1:-}" = --list ]; then
@@ -45,12 +48,20 @@ if [ "$list" = yes ]; then
     exit 0
 fi
 
+# What Debian does not package: the linters of workflows.
+install_linters() {
+    [ "$what" = run ] || ./scripts/workflows.sh --install
+}
+
 missing=()
 for package in "${packages[@]}"; do
     dpkg-query --show --showformat='${db:Status-Status}\n' "$package" 2>/dev/null | grep -qx installed ||
         missing+=("$package")
 done
-[ "${#missing[@]}" -eq 0 ] && exit 0
+if [ "${#missing[@]}" -eq 0 ]; then
+    install_linters
+    exit 0
+fi
 
 as_root=()
 if [ "$(id -u)" -ne 0 ]; then
@@ -80,3 +91,4 @@ if ! { install 2>"$log" | sed --unbuffered -nE "$as_progress" | ./scripts/progre
     echo "setup.sh: the packages could not be installed; everything that apt-get said is in $log" >&2
     exit 1
 fi
+install_linters

@@ -11,7 +11,7 @@ stub_library() {
     {
         printf -- "--- !tapi-tbd\ntbd-version: 4\ntargets: [ x86_64-macos, arm64-macos ]\ninstall-name: '%s'\nexports:\n" "$1"
         sed '/^#/d' | tee "$2.symbols" | stub_exports x86_64-macos
-        sed 's/\$INODE64$//' "$2.symbols" | stub_exports arm64-macos
+        sed 's/[$]INODE64$//' "$2.symbols" | stub_exports arm64-macos
         echo ...
     } >"$2"
     rm "$2.symbols"
