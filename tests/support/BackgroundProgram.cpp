@@ -44,7 +44,8 @@ pid_t start(const std::vector<std::string>& command, const std::string& outputFi
 void endGroup(pid_t leader) {
     if (leader > 0) {
         ::kill(-leader, SIGTERM);
-        for (int i = 0; i < 50; ++i) {
+        const auto deadline = std::chrono::steady_clock::now() + kPatience;
+        while (std::chrono::steady_clock::now() < deadline) {
             if (::waitpid(leader, nullptr, WNOHANG) != 0) {
                 return;
             }
@@ -66,8 +67,8 @@ BackgroundProgram::~BackgroundProgram() {
     }
 }
 
-int BackgroundProgram::wait(int seconds) {
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
+int BackgroundProgram::wait(std::chrono::seconds limit) {
+    const auto deadline = std::chrono::steady_clock::now() + limit;
     while (status_ == -1 && pid_ > 0) {
         int status = 0;
         if (::waitpid(pid_, &status, WNOHANG) == pid_) {

@@ -2,8 +2,11 @@
 
 #include <sys/types.h>
 
+#include <chrono>
 #include <string>
 #include <vector>
+
+#include "support/Patience.h"
 
 namespace TestSupport {
 
@@ -19,7 +22,7 @@ class BackgroundProgram {
 
     /// Waits for the end at most so long. The exit status, 128 and the number of the signal, or -1 when the
     /// program still runs.
-    int wait(int seconds);
+    int wait(std::chrono::seconds limit = kPatience);
 
   private:
     pid_t pid_ = -1;

@@ -50,7 +50,7 @@ void collect(int out, int err, Clock::time_point deadline, ProgramResult& result
 
 }  // namespace
 
-ProgramResult runProgram(const std::vector<std::string>& command, int seconds) {
+ProgramResult runProgram(const std::vector<std::string>& command, std::chrono::seconds limit) {
     Pipe out;
     Pipe err;
     posix_spawn_file_actions_t actions;
@@ -71,7 +71,7 @@ ProgramResult runProgram(const std::vector<std::string>& command, int seconds) {
     ::close(out.ends[1]);
     ::close(err.ends[1]);
     if (failure == 0) {
-        const auto deadline = Clock::now() + std::chrono::seconds(seconds);
+        const auto deadline = Clock::now() + limit;
         collect(out.ends[0], err.ends[0], deadline, result);
         if (Clock::now() >= deadline) {
             ::kill(child, SIGTERM);

@@ -1,7 +1,10 @@
 #pragma once
 
+#include <chrono>
 #include <string>
 #include <vector>
+
+#include "support/Patience.h"
 
 namespace TestSupport {
 
@@ -13,8 +16,9 @@ struct ProgramResult {
     std::string err;
 };
 
-/// Runs a program found in PATH, with empty standard input, to its end. One that takes longer than `seconds`
-/// is killed.
-[[nodiscard]] ProgramResult runProgram(const std::vector<std::string>& command, int seconds = 150);
+/// Runs a program found in PATH, with empty standard input, to its end. One that takes longer than `limit`
+/// is ended.
+[[nodiscard]] ProgramResult runProgram(const std::vector<std::string>& command,
+                                       std::chrono::seconds limit = kPatience);
 
 }  // namespace TestSupport

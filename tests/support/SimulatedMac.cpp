@@ -16,6 +16,9 @@ namespace fs = std::filesystem;
 
 namespace {
 
+/// Seconds for helpers that are still at work when the command has ended.
+constexpr const char* kHelpersPatience = "600";
+
 std::string readWhole(const std::string& file) {
     std::ifstream stream(file, std::ios::binary);
     std::ostringstream text;
@@ -69,7 +72,7 @@ ProgramResult SimulatedMac::create(const std::vector<std::string>& options) {
 
 ProgramResult SimulatedMac::run(const std::vector<std::string>& faults,
                                 const std::vector<std::string>& command, const std::string& user) {
-    std::vector<std::string> words{macsim(), "run", folder_, "--as", user};
+    std::vector<std::string> words{macsim(), "run", folder_, "--as", user, "--wait", kHelpersPatience};
     for (const std::string& fault : faults) {
         words.insert(words.end(), {"--fault", fault});
     }

@@ -19,8 +19,6 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr auto kPoll = 50ms;
-
 /// Reads from the pipe to the end of a line.
 std::string readLine(int fd) {
     std::string line;
@@ -29,18 +27,6 @@ std::string readLine(int fd) {
         line += byte;
     }
     return line;
-}
-
-template <typename Condition>
-bool waitUntil(std::chrono::seconds limit, const Condition& condition) {
-    const auto end = std::chrono::steady_clock::now() + limit;
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() > end) {
-            return false;
-        }
-        std::this_thread::sleep_for(kPoll);
-    }
-    return true;
 }
 
 }  // namespace
@@ -102,22 +88,22 @@ std::string VirtualDisplay::xdotool(const std::vector<std::string>& arguments) c
     }
     command.emplace_back("xdotool");
     command.insert(command.end(), arguments.begin(), arguments.end());
-    const ProgramResult result = runProgram(command, 60);
+    const ProgramResult result = runProgram(command);
     return result.status == 0 ? result.out : "";
 }
 
 bool VirtualDisplay::waitForWindow(const std::string& title, std::chrono::seconds limit) const {
-    return waitUntil(limit, [&] { return xdotool({"getwindowfocus", "getwindowname"}) == title + "\n"; });
+    return comesTrue([&] { return xdotool({"getwindowfocus", "getwindowname"}) == title + "\n"; }, limit);
 }
 
 bool VirtualDisplay::waitUntilGone(const std::string& title) const {
-    return waitUntil(60s, [&] { return xdotool({"search", "--onlyvisible", "--name", title}).empty(); });
+    return comesTrue([&] { return xdotool({"search", "--onlyvisible", "--name", title}).empty(); });
 }
 
 int VirtualDisplay::windowHeight(const std::string& title) const {
     std::string text;
     // A search fails too when any window goes meanwhile.
-    static_cast<void>(waitUntil(5s, [&] {
+    static_cast<void>(comesTrue([&] {
         text = xdotool({"search", "--onlyvisible", "--name", title, "getwindowgeometry", "--shell"});
         return !text.empty();
     }));
@@ -140,10 +126,9 @@ void VirtualDisplay::click(double x, double y) const {
 
 bool VirtualDisplay::writeScreenshot(const std::string& file) const {
     // The strip at the top is the menu bar.
-    return runProgram({"import", "-display", name_, "-window", "root", file}, 60).status == 0 &&
+    return runProgram({"import", "-display", name_, "-window", "root", file}).status == 0 &&
            runProgram({"mogrify", "-gravity", "north", "-chop", "0x26", "-bordercolor", "black", "-trim",
-                       "+repage", "-bordercolor", "#8a93a3", "-border", "24", file},
-                      60)
+                       "+repage", "-bordercolor", "#8a93a3", "-border", "24", file})
                    .status == 0;
 }
 

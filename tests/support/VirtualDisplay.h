@@ -6,6 +6,8 @@
 
 #include <sys/types.h>
 
+#include "support/Patience.h"
+
 namespace TestSupport {
 
 /// A separate X display that nobody sees, with a keyboard and a mouse in front of it; gone at the end.
@@ -25,8 +27,7 @@ class VirtualDisplay {
     void kill();
 
     /// Waits until the window of that title has the keyboard.
-    [[nodiscard]] bool waitForWindow(const std::string& title,
-                                     std::chrono::seconds limit = std::chrono::seconds(60)) const;
+    [[nodiscard]] bool waitForWindow(const std::string& title, std::chrono::seconds limit = kPatience) const;
     /// Waits until no window of that title is on the screen.
     [[nodiscard]] bool waitUntilGone(const std::string& title) const;
     /// Its height in pixels; 0 if there is none.

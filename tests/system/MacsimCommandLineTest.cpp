@@ -242,9 +242,12 @@ TEST(MacsimCommandLine, DeletesWhatBelongsToOthersAndHasNoMode) {
 TEST(MacsimCommandLine, DeletesDeepTrees) {
     SimulatedMac mac;
     ASSERT_EQ(mac.create().status, 0);
-    ASSERT_EQ(
-        mac.shell("cd /Users/Shared; i=0; while [ $i -lt 3000 ]; do mkdir d; cd d; i=$((i+1)); done").status,
-        0);
+    ASSERT_EQ(mac.shell("cd /Users/Shared && python3 -c 'import os\n"
+                        "for level in range(3000):\n"
+                        "    os.mkdir(\"d\")\n"
+                        "    os.chdir(\"d\")'")
+                  .status,
+              0);
     EXPECT_EQ(macsim({"delete", mac.path()}).status, 0);
     EXPECT_FALSE(fs::exists(mac.path()));
 }

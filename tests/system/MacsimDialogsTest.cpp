@@ -35,7 +35,7 @@ class MacsimDialogs : public ::testing::Test {
         Words words{SimulatedMac::macsim(), "run", mac_.path(), "--as", user, "--display",
                     display_.name(),        "--"};
         words.insert(words.end(), command.begin(), command.end());
-        return std::async(std::launch::async, [words] { return runProgram(words, 120); });
+        return std::async(std::launch::async, [words] { return runProgram(words); });
     }
     void answer(const std::string& password) {
         display_.type(password);
@@ -171,10 +171,7 @@ TEST_F(MacsimDialogs, OthersAreServedWhileTheDialogIsOpen) {
     auto result = start(
         {"sh", "-c", "client authorize 3 & launchctl print system >/dev/null && touch /tmp/served; wait"});
     ASSERT_TRUE(display_.waitForWindow(kDialog));
-    for (int tries = 0; tries < 200 && !mac_.exists("/tmp/served"); ++tries) {
-        std::this_thread::sleep_for(50ms);
-    }
-    EXPECT_TRUE(mac_.exists("/tmp/served"));
+    EXPECT_TRUE(TestSupport::comesTrue([this] { return mac_.exists("/tmp/served"); }));
     answer("alice");
     EXPECT_EQ(result.get().out, "granted\n");
 }
@@ -201,15 +198,13 @@ TEST_F(MacsimDialogs, OpenOneAfterAnother) {
                          "(client authorize 3 > /tmp/b; touch /tmp/done) & wait"});
     ASSERT_TRUE(display_.waitForWindow(kDialog));
     answer("alice");
-    for (int tries = 0; tries < 200 && !mac_.exists("/tmp/done"); ++tries) {
-        std::this_thread::sleep_for(50ms);
-    }
+    EXPECT_TRUE(TestSupport::comesTrue([this] { return mac_.exists("/tmp/done"); }));
     EXPECT_TRUE(mac_.contents("/tmp/a").empty() != mac_.contents("/tmp/b").empty()) << "one is still waiting";
     // The first one may still be on the screen, and take the answer with it.
-    for (int tries = 0; tries < 5 && result.wait_for(0s) != std::future_status::ready; ++tries) {
-        ASSERT_TRUE(display_.waitForWindow(kDialog));
-        answer("alice");
-        static_cast<void>(result.wait_for(10s));
+    while (result.wait_for(1s) != std::future_status::ready) {
+        if (display_.waitForWindow(kDialog, 1s)) {
+            answer("alice");
+        }
     }
     EXPECT_EQ(result.get().status, 0);
     EXPECT_EQ(mac_.contents("/tmp/a") + mac_.contents("/tmp/b"), "granted\ngranted\n");

@@ -27,7 +27,7 @@ class MacsimDisplay : public ::testing::Test {
         words.insert(words.end(), environment.begin(), environment.end());
         words.insert(words.end(), {SimulatedMac::macsim(), "run", mac_.path(), "--as", "alice", "--display",
                                    display, "--", "sh", "-c", line});
-        return runProgram(words, 60);
+        return runProgram(words);
     }
 
     SimulatedMac mac_;

@@ -23,7 +23,7 @@ std::string plist(const std::string& label, const std::string& program, const st
 /// succeeds.
 constexpr const char* kFunctions =
     "pid() { launchctl list com.example.sleeper | sed -n 's/.*pid = //p'; }\n"
-    "await() { n=0; until eval \"$1\"; do n=$((n+1)); [ $n -gt 400 ] && return 1; sleep 0.02; done; }\n";
+    "await() { n=0; until eval \"$1\"; do n=$((n+1)); [ $n -gt 20000 ] && return 1; sleep 0.02; done; }\n";
 
 class MacsimLaunchctl : public ::testing::Test {
   protected:
@@ -31,7 +31,9 @@ class MacsimLaunchctl : public ::testing::Test {
         ASSERT_EQ(mac_.create().status, 0);
         mac_.put("/usr/local/bin/sleeper", "#!/bin/sh\nexec sleep 1000\n", 0755);
         mac_.put("/usr/local/bin/stubborn",
-                 "#!/bin/sh\ntrap '' TERM\ntouch /tmp/ready\nwhile :; do sleep 1; done\n", 0755);
+                 "#!/bin/sh\ntrap 'touch /tmp/asked' TERM\ntouch /tmp/ready\n"
+                 "until [ -e /tmp/end ]; do sleep 0.05; done\n",
+                 0755);
         mac_.put(kDaemonPlist, plist("com.example.sleeper", "/usr/local/bin/sleeper"));
         mac_.put(kAgentPlist, plist("com.example.agent", "/usr/local/bin/sleeper"));
     }
@@ -101,13 +103,26 @@ TEST_F(MacsimLaunchctl, BootoutInAMissingDomainFails) {
 
 TEST_F(MacsimLaunchctl, BootoutInProgressIsToldApart) {
     mac_.put(kDaemonPlist, plist("com.example.sleeper", "/usr/local/bin/stubborn",
-                                 "<key>ExitTimeOut</key><integer>2</integer>"));
+                                 "<key>ExitTimeOut</key><integer>3600</integer>"));
     expect(kFunctions + std::string("await '[ -e /tmp/ready ]'; launchctl bootout system/com.example.sleeper "
-                                    "& sleep 0.5; launchctl bootout "
+                                    "& await '[ -e /tmp/asked ]'; launchctl bootout "
                                     "system/com.example.sleeper; "
-                                    "s=$?; wait; exit $s"),
+                                    "s=$?; touch /tmp/end; wait; exit $s"),
            36, "Boot-out failed: 36: Operation now in progress\n");
-    EXPECT_TRUE(mac_.jobs("system").empty()) << "what ignores SIGTERM is killed in the end";
+    EXPECT_TRUE(mac_.jobs("system").empty());
+}
+
+TEST_F(MacsimLaunchctl, BootoutKillsWhatIgnoresSIGTERM) {
+    mac_.put(kDaemonPlist, plist("com.example.sleeper", "/usr/local/bin/stubborn",
+                                 "<key>ExitTimeOut</key><integer>1</integer>"));
+    expect(
+        kFunctions + std::string("await '[ -e /tmp/ready ]'; launchctl bootout system/com.example.sleeper"),
+        0, "");
+    EXPECT_TRUE(mac_.exists("/tmp/asked"));
+    EXPECT_TRUE(mac_.jobs("system").empty());
+    for (const std::string& name : mac_.processes()) {
+        EXPECT_EQ(name, "sleep") << "an agent's";
+    }
 }
 
 TEST_F(MacsimLaunchctl, BootstrapOfALoadedServiceFails) {
@@ -181,10 +196,14 @@ TEST_F(MacsimLaunchctl, KeptAliveJobsComeBackAfterTheirThrottle) {
     mac_.put(kDaemonPlist,
              plist("com.example.sleeper", "/usr/local/bin/sleeper",
                    "<key>KeepAlive</key><true/><key>ThrottleInterval</key><integer>1</integer>"));
+    // It begins anew, is killed at once, and comes back no sooner than a second after it began.
     const ProgramResult result =
         mac_.shell(std::string(kFunctions) +
-                   "a=$(pid); launchctl kill KILL system/com.example.sleeper; "
-                   "await '[ -z \"$(pid)\" ]' || exit 1; await '[ -n \"$(pid)\" ]'; [ $(pid) != $a ]");
+                   "a=$(pid); begin=$(date +%s%N); launchctl kickstart -k system/com.example.sleeper; "
+                   "await '[ -n \"$(pid)\" ] && [ \"$(pid)\" != $a ]' || exit 1; "
+                   "b=$(pid); launchctl kill KILL system/com.example.sleeper; "
+                   "await '[ -n \"$(pid)\" ] && [ \"$(pid)\" != $b ]' || exit 2; "
+                   "[ $(($(date +%s%N) - begin)) -ge 1000000000 ] || exit 3");
     EXPECT_EQ(result.status, 0) << result.err;
 }
 

@@ -43,10 +43,7 @@ class MacsimRun : public ::testing::Test {
         pointers.push_back(nullptr);
         EXPECT_EQ(::posix_spawn(&background_, pointers.front(), nullptr, nullptr, pointers.data(), environ),
                   0);
-        for (int tries = 0; tries < 6000 && !mac_.exists("/tmp/up"); ++tries) {
-            std::this_thread::sleep_for(10ms);
-        }
-        EXPECT_TRUE(mac_.exists("/tmp/up"));
+        EXPECT_TRUE(TestSupport::comesTrue([this] { return mac_.exists("/tmp/up"); }));
     }
 
     /// Waits until macsim has ended; its wait status, or -1 if there is none.
@@ -169,10 +166,8 @@ TEST_F(MacsimRun, EverythingDiesWithMacsim) {
         EXPECT_TRUE(signal == SIGKILL ? WIFSIGNALED(status)
                                       : WIFEXITED(status) && WEXITSTATUS(status) == 128 + signal)
             << "status " << status << " after signal " << signal;
-        for (int tries = 0; tries < 6000 && countOnHost(marker) > 0; ++tries) {
-            std::this_thread::sleep_for(10ms);
-        }
-        EXPECT_EQ(countOnHost(marker), 0) << "after signal " << signal;
+        EXPECT_TRUE(TestSupport::comesTrue([&] { return countOnHost(marker) == 0; }))
+            << "after signal " << signal;
     }
     EXPECT_EQ(mac_.shell("exit 3").status, 3) << "the Mac boots again";
 }

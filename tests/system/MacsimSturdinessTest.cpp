@@ -97,15 +97,21 @@ TEST_F(MacsimSturdiness, AJobWhoseProgramIsMissingStaysRegistered) {
 
 TEST_F(MacsimSturdiness, WhatAJobLeavesBehindIsEndedWithIt) {
     mac_.put("/usr/local/bin/good", "#!/bin/sh\nsleep 987 &\n(sleep 986 &) \nexec sleep 1000\n", 0755);
-    ASSERT_EQ(mac_.shell("sleep 0.2; launchctl bootout system/com.example.good; sleep 0.1").status, 0);
+    ASSERT_EQ(mac_.shell("until [ $(pgrep -cx sleep) = 3 ]; do sleep 0.05; done; launchctl bootout "
+                         "system/com.example.good; "
+                         "while pgrep -x sleep >/dev/null; do :; done")
+                  .status,
+              0);
     EXPECT_TRUE(mac_.processes().empty()) << ::testing::PrintToString(mac_.processes());
 }
 
 TEST_F(MacsimSturdiness, OrphansAreReaped) {
     const auto result = mac_.shell(
-        "for i in 1 2 3 4 5 6 7 8; do (sh -c 'sleep 0.05 &' &) ; done; sleep 0.5; "
-        "ps -eo stat= | grep -c Z");
-    EXPECT_EQ(result.out, "0\n");
+        "until pgrep -x sleep >/dev/null; do :; done; "
+        "for i in 1 2 3 4 5 6 7 8; do (sh -c 'sleep 0.05 &' &) ; done; "
+        // Only the good job's is left; an ended process that nobody has reaped keeps its name.
+        "until [ $(pgrep -cx sleep) = 1 ]; do :; done; echo reaped");
+    EXPECT_EQ(result.out, "reaped\n");
 }
 
 TEST_F(MacsimSturdiness, GarbageOnTheServicesSocketIsSurvived) {

@@ -20,7 +20,7 @@ const std::vector<std::string> kHelperLabels{
     "com.norvik.DiagnosticUtilityHelper", "com.norvik.InstallerHelper", "com.norvik.SolutionUpdaterHelper",
     "com.norvik.UninstallerHelper", "com.norvik.SupportPrivilegedHelper"};
 
-constexpr int kLongestRunSeconds = 400;
+constexpr std::chrono::seconds kLongestRun{400};
 constexpr std::size_t kShownLines = 12;
 
 bool isHelperLabel(const std::string& label) {
@@ -139,7 +139,7 @@ TestSupport::ProgramResult TortureMac::shellWith(const std::vector<std::string>&
         words.insert(words.end(), {"--fault", fault});
     }
     words.insert(words.end(), {"--", "sh", "-c", line});
-    auto result = TestSupport::runProgram(words, kLongestRunSeconds);
+    auto result = TestSupport::runProgram(words, kLongestRun);
     if (state().empty()) {
         throw std::runtime_error("the Mac did not come up or did not end: " + result.err);
     }

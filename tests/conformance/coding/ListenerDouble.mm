@@ -3,10 +3,12 @@
 #include <Block.h>
 #import <Foundation/Foundation.h>
 #import <objc/runtime.h>
+#include <unistd.h>
 #include <xpc/xpc.h>
 
 #include <atomic>
-#include <chrono>
+#include <fstream>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -23,6 +25,8 @@ struct Visit {
     const ListenerDouble* world = nullptr;
     std::string serviceName;
     std::thread peer;
+    /// The peer's thread while it asks to be admitted.
+    std::atomic<pid_t> asking = 0;
     std::atomic<bool> isAdmitted = false;
     std::atomic<int> connectionsResumed = 0;
     int resumed = 0;
@@ -84,6 +88,15 @@ std::atomic<int> openTransactions = 0;
 
 namespace {
 
+/// Whether a thread of this process waits for another one, or has ended.
+bool isAsleep(pid_t thread) {
+    std::ifstream file("/proc/self/task/" + std::to_string(thread) + "/stat");
+    std::string facts;
+    std::getline(file, facts);
+    const std::size_t name = facts.rfind(") ");
+    return name == std::string::npos || facts[name + 2] == 'S';
+}
+
 /// Listeners are not released, and their delegates live as long.
 std::vector<id>& kept() {
     static auto* const listeners = new std::vector<id>;
@@ -93,6 +106,7 @@ std::vector<id>& kept() {
 void comeAndGo(id delegate) {
     const Pool pool;
     VisitorConnection* const connection = [[[VisitorConnection alloc] init] autorelease];
+    visit->asking = ::gettid();
     visit->isAdmitted = [delegate listener:nil
                             shouldAcceptNewConnection:reinterpret_cast<NSXPCConnection*>(connection)] == YES;
     if (visit->isAdmitted) {
@@ -118,8 +132,10 @@ void comeAndGo(id delegate) {
 - (void)resume {
     if (++visit->resumed == 1) {
         visit->peer = std::thread(comeAndGo, delegate_);
-        // The system's queue does not wait for the thread that resumes.
-        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        // The system's queue does not wait for the thread that resumes: the peer knocks before that serves.
+        while (visit->asking == 0 || !isAsleep(visit->asking)) {
+            std::this_thread::yield();
+        }
     }
 }
 

@@ -86,7 +86,7 @@ TEST(DarwinDistantObjects, HaveNoValidConnectionOnceTheProcessIsGone) {
     ASSERT_TRUE(proxy);
     proxy->addCommonRequestModes();
     server.end();
-    for (int round = 0; round < 100 && proxy->isConnectionValid(); ++round) {
+    for (int round = 0; round < 20000 && proxy->isConnectionValid(); ++round) {
         [[NSRunLoop currentRunLoop] runUntilDate:[NSDate dateWithTimeIntervalSinceNow:0.05]];
     }
     EXPECT_FALSE(proxy->isConnectionValid());

@@ -35,10 +35,7 @@ class WindowUnderAManager : public testing::Test {
             std::vector<std::string>{"env", "DISPLAY=" + display_.name(), "HOME=" + scratch_, "openbox",
                                      "--sm-disable", "--startup", "touch " + scratch_ + "/ready"},
             scratch_ + "/log");
-        for (int attempt = 0; attempt < 600 && !std::filesystem::exists(scratch_ + "/ready"); ++attempt) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(100));
-        }
-        ASSERT_TRUE(std::filesystem::exists(scratch_ + "/ready"));
+        ASSERT_TRUE(TestSupport::comesTrue([this] { return std::filesystem::exists(scratch_ + "/ready"); }));
         probe_ = std::make_unique<ProbeProcess>(
             display_.name(),
             std::vector<std::string>{std::string("title=") + kTitle, "headline=Sentrel Uninstaller",

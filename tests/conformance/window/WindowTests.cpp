@@ -53,11 +53,11 @@ class Window : public testing::Test {
     Frame frame(const std::string& title) {
         std::string geometry;
         // A search fails when any window goes meanwhile.
-        for (int attempt = 0; attempt < 300 && geometry.empty(); ++attempt) {
+        static_cast<void>(TestSupport::comesTrue([&] {
             geometry = display_.xdotool(
                 {"search", "--onlyvisible", "--name", "^" + title + "$", "getwindowgeometry", "--shell"});
-            display_.xdotool({"sleep", geometry.empty() ? "0.1" : "0"});
-        }
+            return !geometry.empty();
+        }));
         std::istringstream lines(geometry);
         Frame result;
         for (std::string line; std::getline(lines, line);) {
@@ -86,24 +86,20 @@ class Window : public testing::Test {
 
     /// Waits until another window than `window` has the keyboard.
     bool losesKeyboard(const std::string& window) {
-        for (int attempt = 0; attempt < 300; ++attempt) {
+        return TestSupport::comesTrue([&] {
             const std::string focused = display_.xdotool({"getwindowfocus"});
-            if (!focused.empty() && focused != window) {
-                return true;
-            }
-            display_.xdotool({"sleep", "0.1"});
-        }
-        return false;
+            return !focused.empty() && focused != window;
+        });
     }
 
     /// Waits until the window's frame is such that `condition` holds; the last frame seen.
     template <typename Condition>
     Frame frameWhen(const Condition& condition) {
-        Frame seen = frame(kTitle);
-        for (int attempt = 0; attempt < 100 && !condition(seen); ++attempt) {
-            display_.xdotool({"sleep", "0.1"});
+        Frame seen;
+        static_cast<void>(TestSupport::comesTrue([&] {
             seen = frame(kTitle);
-        }
+            return condition(seen);
+        }));
         return seen;
     }
 
@@ -113,16 +109,12 @@ class Window : public testing::Test {
     std::string colorWhen(int x, int y, const Condition& condition) {
         const std::string place = "1x1+" + std::to_string(x) + "+" + std::to_string(y);
         std::string seen;
-        for (int attempt = 0; attempt < 100; ++attempt) {
+        static_cast<void>(TestSupport::comesTrue([&] {
             seen = TestSupport::runProgram({"import", "-display", display_.name(), "-window", "root", "-crop",
-                                            place, "-depth", "8", "txt:-"},
-                                           60)
+                                            place, "-depth", "8", "txt:-"})
                        .out;
-            if (condition(seen)) {
-                break;
-            }
-            display_.xdotool({"sleep", "0.1"});
-        }
+            return condition(seen);
+        }));
         return seen;
     }
 

@@ -18,7 +18,7 @@ import time
 from screenshots import Display, PRODUCT, command_for, tables
 
 # A reader gives up after that; nothing is measured by it.
-PATIENCE = 60
+PATIENCE = 1200
 
 
 def states(texts):

@@ -9,13 +9,6 @@ namespace DeployTests {
 using TestSupport::ProgramResult;
 using TestSupport::runProgram;
 
-namespace {
-
-/// Two attempts that wait for their 60 seconds each, and room.
-constexpr int kLongestRun = 280;
-
-}  // namespace
-
 std::string joined(std::initializer_list<std::string_view> texts) {
     std::string all;
     for (const std::string_view text : texts) {
@@ -49,7 +42,7 @@ ProgramResult RemovalMac::underFaults(const std::vector<std::string>& faults, co
         command.insert(command.end(), {"--fault", fault});
     }
     command.insert(command.end(), {"--", "sh", "-c", line});
-    return runProgram(command, kLongestRun);
+    return runProgram(command);
 }
 
 std::vector<std::string> RemovalMac::launchctlChanges() const {

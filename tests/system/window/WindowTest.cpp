@@ -36,14 +36,14 @@ TEST(WindowedUninstallation, RemovesTheProductFromReadyThroughRunningToFinished)
     const auto running = mac.waitFor(isRunning);
     ASSERT_TRUE(running) << mac.terminal();
     EXPECT_EQ(running->main()->button("Cancel"), nullptr);
-    const auto finished = mac.waitFor(isFinished, 150);
+    const auto finished = mac.waitFor(isFinished);
     ASSERT_TRUE(finished) << mac.terminal();
     EXPECT_TRUE(mac.writeScreenshot("finished-en"));
     EXPECT_EQ(finished->main()->progress()->value, 100);
     ASSERT_NE(finished->main()->button("Done"), nullptr);
     EXPECT_NE(finished->main()->text("Sentrel has been uninstalled from this Mac."), nullptr);
     mac.click(*finished->main()->button("Done"));
-    EXPECT_EQ(mac.exitStatus(60), 0) << mac.terminal();
+    EXPECT_EQ(mac.exitStatus(), 0) << mac.terminal();
     mac.mac().expectClean();
 }
 
@@ -56,7 +56,7 @@ TEST(WindowedUninstallation, SpeaksTheLanguageOfTheUser) {
     EXPECT_TRUE(mac.writeScreenshot("ready-de"));
     ASSERT_TRUE(mac.pressUninstall());
     ASSERT_TRUE(mac.giveAdministratorPassword("alice", "authorization-de")) << mac.terminal();
-    const auto finished = mac.waitFor(isFinished, 150);
+    const auto finished = mac.waitFor(isFinished);
     ASSERT_TRUE(finished) << mac.terminal();
     EXPECT_TRUE(mac.writeScreenshot("finished-de"));
     EXPECT_EQ(finished->main()->buttons().front()->text, "Fertig");
@@ -64,7 +64,7 @@ TEST(WindowedUninstallation, SpeaksTheLanguageOfTheUser) {
     mac.click(*finished->main()->progress());
     ASSERT_TRUE(mac.display().waitForWindow("Sentrel deinstallieren"));
     mac.display().press("Return");
-    EXPECT_EQ(mac.exitStatus(60), 0) << mac.terminal();
+    EXPECT_EQ(mac.exitStatus(), 0) << mac.terminal();
     mac.mac().expectClean();
 }
 
@@ -80,7 +80,7 @@ TEST(WindowedUninstallation, WhileRunningTheCloseBoxAndQuitAreRefused) {
     mac.display().click(closeBox->first, closeBox->second);
     EXPECT_TRUE(mac.display().waitForWindow(kTitle));
     mac.display().press("alt+q");
-    EXPECT_EQ(mac.exitStatus(2), -1) << "it has ended";
+    EXPECT_EQ(mac.exitStatus(std::chrono::seconds(2)), -1) << "it has ended";
     EXPECT_TRUE(mac.now().isRunning());
 }
 
@@ -92,7 +92,7 @@ TEST(WindowedUninstallation, WhileReadyTheCloseBoxQuits) {
     const auto closeBox = ready->main()->closeBox;
     ASSERT_TRUE(closeBox);
     mac.display().click(closeBox->first, closeBox->second);
-    EXPECT_EQ(mac.exitStatus(60), 0) << mac.terminal();
+    EXPECT_EQ(mac.exitStatus(), 0) << mac.terminal();
     mac.mac().expectInstalled();
 }
 
@@ -109,7 +109,7 @@ TEST_P(EndsTheReadyWindow, AndChangesNothing) {
         EXPECT_TRUE(mac.display().waitForWindow(kTitle));
         mac.display().press(GetParam());
     }
-    EXPECT_EQ(mac.exitStatus(60), 0) << mac.terminal();
+    EXPECT_EQ(mac.exitStatus(), 0) << mac.terminal();
     mac.mac().expectInstalled();
     EXPECT_EQ(mac.mac().uninstallerLog(), Lines());
 }
@@ -134,7 +134,7 @@ TEST(WindowedUninstallation, AProductThatIsNotInstalledIsSaidInAnAlertAndTheProg
     mac.start();
     ASSERT_TRUE(mac.pressUninstall()) << mac.terminal();
     EXPECT_TRUE(mac.answerAlert("Sentrel is not installed.", "not-installed-en"));
-    EXPECT_EQ(mac.exitStatus(60), 0) << mac.terminal();
+    EXPECT_EQ(mac.exitStatus(), 0) << mac.terminal();
 }
 
 TEST(WindowedUninstallation, AProductThatIsNotInstalledIsSaidInTheLanguageOfTheUser) {
@@ -142,7 +142,7 @@ TEST(WindowedUninstallation, AProductThatIsNotInstalledIsSaidInTheLanguageOfTheU
     mac.start();
     ASSERT_TRUE(mac.pressUninstall()) << mac.terminal();
     EXPECT_TRUE(mac.answerAlert("Sentrel ist nicht installiert.", "not-installed-de"));
-    EXPECT_EQ(mac.exitStatus(60), 0) << mac.terminal();
+    EXPECT_EQ(mac.exitStatus(), 0) << mac.terminal();
 }
 
 class NewerProduct : public testing::TestWithParam<const char*> {};
@@ -153,7 +153,7 @@ TEST_P(NewerProduct, IsSaidInFixedEnglishInEveryLanguageAndTheProgramEnds) {
     mac.start();
     ASSERT_TRUE(mac.pressUninstall()) << mac.terminal();
     EXPECT_TRUE(mac.answerAlert(kNewerVersion, "newer-version-" + language));
-    EXPECT_EQ(mac.exitStatus(60), 0) << mac.terminal();
+    EXPECT_EQ(mac.exitStatus(), 0) << mac.terminal();
     mac.mac().expectInstalled();
 }
 
@@ -168,7 +168,7 @@ TEST_P(CancelledAuthorization, IsSaidAndTheProgramEnds) {
     ASSERT_TRUE(mac.pressUninstall()) << mac.terminal();
     ASSERT_TRUE(mac.cancelAdministratorDialog());
     EXPECT_TRUE(mac.answerAlert(kNotAuthorized, "not-authorized-" + language));
-    EXPECT_EQ(mac.exitStatus(60), 0) << mac.terminal();
+    EXPECT_EQ(mac.exitStatus(), 0) << mac.terminal();
     mac.mac().expectInstalled();
 }
 
@@ -182,7 +182,7 @@ TEST_P(FailedSetUp, IsSaidAsNotAuthorizedAndTheProgramEnds) {
     ASSERT_TRUE(mac.pressUninstall()) << mac.terminal();
     ASSERT_TRUE(mac.giveAdministratorPassword("alice"));
     EXPECT_TRUE(mac.answerAlert(kNotAuthorized));
-    EXPECT_EQ(mac.exitStatus(60), 0) << mac.terminal();
+    EXPECT_EQ(mac.exitStatus(), 0) << mac.terminal();
     mac.mac().expectInstalled();
 }
 
@@ -201,7 +201,7 @@ TEST(WindowedUninstallation, ParentalControlThatRefusesLeavesTheWindowReady) {
     EXPECT_FALSE(mac.display().waitForWindow("SecurityAgent", std::chrono::seconds(3)))
         << "no administrator is asked";
     EXPECT_TRUE(mac.now().isReady());
-    EXPECT_EQ(mac.exitStatus(1), -1);
+    EXPECT_EQ(mac.exitStatus(std::chrono::seconds(1)), -1);
 }
 
 TEST(WindowedUninstallation, ParentalControlThatIsNotUnlockedLeavesTheWindowReady) {
@@ -215,7 +215,7 @@ TEST(WindowedUninstallation, ParentalControlThatIsNotUnlockedLeavesTheWindowRead
     EXPECT_TRUE(mac.waitFor(isReady));
     ASSERT_TRUE(mac.display().waitForWindow(kTitle));
     mac.display().press("alt+q");
-    EXPECT_EQ(mac.exitStatus(60), 0) << mac.terminal();
+    EXPECT_EQ(mac.exitStatus(), 0) << mac.terminal();
     mac.mac().expectInstalled();
 }
 
@@ -250,7 +250,7 @@ TEST_P(HelperThatDies, LeavesTheWindowRunningAtItsLastReport) {
     });
     ASSERT_TRUE(stopped) << mac.terminal();
     EXPECT_TRUE(mac.writeScreenshot("running-" + language));
-    EXPECT_EQ(mac.exitStatus(2), -1) << "it has ended";
+    EXPECT_EQ(mac.exitStatus(std::chrono::seconds(2)), -1) << "it has ended";
     EXPECT_TRUE(mac.now().isRunning());
 }
 
@@ -262,7 +262,7 @@ TEST(WindowedUninstallation, AHelperThatCannotBeReachedLeavesTheWindowRunning) {
     ASSERT_TRUE(mac.pressUninstall()) << mac.terminal();
     ASSERT_TRUE(mac.giveAdministratorPassword("alice"));
     ASSERT_TRUE(mac.waitFor(isRunning)) << mac.terminal();
-    EXPECT_EQ(mac.exitStatus(3), -1) << "it has ended";
+    EXPECT_EQ(mac.exitStatus(std::chrono::seconds(3)), -1) << "it has ended";
     ASSERT_TRUE(mac.now().isRunning());
     EXPECT_EQ(mac.now().main()->progress()->value, 0);
 }

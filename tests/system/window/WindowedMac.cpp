@@ -159,8 +159,8 @@ Interface WindowedMac::now() const {
 }
 
 std::optional<Interface> WindowedMac::waitFor(const std::function<bool(const Interface&)>& condition,
-                                              int seconds) const {
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
+                                              std::chrono::seconds limit) const {
+    const auto deadline = std::chrono::steady_clock::now() + limit;
     do {
         Interface shown = now();
         if (condition(shown)) {

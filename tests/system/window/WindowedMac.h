@@ -66,7 +66,7 @@ class WindowedMac {
     void start();
     /// Waits until the interface is such that `condition` holds, at most so long. The last interface seen.
     [[nodiscard]] std::optional<Interface> waitFor(const std::function<bool(const Interface&)>& condition,
-                                                   int seconds = 90) const;
+                                                   std::chrono::seconds limit = TestSupport::kPatience) const;
     /// The current contents of the window.
     [[nodiscard]] Interface now() const;
     void click(const Interface::Control& control) const { display_.click(control.x, control.y); }
@@ -81,7 +81,9 @@ class WindowedMac {
     /// button. False if there is no such alert or it does not have exactly one button.
     [[nodiscard]] bool answerAlert(const std::string& message, const std::string& screenshot = "") const;
     /// The uninstaller's exit status, waited for; -1 when it still runs.
-    int exitStatus(int seconds) { return program_ ? program_->wait(seconds) : -1; }
+    int exitStatus(std::chrono::seconds limit = TestSupport::kPatience) {
+        return program_ ? program_->wait(limit) : -1;
+    }
 
     [[nodiscard]] ProductMac& mac() { return mac_; }
     [[nodiscard]] const TestSupport::VirtualDisplay& display() const { return display_; }

@@ -17,7 +17,7 @@
 namespace PlatformTests {
 
 constexpr std::int64_t kMillisecond = 1'000'000;
-constexpr std::int64_t kLong = 20'000 * kMillisecond;
+constexpr std::int64_t kLong = 1'200'000 * kMillisecond;
 
 template <class Services>
 class DispatchContract : public testing::Test {

@@ -32,7 +32,7 @@ class Receiver {
         address.sun_family = AF_UNIX;
         std::strncpy(address.sun_path, path.c_str(), sizeof address.sun_path - 1);
         EXPECT_EQ(::bind(socket_, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
-        const timeval timeout{5, 0};
+        const timeval timeout{1200, 0};
         ::setsockopt(socket_, SOL_SOCKET, SO_RCVTIMEO, &timeout, sizeof timeout);
     }
     ~Receiver() { ::close(socket_); }

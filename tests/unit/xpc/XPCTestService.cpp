@@ -26,7 +26,7 @@ std::vector<std::string> Journal::lines() const {
 
 std::vector<std::string> Journal::waitFor(std::size_t count) const {
     std::unique_lock lock(mutex_);
-    changed_.wait_for(lock, std::chrono::minutes(1), [&] { return lines_.size() >= count; });
+    changed_.wait_for(lock, std::chrono::minutes(20), [&] { return lines_.size() >= count; });
     return lines_;
 }
 
