@@ -160,9 +160,7 @@ URL URL::appendingPathComponent(std::string_view component) const {
         return *this;
     }
     component.remove_prefix(first);
-    std::string path;
-    path.reserve(path_.size() + 1 + component.size());
-    path = path_;
+    std::string path = path_;
     if (path != "/") {
         path += '/';
     }

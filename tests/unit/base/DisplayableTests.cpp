@@ -107,6 +107,16 @@ TEST(Displayable, EscapesABackslashOnlyWhereItWouldReadAsAnEscapedByte) {
     EXPECT_EQ(displayable("\\\\xaf"), "\\\\x5cxaf");
 }
 
+TEST(Displayable, EscapesABackslashBeforeHexadecimalDigitsOnly) {
+    const std::string digits = "0123456789abcdefABCDEF";
+    for (char c = ' '; c <= '~'; ++c) {
+        const bool isDigit = digits.find(c) != std::string::npos;
+        for (const std::string& two : {std::string{c, '0'}, std::string{'0', c}}) {
+            EXPECT_EQ(displayable("\\x" + two), (isDigit ? "\\x5cx" : "\\x") + two);
+        }
+    }
+}
+
 TEST(Displayable, SaysExactlyWhatTheTextWas) {
     for (const std::string& text : {"\n"s, "\\x0a"s, "\\x5cx0a"s, "\\\\x0a\n"s, "\\x\x01"s, "\\x0\x01"s,
                                     "\\\n"s, "\xFF\\xff"s, "\\x5c\\x5c"s, "x0a\\"s}) {

@@ -171,6 +171,22 @@ TEST(URL, RefusesARelativeTextThatLeavesItsBase) {
     }
 }
 
+// A scheme is a letter and then letters, digits, "+", "-" and "."; any other text before a colon is a name.
+TEST(URL, TakesOnlyASchemeForOne) {
+    for (int byte = 1; byte < 256; ++byte) {
+        const char c = static_cast<char>(byte);
+        const bool isLetter = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+        const bool mayFollow = isLetter || (c >= '0' && c <= '9') || c == '+' || c == '-' || c == '.';
+        const bool isSeparator = c == '/' || c == '?' || c == '#' || c == '%' || c == ':';
+        if (!isSeparator) {
+            const std::string first = std::string(1, c) + ":y";
+            EXPECT_EQ(resolved(first, "/a", true), isLetter ? "nothing" : "/a/" + first) << byte;
+            const std::string second = "x" + first;
+            EXPECT_EQ(resolved(second, "/a", true), mayFollow ? "nothing" : "/a/" + second) << byte;
+        }
+    }
+}
+
 TEST(URL, NamesItsLastComponent) {
     EXPECT_EQ(URL::fileURL("/a/b.c").lastPathComponent(), "b.c");
     EXPECT_EQ(URL::fileURL("/").lastPathComponent(), "/");

@@ -27,6 +27,50 @@ TEST(UTF8, TellsValidUTF8) {
     }
 }
 
+/// How long a well-formed sequence with these first two bytes is, as the Unicode Standard's table 3-7 has
+/// them; 0 if there is none.
+std::size_t lengthInTable(int first, int second) {
+    struct Row {
+        int first, last, secondFirst, secondLast;
+        std::size_t length;
+    };
+    constexpr Row kRows[] = {{0xC2, 0xDF, 0x80, 0xBF, 2}, {0xE0, 0xE0, 0xA0, 0xBF, 3},
+                             {0xE1, 0xEC, 0x80, 0xBF, 3}, {0xED, 0xED, 0x80, 0x9F, 3},
+                             {0xEE, 0xEF, 0x80, 0xBF, 3}, {0xF0, 0xF0, 0x90, 0xBF, 4},
+                             {0xF1, 0xF3, 0x80, 0xBF, 4}, {0xF4, 0xF4, 0x80, 0x8F, 4}};
+    for (const Row& row : kRows) {
+        if (first >= row.first && first <= row.last && second >= row.secondFirst &&
+            second <= row.secondLast) {
+            return row.length;
+        }
+    }
+    return 0;
+}
+
+TEST(UTF8, FindsExactlyTheWellFormedSequences) {
+    const std::string thirds = "\x7F\x80\xBF\xC0";
+    for (int first = 0x80; first < 0x100; ++first) {
+        for (int second = 0; second < 0x100; ++second) {
+            for (const char third : thirds) {
+                const std::string text{static_cast<char>(first), static_cast<char>(second), third, '\x80'};
+                const std::size_t length = lengthInTable(first, second);
+                const bool isThirdRight = length < 3 || third == '\x80' || third == '\xBF';
+                ASSERT_EQ(Base::firstUTF8Character(text).bytes, isThirdRight ? length : 0)
+                    << testing::PrintToString(text);
+            }
+        }
+    }
+}
+
+TEST(UTF8, ReadsTheValueOfACharacter) {
+    for (const char32_t value :
+         {0x7FU, 0x80U, 0x7FFU, 0x800U, 0xD7FFU, 0xE000U, 0xFFFFU, 0x10000U, 0x10FFFFU}) {
+        std::string text;
+        Base::appendUTF8(text, value);
+        EXPECT_EQ(Base::firstUTF8Character(text).value, value);
+    }
+}
+
 TEST(UTF8, WritesCharactersOfEveryLength) {
     std::string text;
     for (const char32_t value : {0x0U, 0x7FU, 0x80U, 0x7FFU, 0x800U, 0xFFFFU, 0x10000U, 0x10FFFFU}) {
