@@ -279,16 +279,20 @@ safe_job() {
     safe_target "$1" "gui/$job_user/"
 }
 
-# remove FLAGS PATH: from within its folder. Somebody may have put a link on the way there since the look; the folder that has been entered
-# stays the same, and the kernel knows its path (the shell's own pwd only remembers one), in the case that the disk has.
+lower_case() {
+    tr '[:upper:]' '[:lower:]'
+}
+
+# remove FLAGS PATH: from within its folder. Somebody may have put a link on the way there since the look. The folder that has been
+# entered stays the same, and the kernel knows its path, in the case that the disk has; the shell's own pwd only remembers one.
 remove() {
     remove_folder=$(dirname "$2")
     [ -e "$remove_folder" ] || [ -L "$remove_folder" ] || return 0
-    (cd -P "$remove_folder" && [ "$(/bin/pwd -P | lower_case)" = "$(echo "$remove_folder" | lower_case)" ] && rm "$1" "./$(basename "$2")")
-}
-
-lower_case() {
-    tr '[:upper:]' '[:lower:]'
+    (
+        cd -P "$remove_folder" &&
+            [ "$(/bin/pwd -P | lower_case)" = "$(printf '%s\n' "$remove_folder" | lower_case)" ] &&
+            rm "$1" "./$(basename "$2")"
+    )
 }
 
 # take_away KIND TARGET: one leftover. Fails when it is not one of the product's, or does not go.
