@@ -1,8 +1,6 @@
 #include "support/BackgroundProgram.h"
 
-#include <chrono>
 #include <csignal>
-#include <thread>
 
 #include <fcntl.h>
 #include <spawn.h>
@@ -12,8 +10,6 @@
 namespace TestSupport {
 
 namespace {
-
-using namespace std::chrono_literals;
 
 /// Starts `command` in a new process group, its output in `outputFile`. Returns -1 if it cannot be started.
 pid_t start(const std::vector<std::string>& command, const std::string& outputFile) {
@@ -44,12 +40,8 @@ pid_t start(const std::vector<std::string>& command, const std::string& outputFi
 void endGroup(pid_t leader) {
     if (leader > 0) {
         ::kill(-leader, SIGTERM);
-        const auto deadline = std::chrono::steady_clock::now() + kPatience;
-        while (std::chrono::steady_clock::now() < deadline) {
-            if (::waitpid(leader, nullptr, WNOHANG) != 0) {
-                return;
-            }
-            std::this_thread::sleep_for(100ms);
+        if (comesTrue([leader] { return ::waitpid(leader, nullptr, WNOHANG) != 0; })) {
+            return;
         }
         ::kill(-leader, SIGKILL);
         ::waitpid(leader, nullptr, 0);
@@ -68,17 +60,15 @@ BackgroundProgram::~BackgroundProgram() {
 }
 
 int BackgroundProgram::wait(std::chrono::seconds limit) {
-    const auto deadline = std::chrono::steady_clock::now() + limit;
-    while (status_ == -1 && pid_ > 0) {
-        int status = 0;
-        if (::waitpid(pid_, &status, WNOHANG) == pid_) {
-            status_ = WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
-        } else if (std::chrono::steady_clock::now() >= deadline) {
-            break;
-        } else {
-            std::this_thread::sleep_for(20ms);
-        }
-    }
+    static_cast<void>(comesTrue(
+        [this] {
+            int status = 0;
+            if (status_ == -1 && pid_ > 0 && ::waitpid(pid_, &status, WNOHANG) == pid_) {
+                status_ = WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
+            }
+            return status_ != -1 || pid_ <= 0;
+        },
+        limit));
     return status_;
 }
 

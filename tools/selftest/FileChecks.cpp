@@ -14,14 +14,6 @@ namespace Selftest {
 
 namespace {
 
-Platform::FileManager& files() {
-    return Platform::SystemPorts::current().files;
-}
-
-std::string textOf(const std::optional<Platform::Error>& error) {
-    return error ? "\"" + error->description + "\" " + std::to_string(error->code) : "no error";
-}
-
 Outcome checkTree() {
     const Folder folder;
     folder.makeFolder("tree");

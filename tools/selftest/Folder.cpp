@@ -58,4 +58,12 @@ std::string Folder::contentsOf(std::string_view name) const {
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
+Platform::FileManager& files() {
+    return Platform::SystemPorts::current().files;
+}
+
+std::string textOf(const std::optional<Platform::Error>& error) {
+    return error ? "\"" + error->description + "\" " + std::to_string(error->code) : "no error";
+}
+
 }  // namespace Selftest

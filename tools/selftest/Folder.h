@@ -1,9 +1,12 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
 #include "Base/URL.h"
+#include "Platform/Error.h"
+#include "Platform/FileManager.h"
 
 namespace Selftest {
 
@@ -29,5 +32,10 @@ class Folder {
   private:
     std::string path_;
 };
+
+/// The program's file operations, which are being asked about.
+[[nodiscard]] Platform::FileManager& files();
+/// "\"DESCRIPTION\" CODE", or "no error".
+[[nodiscard]] std::string textOf(const std::optional<Platform::Error>& error);
 
 }  // namespace Selftest

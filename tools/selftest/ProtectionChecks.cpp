@@ -17,14 +17,6 @@ namespace Selftest {
 
 namespace {
 
-Platform::FileManager& files() {
-    return Platform::SystemPorts::current().files;
-}
-
-std::string textOf(const std::optional<Platform::Error>& error) {
-    return error ? "\"" + error->description + "\" " + std::to_string(error->code) : "no error";
-}
-
 /// A list with one entry that denies this user `right`.
 bool deny(const std::string& path, acl_perm_t right) {
     acl_t list = ::acl_init(1);

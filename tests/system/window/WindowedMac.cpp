@@ -160,15 +160,14 @@ Interface WindowedMac::now() const {
 
 std::optional<Interface> WindowedMac::waitFor(const std::function<bool(const Interface&)>& condition,
                                               std::chrono::seconds limit) const {
-    const auto deadline = std::chrono::steady_clock::now() + limit;
-    do {
-        Interface shown = now();
-        if (condition(shown)) {
-            return shown;
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    } while (std::chrono::steady_clock::now() < deadline);
-    return std::nullopt;
+    Interface shown;
+    const bool isSeen = TestSupport::comesTrue(
+        [&] {
+            shown = now();
+            return condition(shown);
+        },
+        limit);
+    return isSeen ? std::optional(shown) : std::nullopt;
 }
 
 bool WindowedMac::pressUninstall() const {

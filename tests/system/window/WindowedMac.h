@@ -64,7 +64,8 @@ class WindowedMac {
 
     /// Starts the uninstaller; in a Mac without the product, a downloaded copy.
     void start();
-    /// Waits until the interface is such that `condition` holds, at most so long. The last interface seen.
+    /// Waits until the interface is such that `condition` holds, and returns it; nothing if it does not
+    /// within `limit`.
     [[nodiscard]] std::optional<Interface> waitFor(const std::function<bool(const Interface&)>& condition,
                                                    std::chrono::seconds limit = TestSupport::kPatience) const;
     /// The current contents of the window.
