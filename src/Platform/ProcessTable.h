@@ -23,8 +23,9 @@ class ProcessTable {
     /// The effective user id. Returns more than 0 on success and sets `user`; otherwise does not touch it.
     virtual int effectiveUser(std::int32_t pid, std::uint32_t& user) = 0;
 
-    /// The process's own name, whole, as UTF-8 without a terminator. Returns the number of bytes written to
-    /// `name`, 0 if the process has no name or is gone.
+    /// The process's own name as UTF-8 without a terminator. Returns the number of bytes written to `name`, 0
+    /// if the process has no name or is gone. A Mac's kernel keeps 31 bytes of it: a longer name comes
+    /// without its end, and without a character that was cut in two.
     virtual int name(std::int32_t pid, std::span<char> name) = 0;
 
     /// The absolute path of the executable, like `name`. 0 for a process that has none or whose path cannot

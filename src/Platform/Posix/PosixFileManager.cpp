@@ -76,6 +76,8 @@ std::optional<bool> PosixFileManager::hasVisibleEntries(const Base::URL& directo
     FolderEntry entry;
     int result = 0;
     while ((result = listing.next(entry)) > 0) {
+        // The dot alone hides an entry here. Foundation's option to pass over hidden files also passes over
+        // those that a flag hides in the Finder (UF_HIDDEN); a folder that holds such a file is kept.
         if (entry.name[0] != '.') {
             return true;
         }
