@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "Uninstaller/AppKit/Guard.h"
+#include "Uninstaller/AppKit/System.h"
 #include "Uninstaller/AppKit/Texts.h"
 #import "Uninstaller/AppKit/UninstallerInterface.h"
 
@@ -40,7 +41,7 @@ namespace {
 
 /// Work that follows on this thread may wait for the user elsewhere: by then the window shows the change.
 void showNow(NSView* view) {
-    [[view window] displayIfNeeded];
+    SNTShowChanges([view window]);
 }
 
 class TextFieldOutlet : public TextField {

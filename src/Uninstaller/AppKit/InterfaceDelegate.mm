@@ -38,6 +38,13 @@ using Uninstall_Sentrel::ApplicationProgram;
     return [self program]->applicationShouldTerminate() ? NSTerminateNow : NSTerminateCancel;
 }
 
+// macOS 12 and later warn when this is not answered. The program keeps no state of its window, so there is
+// none that a stranger's archive could bring.
+- (BOOL)applicationSupportsSecureRestorableState:(NSApplication*)application {
+    (void)application;
+    return YES;
+}
+
 - (BOOL)windowShouldClose:(id)sender {
     (void)sender;
     return [self program]->windowShouldClose() ? YES : NO;

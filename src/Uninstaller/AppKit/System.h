@@ -20,6 +20,10 @@ void SNTRunApplication(int argc, char* argv[]);
 /// Has the main menu shown in this system's place for it, once the window stands.
 void SNTShowMainMenu(NSMenu* menu);
 
+/// Brings to the screen what has changed in `window`, which may be nil, before this thread waits for
+/// something.
+void SNTShowChanges(NSWindow* window);
+
 /// The frame that puts the visible part of `view` (without shadows and other borders) at `visible`.
 NSRect SNTFrameForVisibleRect(NSView* view, NSRect visible);
 

@@ -1,6 +1,7 @@
 #import "Uninstaller/AppKit/System.h"
 
 #import <CoreGraphics/CoreGraphics.h>
+#import <QuartzCore/CATransaction.h>
 
 BOOL SNTDisplayIsAvailable(NSString** reason) {
     // Null in a process without a graphical session, such as one of a remote login.
@@ -23,6 +24,13 @@ void SNTRunApplication(int argc, char* argv[]) {
 
 void SNTShowMainMenu(NSMenu* menu) {
     [NSApp setMainMenu:menu];
+}
+
+void SNTShowChanges(NSWindow* window) {
+    [window displayIfNeeded];
+    // Views draw into layers, from macOS 10.14 on always. What they drew leaves the process at the end of the
+    // main loop's turn only, which a thread that waits does not reach.
+    [CATransaction flush];
 }
 
 NSRect SNTFrameForVisibleRect(NSView* view, NSRect visible) {

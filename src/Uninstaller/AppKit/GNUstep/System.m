@@ -98,6 +98,10 @@ void SNTShowMainMenu(NSMenu* menu) {
     [NSApp setMainMenu:menu];
 }
 
+void SNTShowChanges(NSWindow* window) {
+    [window displayIfNeeded];
+}
+
 NSRect SNTFrameForVisibleRect(NSView* view, NSRect visible) {
     (void)view;
     return visible;
