@@ -43,12 +43,6 @@ class Session final : public Platform::SFAuthorization {
             reference_.emplace(reference);
         }
     }
-    Session(const Session&) = delete;
-    Session& operator=(const Session&) = delete;
-    ~Session() override {
-        const Pool pool;
-        session_ = {};
-    }
 
     bool obtainWithRights(const std::vector<Platform::AuthorizationItem>& rights, std::uint32_t flags,
                           const std::vector<Platform::AuthorizationItem>& environment) override {

@@ -38,12 +38,6 @@ class FoundationBundle final : public Bundle {
   public:
     FoundationBundle(Base::URL url, bool isMain)
         : url_(std::move(url)), isMain_(isMain), info_(readInfo(url_)) {}
-    FoundationBundle(const FoundationBundle&) = delete;
-    FoundationBundle& operator=(const FoundationBundle&) = delete;
-    ~FoundationBundle() override {
-        const Pool pool;
-        info_ = {};
-    }
 
     Base::URL url() const override { return url_; }
 

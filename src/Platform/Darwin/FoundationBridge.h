@@ -25,7 +25,8 @@ class Pool {
     NSAutoreleasePool* pool_;
 };
 
-/// Owns one count of an Objective-C object; nil stands for none.
+/// Owns one count of an Objective-C object; nil stands for none. May go on any thread: the last release runs
+/// code of the object, which may leave something to a pool.
 template <class Object>
 class Retained {
   public:
@@ -39,7 +40,12 @@ class Retained {
         std::swap(object_, other.object_);
         return *this;
     }
-    ~Retained() { [object_ release]; }
+    ~Retained() {
+        if (object_ != nil) {
+            const Pool pool;
+            [object_ release];
+        }
+    }
 
     [[nodiscard]] Object get() const { return object_; }
     /// Gives the count to the caller. For an object whose release may raise: out of the destructor here that

@@ -12,6 +12,7 @@
 #include <thread>
 #include <vector>
 
+#include "Litter.h"
 #include "Platform/Darwin/FoundationBridge.h"
 #include "Platform/Darwin/XPC/DarwinXPCListener.h"
 #import "Platform/Darwin/XPC/PeerIdentity.h"
@@ -64,6 +65,7 @@ std::atomic<int> openTransactions = 0;
 }
 
 - (void)resume {
+    Litter::leave();
     ++visit->connectionsResumed;
 }
 
@@ -130,6 +132,7 @@ void comeAndGo(id delegate) {
 }
 
 - (void)resume {
+    Litter::leave();
     if (++visit->resumed == 1) {
         visit->peer = std::thread(comeAndGo, delegate_);
         // The system's queue does not wait for the thread that resumes: the peer knocks before that serves.
@@ -140,6 +143,7 @@ void comeAndGo(id delegate) {
 }
 
 - (void)suspend {
+    Litter::leave();
     ++visit->suspended;
 }
 

@@ -49,4 +49,10 @@ class Connection {
     void* double_;
 };
 
+/// A client's connection over a double of the system's.
+[[nodiscard]] std::shared_ptr<Platform::XPCConnection> makeClient();
+
+/// A reply over a block that leaves something behind when it is called and when it goes.
+[[nodiscard]] Platform::XPCReply makeReply();
+
 }  // namespace SystemDoubles

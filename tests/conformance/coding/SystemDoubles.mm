@@ -7,9 +7,12 @@
 #include <algorithm>
 #include <utility>
 
+#include "Litter.h"
 #include "Platform/Darwin/FoundationBridge.h"
+#include "Platform/Darwin/XPC/DarwinXPC.h"
 #include "Platform/Darwin/XPC/DarwinXPCConnection.h"
 #import "Platform/Darwin/XPC/ProtocolBridge.h"
+#import "Platform/Darwin/XPC/Protocols.h"
 
 using Platform::Darwin::Pool;
 using SystemDoubles::InterfaceRecord;
@@ -63,6 +66,25 @@ using SystemDoubles::InterfaceRecord;
 
 @end
 
+/// What a proxy of the system's leaves behind.
+@interface ProxyDouble : NSObject <NVKSupportPrivilegedHelper>
+@end
+
+@implementation ProxyDouble
+
+- (void)installSwiftSupportPackage:(NSURL*)package completion:(void (^)(NSError*))completion {
+    (void)package;
+    Litter::leave();
+    completion(nil);
+}
+
+- (void)dealloc {
+    Litter::leave();
+    [super dealloc];
+}
+
+@end
+
 @interface ConnectionDouble : NSObject {
   @public
     void (^invalidationHandler)(void);
@@ -84,14 +106,42 @@ using SystemDoubles::InterfaceRecord;
 }
 
 - (void)resume {
+    Litter::leave();
     ++resumed;
 }
 
 - (void)invalidate {
+    Litter::leave();
     ++invalidated;
 }
 
+- (id)remoteObjectProxy {
+    Litter::leave();
+    return [[[ProxyDouble alloc] init] autorelease];
+}
+
+- (id)synchronousRemoteObjectProxyWithErrorHandler:(void (^)(NSError*))handler {
+    (void)handler;
+    return [self remoteObjectProxy];
+}
+
+- (void)setRemoteObjectInterface:(NSXPCInterface*)interface {
+    (void)interface;
+    Litter::leave();
+}
+
+- (void)setExportedInterface:(NSXPCInterface*)interface {
+    (void)interface;
+    Litter::leave();
+}
+
+- (void)setExportedObject:(id)object {
+    (void)object;
+    Litter::leave();
+}
+
 - (void)dealloc {
+    Litter::leave();
     Block_release(invalidationHandler);
     Block_release(interruptionHandler);
     [super dealloc];
@@ -115,6 +165,12 @@ ConnectionDouble* doubleOf(void* pointer) {
     return static_cast<ConnectionDouble*>(pointer);
 }
 
+/// In the place of the initializer of the system's connection.
+id makeConnectionDouble(id connection, SEL /*selector*/, NSString* /*name*/, NSUInteger /*options*/) {
+    [connection release];
+    return [ConnectionDouble new];
+}
+
 }  // namespace
 
 InterfaceRecord recordOf(const Platform::XPCInterface& interface) {
@@ -129,8 +185,8 @@ Connection::Connection(std::shared_ptr<void> inUse) : double_([ConnectionDouble 
 }
 
 Connection::~Connection() {
-    const Pool pool;
     port.reset();
+    const Pool pool;
     [doubleOf(double_) release];
 }
 
@@ -148,6 +204,24 @@ int Connection::resumed() const {
 
 int Connection::invalidated() const {
     return doubleOf(double_)->invalidated;
+}
+
+std::shared_ptr<Platform::XPCConnection> makeClient() {
+    const SEL selector = @selector(initWithMachServiceName:options:);
+    class_replaceMethod([NSXPCConnection class], selector, reinterpret_cast<IMP>(makeConnectionDouble),
+                        "@@:@Q");
+    return Platform::Darwin::DarwinXPC().makeConnection("com.norvik.InstallerHelper", 0);
+}
+
+Platform::XPCReply makeReply() {
+    const Pool pool;
+    const Platform::Darwin::Retained<id> kept = Platform::Darwin::Retained<id>::adopt([ProxyDouble new]);
+    const id held = kept.get();
+    return Platform::Darwin::replyOf(^(NSError* error) {
+      (void)error;
+      (void)held;
+      Litter::leave();
+    });
 }
 
 }  // namespace SystemDoubles

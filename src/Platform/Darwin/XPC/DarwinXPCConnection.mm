@@ -24,6 +24,7 @@ DarwinXPCConnection::~DarwinXPCConnection() {
     // The system wants a connection invalidated before it goes, and resumed before it is invalidated. A
     // listener's that was not accepted is invalidated by the system.
     if (!isResumed_ && !isListeners_) {
+        const Pool pool;
         [connection_.get() resume];
         [connection_.get() invalidate];
     }

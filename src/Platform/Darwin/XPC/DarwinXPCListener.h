@@ -29,6 +29,8 @@ class DarwinXPCListener final : public XPCListener {
     void stop() override { door_->stop(); }
 
   private:
+    void resumeListener();
+    void suspendListener();
     [[nodiscard]] bool admit(NSXPCConnection* connection, const Accept& accept, const Refused& refused);
 
     std::vector<std::string> clientRequirements_;

@@ -53,15 +53,25 @@ std::shared_ptr<void> DarwinXPCListener::transaction() {
             }};
 }
 
+void DarwinXPCListener::resumeListener() {
+    const Pool pool;
+    [listener_ resume];
+}
+
+void DarwinXPCListener::suspendListener() {
+    const Pool pool;
+    [listener_ suspend];
+}
+
 void DarwinXPCListener::run(const Accept& accept, const Refused& refused, std::uint32_t idleSeconds) {
     const auto admitOne = [&](void* connection) {
         return admit(static_cast<NSXPCConnection*>(connection), accept, refused);
     };
     do {
         door_->open();
-        [listener_ resume];
+        resumeListener();
         door_->serve(admitOne, std::chrono::seconds(idleSeconds));
-        [listener_ suspend];
+        suspendListener();
     } while (!door_->shut());
 }
 

@@ -160,8 +160,10 @@ const XPCMethod& methodOrDie(const XPCInterface& interface, std::string_view sel
 
 XPCReply replyOf(void (^completion)(NSError* error)) {
     // Released with the last copy of the function object that holds it.
-    const std::shared_ptr<void> block(reinterpret_cast<void*>(Block_copy(completion)),
-                                      [](void* copied) { Block_release(copied); });
+    const std::shared_ptr<void> block(reinterpret_cast<void*>(Block_copy(completion)), [](void* copied) {
+        const Pool pool;
+        Block_release(copied);
+    });
     return [block](const std::optional<Error>& error) {
         const Pool pool;
         const auto call = reinterpret_cast<void (^)(NSError*)>(block.get());
