@@ -8,20 +8,21 @@
 #include <vector>
 
 #include "Base/Archive/Coder.h"
+#include "Platform/RuntimeCommand.h"
 
 namespace InstallCommon {
 
 /// One step of an installation or uninstallation. The owner of a list builds and sends it; the privileged
 /// helper decodes it and calls `execute` on each command in order.
-class Command : public Base::CodedObject {
+class Command : public Base::CodedObject, public Platform::RuntimeCommand {
   public:
     /// Shown to people as progress text while the command runs.
-    [[nodiscard]] virtual const std::string& commandDescription() const = 0;
+    [[nodiscard]] const std::string& commandDescription() const override = 0;
     /// The number of progress units that the command counts for.
-    [[nodiscard]] virtual std::int32_t weight() const = 0;
+    [[nodiscard]] std::int32_t weight() const override = 0;
     /// Performs the step, in the helper process, on the calling thread. Has no result: a failure is logged
     /// and the list goes on. A command holds no state that changes here; running it twice repeats the step.
-    virtual void execute() const = 0;
+    void execute() const override = 0;
 };
 
 using CommandList = std::vector<std::unique_ptr<Command>>;
@@ -41,7 +42,7 @@ class CommandConcrete : public Command {
 
     [[nodiscard]] const std::string& commandDescription() const override { return commandDescription_; }
     [[nodiscard]] std::int32_t weight() const override { return weight_; }
-    void setWeight(std::int32_t weight) { weight_ = weight; }
+    void setWeight(std::int32_t weight) override { weight_ = weight; }
     /// Must be overridden: here it ends the process.
     void execute() const override;
 

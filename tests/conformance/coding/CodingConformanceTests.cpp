@@ -76,6 +76,10 @@ TEST_P(SystemCoding, TheSystemsArchiveCarriesTheRuntimeName) {
     EXPECT_TRUE(holds(SystemArchives::archive(list()), GetParam().make()->codedClass().runtimeName));
 }
 
+TEST_P(SystemCoding, TheSystemsArchiveNamesNoOtherClassOfTheProgram) {
+    EXPECT_FALSE(holds(SystemArchives::archive(list()), "PlatformDarwinCarrier"));
+}
+
 INSTANTIATE_TEST_SUITE_P(Every, SystemCoding, testing::ValuesIn(samples()),
                          [](const auto& info) { return info.param.name; });
 
@@ -102,7 +106,8 @@ TEST(SystemCodingOfCommands, DoesNotCarryTheWeight) {
 
 TEST(CarrierClass, HasTheRuntimeNameAndTheSuperclassOfEachAllowedClass) {
     for (const Base::CodedClass* coded : allowedCommandListClasses().objects) {
-        const std::string superclass(coded->superclass != nullptr ? coded->superclass->runtimeName : "");
+        const std::string superclass(coded->superclass != nullptr ? coded->superclass->runtimeName
+                                                                  : "NSObject");
         EXPECT_EQ(SystemArchives::runtimeClass(*coded),
                   (SystemArchives::RuntimeClass{std::string(coded->runtimeName), superclass, true, true}))
             << coded->runtimeName;
@@ -120,6 +125,26 @@ TEST(CarrierClass, OfAnotherOriginEndsTheProcess) {
     static constexpr Base::CodedClass kTaken{"NSString", nullptr, nullptr};
     EXPECT_DEATH(static_cast<void>(SystemArchives::runtimeClass(kTaken)),
                  "The class NSString exists already");
+}
+
+class CountingCommand final : public InstallCommon::CommandConcrete {
+  public:
+    explicit CountingCommand(int& executions) : CommandConcrete("Counting..."), executions_(executions) {}
+    [[nodiscard]] const Base::CodedClass& codedClass() const override {
+        static const Base::CodedClass kClass{"CountingCommand", &CommandConcrete::staticClass(), nullptr};
+        return kClass;
+    }
+    void execute() const override { ++executions_; }
+
+  private:
+    int& executions_;
+};
+
+TEST(ExportedCommand, CanBeAskedForDescriptionAndWeightAndExecuted) {
+    int executions = 0;
+    EXPECT_EQ(SystemArchives::exportedCommand(std::make_unique<CountingCommand>(executions), 5),
+              (SystemArchives::ExportedCommand{true, "Counting...", 1, 5}));
+    EXPECT_EQ(executions, 1);
 }
 
 TEST(CarrierOnLoan, IsOfNoUseAfterwards) {

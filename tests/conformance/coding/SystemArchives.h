@@ -37,15 +37,27 @@ enum class FailurePolicy : std::uint8_t { raises, keepsError };
 
 /// What the Objective-C runtime knows of the class made for `coded`.
 struct RuntimeClass {
+    /// The runtime name, if the runtime finds the class by it; else what the runtime calls the class.
     std::string name;
-    /// Empty if the superclass is not a coded class.
-    std::string codedSuperclass;
+    /// The same of the superclass.
+    std::string superclass;
     /// Answered, and by the class itself.
     bool statesSecureCoding;
     bool conformsToSecureCoding;
     friend bool operator==(const RuntimeClass&, const RuntimeClass&) = default;
 };
 [[nodiscard]] RuntimeClass runtimeClass(const Base::CodedClass& coded);
+
+/// What the runtime is told by a carrier that owns `command`: as an object of the exported protocol, whose
+/// weight it sets to `weight`, and which it has execute.
+struct ExportedCommand {
+    bool conforms;
+    std::string description;
+    int weightBefore;
+    int weightAfter;
+    friend bool operator==(const ExportedCommand&, const ExportedCommand&) = default;
+};
+[[nodiscard]] ExportedCommand exportedCommand(std::unique_ptr<Base::CodedObject> command, int weight);
 
 /// Encodes a carrier after its loan has ended; does not return.
 void encodeAfterLoan(const Base::CodedObject& object);

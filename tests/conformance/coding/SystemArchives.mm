@@ -7,9 +7,15 @@
 
 #import "Platform/Darwin/Coding/Carrier.h"
 #import "Platform/Darwin/Coding/CarrierClasses.h"
+#import "Platform/Darwin/Coding/CommandExport.h"
 #import "Platform/Darwin/Coding/SystemCoder.h"
 #include "Platform/Darwin/FoundationBridge.h"
 #import "TestCoders.h"
+
+/// What the base of the commands takes apart from what the protocol has.
+@protocol CommandWithWeight <_TtP13InstallCommon7Command_>
+- (void)setWeight:(int)weight;
+@end
 
 namespace SystemArchives {
 
@@ -44,6 +50,14 @@ std::optional<Base::CodedObjectList> readWith(NSKeyedUnarchiver* unarchiver,
         return std::nullopt;
     }
     return Platform::Darwin::codedObjects(root, allowed, refusal);
+}
+
+/// Not by the name that the runtime tells: of a class that is named as Swift does, a Mac tells the other
+/// form.
+std::string nameOf(Class named) {
+    const Base::CodedClass* const coded = Platform::Darwin::codedClassOf(named);
+    const std::string name(coded != nullptr ? coded->runtimeName : class_getName(named));
+    return NSClassFromString(Platform::Darwin::foundationString(name)) == named ? name : class_getName(named);
 }
 
 }  // namespace
@@ -96,7 +110,6 @@ std::string faultOfFailedCoder() {
 RuntimeClass runtimeClass(const Base::CodedClass& coded) {
     const Pool pool;
     const Class carrier = Platform::Darwin::carrierClass(coded);
-    const Base::CodedClass* const superclass = Platform::Darwin::codedClassOf(class_getSuperclass(carrier));
     const SEL selector = @selector(supportsSecureCoding);
     bool isItsOwn = false;
     unsigned count = 0;
@@ -106,10 +119,21 @@ RuntimeClass runtimeClass(const Base::CodedClass& coded) {
     }
     free(methods);
     return {
-        class_getName(carrier), superclass != nullptr ? std::string(superclass->runtimeName) : std::string(),
-            isItsOwn && [carrier supportsSecureCoding],
+        nameOf(carrier), nameOf(class_getSuperclass(carrier)), isItsOwn && [carrier supportsSecureCoding],
             [carrier conformsToProtocol:@protocol(NSSecureCoding)] != NO
     };
+}
+
+ExportedCommand exportedCommand(std::unique_ptr<Base::CodedObject> command, int weight) {
+    const Pool pool;
+    const id carrier = Platform::Darwin::carrierOwning(std::move(command));
+    const id<CommandWithWeight> exported = carrier;
+    const bool conforms = [[carrier class] conformsToProtocol:@protocol(_TtP13InstallCommon7Command_)] != NO;
+    const int before = [exported weight];
+    [exported setWeight:weight];
+    const int after = [exported weight];
+    [exported execute];
+    return {conforms, Platform::Darwin::text([exported commandDescription]), before, after};
 }
 
 void encodeAfterLoan(const Base::CodedObject& object) {

@@ -15,6 +15,9 @@
 /// made when it is first asked for; its instances carry one C++ object each and code it through the C++ class
 /// itself. Nothing here knows any of them by name.
 ///
+/// No such class derives from this one, which is the model of their fields and methods: an archive names
+/// every class that an object's class derives from, and that is NSObject next to the coded ones.
+///
 /// Names. The class has the coded class's runtime name. The system's runtime reads a name of the form
 /// "_TtC<length><module><length><class>" as "<module>.<class>" and hands that out (class_getName,
 /// NSStringFromClass), and it finds the class under either form; so an archive that names the class in either

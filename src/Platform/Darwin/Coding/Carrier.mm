@@ -144,7 +144,7 @@ Loan::~Loan() {
 }
 
 const Base::CodedObject* carriedObject(id value) {
-    return [value isKindOfClass:[PlatformDarwinCarrier class]] ? [value carriedObject] : nullptr;
+    return codedClassOf([value class]) != nullptr ? [value carriedObject] : nullptr;
 }
 
 std::unique_ptr<Base::CodedObject> copyOf(const Base::CodedObject& object, std::string& refusal) {

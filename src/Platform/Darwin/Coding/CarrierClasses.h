@@ -13,6 +13,9 @@ namespace Platform::Darwin {
 /// The coded class that `carrier` was made for; null when it is another class.
 [[nodiscard]] const Base::CodedClass* codedClassOf(Class carrier);
 
+/// Gives `carrier`, which is not registered yet, the instance methods of `model`.
+void addMethods(Class carrier, Class model);
+
 /// All coded classes that have an Objective-C class by now.
 [[nodiscard]] std::vector<const Base::CodedClass*> registeredClasses();
 

@@ -3,7 +3,9 @@
 #import <Foundation/Foundation.h>
 
 /// The protocols of the helpers as the Objective-C runtime and NSXPCInterface see them. Their selectors are
-/// what travels; the C++ interfaces that stand for them are said beside each.
+/// what travels; the C++ interfaces that stand for them are said beside each. The types travel too, and the
+/// two ends may run for different processors: so there is no BOOL here, which is a char on Intel and a bool
+/// on Apple silicon.
 
 /// What the client of a command list offers to the helper (InstallCommon::CommandExecutingDelegate).
 @protocol CommandExecutingDelegate
