@@ -5,8 +5,10 @@
 
 #include <cstring>
 #include <set>
+#include <utility>
 
 #include "Check.h"
+#include "InstallCommon/Command.h"
 #include "InstallCommon/XPC/InstallationXPCUtils.h"
 #import "Platform/Darwin/Coding/Carrier.h"
 #include "Platform/Darwin/FoundationBridge.h"
@@ -93,6 +95,26 @@ Outcome checkSecureCoding() {
     return passed();
 }
 
+/// What the runtime can ask a command for, whose base exports it.
+Outcome checkExportedCommands() {
+    const Class base = carrierClass(InstallCommon::CommandConcrete::staticClass());
+    Protocol* const protocol = NSProtocolFromString(@"_TtP13InstallCommon7Command_");
+    if (protocol == nil || ![base conformsToProtocol:protocol]) {
+        return failed("the base of the commands does not conform to InstallCommon.Command");
+    }
+    const std::pair<const char*, const char*> methods[] = {{"commandDescription", "@16@0:8"},
+                                                           {"weight", "i16@0:8"},
+                                                           {"setWeight:", "v20@0:8i16"},
+                                                           {"execute", "v16@0:8"}};
+    for (const auto& [selector, types] : methods) {
+        const Method method = class_getInstanceMethod(base, sel_registerName(selector));
+        if (method == nullptr || std::strcmp(method_getTypeEncoding(method), types) != 0) {
+            return failed(std::string(selector) + " is not there, or of other types than " + types);
+        }
+    }
+    return passed();
+}
+
 /// What NSXPCInterface reads of a protocol's method: the types with the names of classes and the shape of
 /// blocks. The runtime's own operation, in no public header.
 using MethodTypes = const char* (*)(Protocol*, SEL, BOOL isRequired, BOOL isInstance);
@@ -110,6 +132,7 @@ Outcome checkProtocols() {
     }
     MethodTypes typesOf = nullptr;
     std::memcpy(&typesOf, &symbol, sizeof typesOf);
+    // The same for every processor: BOOL, which is another type on Apple silicon, is in none of them.
     const ExpectedTypes all[] = {
         {@protocol(CommandExecuting), @selector(executeWithCommands:delegate:),
          "v32@0:8@\"NSArray\"16@\"<CommandExecutingDelegate>\"24"},
@@ -133,6 +156,7 @@ Checks runtimeChecks() {
     return {{"runtime.names", checkRuntimeNames},
             {"runtime.second-names", checkSecondNames},
             {"runtime.secure-coding", checkSecureCoding},
+            {"runtime.exported-commands", checkExportedCommands},
             {"runtime.protocol-types", checkProtocols}};
 }
 
