@@ -20,6 +20,6 @@ if(CMAKE_CROSSCOMPILING)
 endif()
 
 add_subdirectory(support)
-foreach(room IN ITEMS unit/base unit/product unit/helpers macos)
+foreach(room IN ITEMS unit macos)
     add_subdirectory(${room})
 endforeach()

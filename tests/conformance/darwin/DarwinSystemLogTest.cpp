@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include "Scratch.h"
+#include "support/Scratch.h"
 
 namespace PlatformTests {
 namespace {

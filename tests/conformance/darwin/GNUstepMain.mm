@@ -8,7 +8,7 @@
 
 #include <cstdlib>
 
-#include "Scratch.h"
+#include "support/Scratch.h"
 
 namespace {
 

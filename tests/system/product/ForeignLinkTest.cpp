@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "ProductMac.h"
+#include "support/ProductMac.h"
 
 namespace {
 

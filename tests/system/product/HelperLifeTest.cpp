@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "ProductMac.h"
+#include "support/ProductMac.h"
 
 namespace {
 

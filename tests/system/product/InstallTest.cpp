@@ -9,7 +9,7 @@
 #include <sstream>
 #include <string_view>
 
-#include "ProductMac.h"
+#include "support/ProductMac.h"
 
 namespace {
 

@@ -12,7 +12,7 @@
 #include <unistd.h>
 
 #include "MacInventory.h"
-#include "ProductMac.h"
+#include "support/ProductMac.h"
 #include "support/ProductPlaces.h"
 
 namespace {

@@ -6,7 +6,7 @@
 #include <filesystem>
 #include <fstream>
 
-#include "ProductMac.h"
+#include "support/ProductMac.h"
 
 namespace {
 

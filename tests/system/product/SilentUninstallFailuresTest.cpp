@@ -9,7 +9,7 @@
 #include <iterator>
 #include <regex>
 
-#include "ProductMac.h"
+#include "support/ProductMac.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "ProductMac.h"
+#include "support/ProductMac.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "ProductMac.h"
+#include "support/ProductMac.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 
 #include <filesystem>
 
-#include "ProductMac.h"
+#include "support/ProductMac.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include <regex>
 
 #include "MacInventory.h"
-#include "ProductMac.h"
+#include "support/ProductMac.h"
 #include "support/UninstallationByHand.h"
 
 namespace {

@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "support/BackgroundProgram.h"
+#include "support/ProductMac.h"
 #include "support/VirtualDisplay.h"
-#include "system/product/ProductMac.h"
 
 namespace SystemTests {
 
