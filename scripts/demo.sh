@@ -22,7 +22,7 @@ done
 
 # The window, and the tests that look at it, need more than the rest.
 preset=demo
-[ "$window" = no ] || preset=release
+[ "$window" = no ] || preset="test"
 ./scripts/build.sh "$preset"
 bin="$PWD/build/$preset/bin"
 uninstaller="/Applications/Sentrel.app/Contents/Applications/Uninstall Sentrel.app/Contents/MacOS/Uninstall Sentrel"
@@ -30,7 +30,7 @@ uninstaller="/Applications/Sentrel.app/Contents/Applications/Uninstall Sentrel.a
 if [ "$window" = yes ] && [ -z "${DISPLAY:-}" ]; then
     echo "There is no display (DISPLAY is not set). Running the window unseen and writing screenshots instead..."
     rm -rf build/screenshots
-    if ! ctest --preset release --parallel "$(($(nproc) * 4))" --no-tests=error -R '^WindowedUninstallation' \
+    if ! ctest --preset test --parallel "$(($(nproc) * 4))" --no-tests=error -R '^WindowedUninstallation' \
         </dev/null >build/screenshots.log 2>&1; then
         tail -n 40 build/screenshots.log >&2
         echo "demo.sh: the window did not do what it should; everything that was seen is in build/screenshots.log" >&2

@@ -4,8 +4,8 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-./scripts/build.sh release
-ctest --preset release --no-tests=error -R '^WindowLayout$' </dev/null
+./scripts/build.sh test
+ctest --preset test --no-tests=error -R '^WindowLayout$' </dev/null
 mkdir -p docs/images
 cp build/languages/en-1-ready.png docs/images/window-ready.png
 cp build/languages/en-3-running.png docs/images/window-running.png

@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
-# test.sh [PRESET]: builds everything and runs all tests; the last lines are CTest's summary (default: release).
+# test.sh [PRESET]: builds everything and runs all tests; the last lines are CTest's summary (default: test, which compiles several
+# sources at a time).
 set -euo pipefail
 cd "$(dirname "$0")/.."
-preset="${1:-release}"
+preset="${1:-test}"
 
 ./scripts/build.sh "$preset"
 ./scripts/check-layers.sh

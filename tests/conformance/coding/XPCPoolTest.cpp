@@ -91,7 +91,7 @@ TEST(ForeignThread, LeavesNothingBehindOfAListener) {
               0);
 }
 
-CommandList commands() {
+CommandList shortList() {
     CommandList list;
     list.push_back(std::make_unique<KillProcessCommand>("Closing \xC3\xB6...", "process"));
     list.push_back(
@@ -100,7 +100,7 @@ CommandList commands() {
 }
 
 /// Reports each command and keeps none.
-class Executor final : public CommandExecuting {
+class ForgetfulExecutor final : public CommandExecuting {
   public:
     void executeWithCommands(CommandList list, std::shared_ptr<CommandExecutingDelegate> delegate) override {
         for (const std::unique_ptr<Command>& command : list) {
@@ -122,9 +122,10 @@ constexpr int kLists = 1000;
 
 TEST(ForeignThread, KeepsNoObjectOfAThousandLists) {
     const auto counter = std::make_shared<Counter>();
-    const BridgeLoop loop(exportedCommandExecuting(std::make_shared<Executor>(), [](const std::string&) {}),
-                          CreateCommandExecutingXPCInterface());
-    const auto send = [&] { commandExecutingProxy(loop.proxy())->executeWithCommands(commands(), counter); };
+    const BridgeLoop loop(
+        exportedCommandExecuting(std::make_shared<ForgetfulExecutor>(), [](const std::string&) {}),
+        CreateCommandExecutingXPCInterface());
+    const auto send = [&] { commandExecutingProxy(loop.proxy())->executeWithCommands(shortList(), counter); };
     onForeignThread([&] {
         // The first one makes what stays for the process's life.
         send();
@@ -140,7 +141,7 @@ TEST(ForeignThread, KeepsNoObjectOfAThousandLists) {
 TEST(ForeignThread, KeepsNoObjectOfAThousandArchives) {
     const auto travel = [] {
         Base::CodedObjectList list;
-        for (std::unique_ptr<Command>& command : commands()) {
+        for (std::unique_ptr<Command>& command : shortList()) {
             list.push_back(std::move(command));
         }
         std::string refusal;
