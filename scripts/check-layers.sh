@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Checks that dependencies point down only, that code for one system stays below src/Platform, and that the window toolkit stays
-# in its own folder.
+# Checks that dependencies point down only, that code for one system stays below src/Platform, that the window toolkit stays
+# in its own folder, and that the unit tests mirror the rooms.
 set -euo pipefail
 cd "$(dirname "$0")/../src"
 failures=0
@@ -67,5 +67,12 @@ forbid_elsewhere '#(include|import) (<(AppKit|Cocoa|X11|GNUstepGUI)/|"Uninstalle
 forbid_elsewhere '#(include|import) <(Foundation|CoreFoundation|Security|IOKit|ServiceManagement|xpc|dispatch|objc)/' \
     "A header of Apple's is named outside src/Platform/Darwin and src/Uninstaller/AppKit" ! -path './Platform/Darwin/*'
 forbid_elsewhere '' 'Objective-C outside src/Platform/Darwin and src/Uninstaller/AppKit' ! -path './Platform/Darwin/*' -name '*.m*'
+
+# A room's tests stand below tests/unit where the room stands below src/ or beside it; one ending tells a test's file.
+while IFS= read -r folder; do
+    [ -d "$folder" ] || [ -d "../$folder" ] || report 'A folder of unit tests is named after no room' "tests/unit/$folder"
+done < <(cd ../tests/unit && find . -mindepth 1 -type d ! -name random ! -name golden ! -name fixtures)
+found=$(find ../tests -name '*Tests.cpp' -o -name '*Tests.mm')
+[ -z "$found" ] || report 'A test is named ...Tests instead of ...Test' "$found"
 
 [ "$failures" -eq 0 ] || exit 1
