@@ -8,19 +8,19 @@ namespace {
 
 class FakeAlert final : public Uninstall_Sentrel::Alert {
   public:
-    FakeAlert(CallList& calls, std::string text) : calls_(calls), text_(std::move(text)) {}
-    void runModal() override { calls_.push_back(text_); }
+    FakeAlert(CallList& calls, Call shown) : calls_(calls), shown_(std::move(shown)) {}
+    void runModal() override { calls_.push_back(shown_); }
 
   private:
     CallList& calls_;
-    std::string text_;
+    Call shown_;
 };
 
 class FakeParentalControl final : public Uninstall_Sentrel::ParentalControlAuthorization {
   public:
     FakeParentalControl(CallList& calls, bool approves) : calls_(calls), approves_(approves) {}
     [[nodiscard]] bool parentalControlAuthorized() override {
-        calls_.emplace_back("parental control asked");
+        calls_.push_back({"parental control asked"});
         return approves_;
     }
 
@@ -39,11 +39,9 @@ void FakeButton::press() const {
 
 void FakeApplicationFramework::applicationMain(int argc, char* argv[],
                                                Uninstall_Sentrel::ApplicationProgram& program) {
-    std::string call = "main";
-    for (int i = 0; i < argc; ++i) {
-        call += std::string(" ") + argv[i];
-    }
-    calls_.push_back(call);
+    Call call("main");
+    call.operands.assign(argv, argv + argc);
+    calls_.push_back(std::move(call));
     if (session) {
         session(program);
     }
@@ -51,12 +49,12 @@ void FakeApplicationFramework::applicationMain(int argc, char* argv[],
 
 std::unique_ptr<Uninstall_Sentrel::ParentalControlAuthorization>
 FakeApplicationFramework::makeParentalControlAuthorization() {
-    calls_.emplace_back("parental control made");
+    calls_.push_back({"parental control made"});
     return std::make_unique<FakeParentalControl>(calls_, parentalControlApproves);
 }
 
 void FakeApplicationFramework::terminate() {
-    calls_.emplace_back("terminate");
+    calls_.push_back({"terminate"});
     if (!shouldTerminate || shouldTerminate()) {
         ++terminations;
     }
@@ -77,13 +75,11 @@ void FakeApplicationFramework::drainMainQueue() {
 
 std::unique_ptr<Uninstall_Sentrel::Alert> FakeApplicationFramework::alertWithButtonTitle(
     const std::string& buttonTitle, const std::string& messageText, const std::string& informativeText) {
-    std::string text = "alert [";
-    text += buttonTitle + "] [" + messageText + "] [" + informativeText + "]";
     if (!makesAlerts) {
-        calls_.push_back("no " + text);
+        calls_.push_back({"no alert", buttonTitle, messageText, informativeText});
         return nullptr;
     }
-    return std::make_unique<FakeAlert>(calls_, text);
+    return std::make_unique<FakeAlert>(calls_, Call("alert", buttonTitle, messageText, informativeText));
 }
 
 Uninstall_Sentrel::Outlets FakeApplicationFramework::outlets() const {

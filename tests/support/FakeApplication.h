@@ -75,9 +75,9 @@ class FakeApplicationFramework final : public Uninstall_Sentrel::ApplicationFram
     [[nodiscard]] std::unique_ptr<Uninstall_Sentrel::ParentalControlAuthorization>
     makeParentalControlAuthorization() override;
 
-    void activateIgnoringOtherApps() override { calls_.emplace_back("activate"); }
+    void activateIgnoringOtherApps() override { calls_.push_back({"activate"}); }
     void terminate() override;
-    void run() override { calls_.emplace_back("run"); }
+    void run() override { calls_.push_back({"run"}); }
     void performOnMainQueue(std::function<void()> block) override;
     [[nodiscard]] std::unique_ptr<Uninstall_Sentrel::Alert> alertWithButtonTitle(
         const std::string& buttonTitle, const std::string& messageText,

@@ -1,8 +1,9 @@
+#include "support/FakeFileManager.h"
+
 #include <cerrno>
 #include <cstring>
 #include <iterator>
-
-#include "support/FakeMac.h"
+#include <set>
 
 namespace TestSupport {
 
@@ -67,7 +68,7 @@ std::optional<Platform::Error> FakeFileManager::failure(const std::string& opera
 
 std::optional<Platform::Error> FakeFileManager::injected(const std::string& operation,
                                                          const std::string& path) {
-    calls_.push_back(operation + " " + path);
+    calls_.push_back({operation, path});
     return failure(operation, path);
 }
 
@@ -204,7 +205,7 @@ bool FakeFileManager::itemExists(const Base::URL& item) {
 }
 
 int FakeFileManager::setMode(const Base::URL& item, std::uint16_t mode) {
-    calls_.push_back("chmod " + item.path() + " " + std::to_string(mode));
+    calls_.push_back({"chmod", item.path(), mode});
     if (const auto error = failure("chmod", item.path())) {
         return error->code;
     }
@@ -230,7 +231,7 @@ int FakeFileManager::setOwner(const Base::URL& item, std::uint32_t owner, std::u
 void FakeFileManager::setOwnerOfContents(
     const Base::URL& directory, std::uint32_t owner, std::uint32_t group,
     const std::function<void(const Base::URL& item, int error)>& failed) {
-    calls_.push_back("chown contents of " + directory.path());
+    calls_.push_back({"chown contents of", directory.path()});
     for (auto& [path, node] : nodes) {
         if (!isBelow(path, directory.path())) {
             continue;

@@ -9,11 +9,11 @@ namespace {
 
 class FakeCopy final : public Platform::PrivateCopy {
   public:
-    FakeCopy(FakePrivateCopies::File file, std::string path, std::vector<std::string>& calls)
+    FakeCopy(FakePrivateCopies::File file, std::string path, CallList& calls)
         : file_(std::move(file)), path_(std::move(path)), calls_(calls) {}
     FakeCopy(const FakeCopy&) = delete;
     FakeCopy& operator=(const FakeCopy&) = delete;
-    ~FakeCopy() override { calls_.push_back("remove private copy " + path_); }
+    ~FakeCopy() override { calls_.push_back({"remove private copy", path_}); }
 
     [[nodiscard]] std::uint64_t size() const override { return file_.size; }
     [[nodiscard]] const std::string& sha256() const override { return file_.sha256; }
@@ -21,7 +21,7 @@ class FakeCopy final : public Platform::PrivateCopy {
   private:
     FakePrivateCopies::File file_;
     std::string path_;
-    std::vector<std::string>& calls_;
+    CallList& calls_;
 };
 
 }  // namespace
@@ -30,7 +30,7 @@ std::unique_ptr<Platform::PrivateCopy> FakePrivateCopies::copy(const Base::URL& 
                                                                const Base::URL& destination,
                                                                std::uint64_t atMost, Platform::Error& error) {
     lastLimit = atMost;
-    calls_.push_back("private copy " + file.path() + " to " + destination.path());
+    calls_.push_back({"private copy", file.path(), destination.path()});
     if (const auto failure = failures.extract(file.path())) {
         error = failure.mapped();
         return nullptr;
@@ -49,7 +49,7 @@ std::unique_ptr<Platform::PrivateCopy> FakePrivateCopies::copy(const Base::URL& 
 }
 
 std::optional<Platform::Error> FakePrivateCopies::removeFolder(const Base::URL& folder) {
-    calls_.push_back("remove private folder " + folder.path());
+    calls_.push_back({"remove private folder", folder.path()});
     if (auto failure = failures.extract(folder.path())) {
         return std::move(failure.mapped());
     }

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "Platform/PrivateCopies.h"
+#include "support/Call.h"
 
 namespace TestSupport {
 
@@ -19,7 +20,7 @@ class FakePrivateCopies final : public Platform::PrivateCopies {
         std::string sha256;
     };
 
-    explicit FakePrivateCopies(std::vector<std::string>& calls) : calls_(calls) {}
+    explicit FakePrivateCopies(CallList& calls) : calls_(calls) {}
 
     [[nodiscard]] std::unique_ptr<Platform::PrivateCopy> copy(const Base::URL& file,
                                                               const Base::URL& destination,
@@ -34,7 +35,7 @@ class FakePrivateCopies final : public Platform::PrivateCopies {
     std::uint64_t lastLimit = 0;
 
   private:
-    std::vector<std::string>& calls_;
+    CallList& calls_;
 };
 
 }  // namespace TestSupport

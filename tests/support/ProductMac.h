@@ -4,18 +4,27 @@
 #include <string>
 #include <vector>
 
+#include "support/InstallerLine.h"
 #include "support/SimulatedMac.h"
 
 namespace SystemTests {
+
+using TestSupport::installerLine;
 
 /// The uninstaller where the current product keeps it.
 inline const std::string kInstalledUninstaller =
     "/Applications/Sentrel.app/Contents/Applications/Uninstall Sentrel.app/Contents/MacOS/Uninstall Sentrel";
 
+/// The same beside the product.
+inline const std::string kElsewhere =
+    "/Users/alice/Downloads/Uninstall Sentrel.app/Contents/MacOS/Uninstall Sentrel";
+
+inline const std::string kFound = installerLine("found installed version true, updatable: true");
+inline const std::string kFinished = installerLine("Uninstallation finished.");
+inline const std::string kFailed = installerLine("Uninstallation failed.");
+
 /// The entries of the log that the uninstaller writes when everything went well.
-inline const std::vector<std::string> kSuccess{
-    "[SNTM Installer] found installed version true, updatable: true", "Uninstallation finished",
-    "[SNTM Installer] Uninstallation finished."};
+inline const std::vector<std::string> kSuccess{kFound, "Uninstallation finished", kFinished};
 
 /// What a program wrote to standard error without the entries of the log that it writes there too.
 [[nodiscard]] std::string withoutLogEntries(const std::string& standardError);

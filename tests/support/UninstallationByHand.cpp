@@ -4,6 +4,7 @@
 #include <array>
 #include <charconv>
 
+#include "support/InstallerLine.h"
 #include "support/ProductPlaces.h"
 
 namespace TestSupport {
@@ -58,7 +59,7 @@ class Hand {
     }
 
   private:
-    void line(const std::string& text) { mac_.log.log("[SNTM Installer] " + text); }
+    void line(const std::string& text) { mac_.log.log(installerLine(text)); }
 
     [[nodiscard]] static std::string hexadecimal(std::int32_t code) {
         std::array<char, 16> text{};
@@ -116,7 +117,7 @@ void uninstallByHand(FakeMac& mac, FakeLaunchd& launchd, const std::vector<std::
 }
 
 std::vector<std::uint32_t> usersOfAgents(const std::vector<std::string>& log) {
-    const std::string agent = "[SNTM Installer] Disable & bootout agent ";
+    const std::string agent = installerLine("Disable & bootout agent ");
     const std::string first = agent + ProductPlaces::agents().front() + " for ";
     std::vector<std::uint32_t> users;
     for (const std::string& line : log) {

@@ -6,16 +6,19 @@
 
 #include "Rows.h"
 #include "TortureMac.h"
+#include "support/InstallerLine.h"
 
 namespace Torture {
 
 namespace {
 
+using TestSupport::installerLine;
+
 /// An idle helper leaves after 2 seconds: clients come from 1.9 to 2.1 seconds after the last one.
 constexpr int kEarliest = 1900;
 constexpr int kLatest = 2100;
 constexpr int kRunsPerMac = 18;
-constexpr int kRunSeconds = 75;
+constexpr int kBlessingSeconds = 75;
 /// Far beyond what the blessings of one Mac take.
 constexpr int kClientSeconds = 300;
 
@@ -30,7 +33,7 @@ std::string refusedRuns(std::mt19937_64& chance, int runs) {
     std::uniform_int_distribution<int> moment(kEarliest, kLatest);
     std::string line;
     for (int run = 0; run < runs; ++run) {
-        line += "sleep " + seconds(moment(chance)) + "; timeout -s KILL " + std::to_string(kRunSeconds) +
+        line += "sleep " + seconds(moment(chance)) + "; timeout -s KILL " + std::to_string(kBlessingSeconds) +
                 " " + quoted(kUninstaller) + " --silent || echo hung; ";
     }
     return line;
@@ -39,7 +42,9 @@ std::string refusedRuns(std::mt19937_64& chance, int runs) {
 /// Judges the log of `runs` uninstallers that had nothing to uninstall; every line of theirs is looked at.
 void judgeRefusals(Row& row, int round, const TortureMac& mac, long runs, long hung) {
     const auto lines = mac.messages("Uninstall Sentrel");
-    const auto timesOf = [&lines](const char* text) { return std::count(lines.begin(), lines.end(), text); };
+    const auto timesOf = [&lines](const std::string& text) {
+        return std::count(lines.begin(), lines.end(), text);
+    };
     const long refused = timesOf("Antivirus cannot be uninstalled");
     const long unblessed = timesOf("Helper authorization and blessing failed. Quitting...");
     const long broken = timesOf("Failed to install Swift runtime support. Quitting...");
@@ -48,7 +53,7 @@ void judgeRefusals(Row& row, int round, const TortureMac& mac, long runs, long h
     row.count("blessings failed", unblessed);
     row.count("connections broken", broken);
     row.count("hung", hung);
-    if (refused != runs || timesOf("[SNTM Installer] Uninstallation failed.") != runs ||
+    if (refused != runs || timesOf(installerLine("Uninstallation failed.")) != runs ||
         lines.size() != static_cast<std::size_t>(runs) * 2) {
         row.lost(round, std::to_string(runs) + " runs: " + std::to_string(refused) + " refused, " +
                             std::to_string(unblessed) + " not blessed, " + std::to_string(broken) +

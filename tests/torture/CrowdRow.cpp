@@ -4,18 +4,21 @@
 
 #include "Rows.h"
 #include "TortureMac.h"
+#include "support/InstallerLine.h"
 
 namespace Torture {
 
 namespace {
 
-constexpr int kRunSeconds = 100;
+using TestSupport::installerLine;
+
+constexpr int kCrowdSeconds = 100;
 /// Called the support helper within the milliseconds in which another run took it away; says so and ends.
 constexpr const char* kMissed = "documented exception: called the support helper while it was taken away";
 
 std::string atOnce(int uninstallers) {
-    const std::string one = "{ timeout -s KILL " + std::to_string(kRunSeconds) + " " + quoted(kUninstaller) +
-                            " --silent || echo hung; } & ";
+    const std::string one = "{ timeout -s KILL " + std::to_string(kCrowdSeconds) + " " +
+                            quoted(kUninstaller) + " --silent || echo hung; } & ";
     std::string line;
     for (int number = 0; number < uninstallers; ++number) {
         line += one;
@@ -31,11 +34,11 @@ void uninstallAtOnce(Row& row, int uninstallers) {
         TortureMac mac;
         const auto result = mac.shellWith({"helper-pause=0.5"}, atOnce(uninstallers));
         const auto lines = mac.messages("Uninstall Sentrel");
-        const auto timesOf = [&lines](const char* text) {
+        const auto timesOf = [&lines](const std::string& text) {
             return std::count(lines.begin(), lines.end(), text);
         };
-        const long finished = timesOf("[SNTM Installer] Uninstallation finished.");
-        const long failed = timesOf("[SNTM Installer] Uninstallation failed.");
+        const long finished = timesOf(installerLine("Uninstallation finished."));
+        const long failed = timesOf(installerLine("Uninstallation failed."));
         const long refused = timesOf("Antivirus cannot be uninstalled");
         const long missed = timesOf("Failed to install Swift runtime support. Quitting...");
         row.count("finished", finished);

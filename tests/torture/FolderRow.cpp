@@ -9,7 +9,7 @@ namespace Torture {
 
 namespace {
 
-constexpr int kRunSeconds = 100;
+constexpr int kFolderSeconds = 100;
 
 const std::vector<std::string>& productItems() {
     static const std::vector<std::string> items{"/Applications/Sentrel.app",
@@ -163,7 +163,7 @@ void disturbFolders(Row& row) {
         const Disturbance disturbance = Torture::disturbance(round, chance, withImmutable);
         std::vector<std::string> faults{"helper-pause=0.05"};
         faults.insert(faults.end(), disturbance.faults.begin(), disturbance.faults.end());
-        const std::string uninstaller = "timeout -s KILL " + std::to_string(kRunSeconds) + " " +
+        const std::string uninstaller = "timeout -s KILL " + std::to_string(kFolderSeconds) + " " +
                                         quoted(kUninstaller) + " --silent || echo hung";
         TortureMac mac;
         const auto first =

@@ -1,4 +1,5 @@
 #include "TortureMac.h"
+#include "support/InstallerLine.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -11,6 +12,8 @@
 #include <sys/stat.h>
 
 namespace Torture {
+
+using TestSupport::installerLine;
 
 namespace fs = std::filesystem;
 
@@ -151,7 +154,7 @@ TestSupport::ProgramResult TortureMac::uninstall(const std::vector<std::string>&
 }
 
 std::string TortureMac::lastWord() const {
-    const std::string prefix = "[SNTM Installer] ";
+    const std::string prefix = installerLine("");
     const auto lines = messages("Uninstall Sentrel");
     if (lines.empty()) {
         return "nothing";

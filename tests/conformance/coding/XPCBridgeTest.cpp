@@ -20,7 +20,6 @@ using namespace InstallCommon;
 using Base::URL;
 using Foreign = BridgeLoop::Foreign;
 using Platform::XPCValue;
-
 using Report = std::pair<std::string, std::int32_t>;
 
 class Delegate final : public CommandExecutingDelegate {

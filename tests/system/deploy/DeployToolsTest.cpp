@@ -10,7 +10,6 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-const Lines kQuickMac{"--installed", "antivir", "--users", "alice:501"};
 const std::string kKextInfo =
     "<plist "
     "version=\"1.0\"><dict><key>CFBundleIdentifier</key><string>com.norvik.kext.FileAccessFilter</string>"

@@ -22,6 +22,10 @@ inline const std::string kKit = "/Library/SentrelRemoval";
 inline const std::string kScript = kKit + "/remove-sentrel.sh";
 inline const std::string kInspect = kKit + "/sentrel-inspect";
 
+/// What Macs have on them: nothing, or so little that a run takes no pauses.
+inline const std::vector<std::string> kEmpty{"--empty", "--users", "alice:501"};
+inline const std::vector<std::string> kQuickMac{"--installed", "antivir", "--users", "alice:501"};
+
 /// A simulated Mac with remove-sentrel.sh, sentrel-inspect and the uninstaller in kKit.
 class RemovalMac : public TestSupport::SimulatedMac {
   public:

@@ -10,8 +10,6 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-const Lines kQuickMac{"--installed", "antivir", "--users", "alice:501"};
-
 TEST(PlanOfARemoval, ChangesNothing) {
     struct Row {
         Lines mac;

@@ -10,8 +10,6 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-const Lines kEmpty{"--empty", "--users", "alice:501"};
-
 /// A sentrel-inspect that says `facts` (in printf's form) with `status`.
 void putInspect(const RemovalMac& mac, const std::string& facts, int status) {
     mac.put("/opt/inspect", "#!/bin/sh\nprintf '" + facts + "'\nexit " + std::to_string(status) + "\n", 0755);

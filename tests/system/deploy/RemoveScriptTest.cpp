@@ -15,7 +15,6 @@ namespace {
 using Lines = std::vector<std::string>;
 
 /// Has two agents, which stop at once, and no daemon, which would take five seconds each.
-const Lines kQuickMac{"--installed", "antivir", "--users", "alice:501"};
 
 /// One Mac, its fault, and the end of the removal.
 struct Outcome {

@@ -10,8 +10,6 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-const Lines kEmpty{"--empty", "--users", "alice:501"};
-
 std::string inOneLine(std::string text) {
     for (char& c : text) {
         c = c == '\n' ? '|' : c;

@@ -12,10 +12,13 @@
 
 #include "InspectRun.h"
 #include "SampleLog.h"
+#include "support/InstallerLine.h"
 
 namespace InspectTest {
 
 namespace {
+
+using TestSupport::installerLine;
 
 /// The program with both ends of its streams in the test's hands.
 class Following {
@@ -114,7 +117,7 @@ TEST_F(Follow, TellsEachStepBeforeTheLogEnds) {
 
 TEST_F(Follow, TellsTheStepAtWhichARunBrokeOffAndNoneBehindIt) {
     std::vector<SampleEntry> entries = finishedRun();
-    while (entries.back().text != "[SNTM Installer] Removed at /Applications/Sentrel.app") {
+    while (entries.back().text != installerLine("Removed at /Applications/Sentrel.app")) {
         entries.pop_back();
     }
     const Outcome told = inspect({"explain", "--follow"}, logOf(entries));
@@ -127,11 +130,11 @@ TEST_F(Follow, TellsTheStepAtWhichARunBrokeOffAndNoneBehindIt) {
 TEST_F(Follow, WritesAFailureOnASeparateLineWithItsReason) {
     std::vector<SampleEntry> entries = finishedRun();
     for (SampleEntry& entry : entries) {
-        if (entry.text == "[SNTM Installer] Removed at /Applications/Sentrel.app") {
-            entry.text =
-                "[SNTM Installer] Error removing: \"/Applications/Sentrel.app\" could not be removed: "
+        if (entry.text == installerLine("Removed at /Applications/Sentrel.app")) {
+            entry.text = installerLine(
+                "Error removing: \"/Applications/Sentrel.app\" could not be removed: "
                 "Operation "
-                "not permitted";
+                "not permitted");
         }
     }
     const Outcome told = inspect({"explain", "--follow"}, logOf(entries));
@@ -146,10 +149,10 @@ TEST_F(Follow, WritesAFailureOnASeparateLineWithItsReason) {
 TEST_F(Follow, CountsTheProcessesThatWereClosed) {
     std::vector<SampleEntry> entries = finishedRun();
     const auto first = std::find_if(entries.begin(), entries.end(), [](const SampleEntry& entry) {
-        return entry.text == "[SNTM Installer] Removed at /Applications/Sentrel.app";
+        return entry.text == installerLine("Removed at /Applications/Sentrel.app");
     });
-    entries.insert(first, {{1, kHelper, 20, "[SNTM Installer] Kill result for pid 77: 0"},
-                           {1, kHelper, 20, "[SNTM Installer] Kill result for pid 78: 0"}});
+    entries.insert(first, {{1, kHelper, 20, installerLine("Kill result for pid 77: 0")},
+                           {1, kHelper, 20, installerLine("Kill result for pid 78: 0")}});
     const Outcome told = inspect({"explain", "--follow"}, logOf(entries));
     EXPECT_NE(told.output.find("Closing applications\n  \u2713 2 processes\nDeleting applications\n"),
               std::string::npos)

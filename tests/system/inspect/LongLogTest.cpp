@@ -14,10 +14,13 @@
 
 #include "InspectRun.h"
 #include "SampleLog.h"
+#include "support/InstallerLine.h"
 
 namespace InspectTest {
 
 namespace {
+
+using TestSupport::installerLine;
 
 /// What the program may allocate, and how much it is given to read: whoever keeps a quarter of it fails.
 constexpr std::size_t kMemory = std::size_t{4} << 20;
@@ -116,12 +119,12 @@ TEST_F(LongLog, OfOneEntryTakesNoMemory) {
 TEST_F(LongLog, OfARunTakesNoMemory) {
     const auto line = [](int number) {
         return lineOf(kUninstaller, 18, filler(number)) + lineOf(kHelper, 20, filler(number)) +
-               lineOf(kHelper, 20, "[SNTM Installer] Kill result for pid " + std::to_string(number) + ": 0");
+               lineOf(kHelper, 20, installerLine("Kill result for pid ") + std::to_string(number) + ": 0");
     };
     const std::string begin =
-        lineOf(kUninstaller, 18, "[SNTM Installer] found installed version true, updatable: true");
+        lineOf(kUninstaller, 18, installerLine("found installed version true, updatable: true"));
     const Outcome told =
-        explain(begin, line, lineOf(kUninstaller, 18, "[SNTM Installer] Uninstallation failed."));
+        explain(begin, line, lineOf(kUninstaller, 18, installerLine("Uninstallation failed.")));
     EXPECT_EQ(told.status, 0) << told.errors;
     EXPECT_TRUE(told.output.starts_with("Run 1 of 1\n")) << told.output;
     EXPECT_NE(told.output.find("  Result    Timed out: "), std::string::npos) << told.output;
@@ -133,7 +136,7 @@ TEST_F(LongLog, OfManyRunsTellsTheLastHundred) {
         last = number + 1;
         return lineOf(kUninstaller, 100 + number, filler(number)) +
                lineOf(kUninstaller, 100 + number, "Antivirus cannot be uninstalled") +
-               lineOf(kUninstaller, 100 + number, "[SNTM Installer] Uninstallation failed.");
+               lineOf(kUninstaller, 100 + number, installerLine("Uninstallation failed."));
     };
     const Outcome told = explain("", line, "");
     EXPECT_EQ(told.status, 0) << told.errors;

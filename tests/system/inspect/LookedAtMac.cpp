@@ -48,6 +48,12 @@ nlohmann::json jsonOf(const ProgramResult& result) {
     return document;
 }
 
+void expectResult(const ProgramResult& result, int status, const std::string& output) {
+    EXPECT_EQ(result.status, status);
+    EXPECT_EQ(result.out, output);
+    EXPECT_EQ(result.err, "");
+}
+
 std::vector<std::string> column(const nlohmann::json& array, const char* property) {
     std::vector<std::string> values;
     for (const auto& each : array) {

@@ -29,6 +29,9 @@ class LookedAtMac : public TestSupport::SimulatedMac {
 /// A result's standard output as JSON; fails the test when it is none or there are complaints.
 [[nodiscard]] nlohmann::json jsonOf(const TestSupport::ProgramResult& result);
 
+/// Expects this status, this output and no complaints.
+void expectResult(const TestSupport::ProgramResult& result, int status, const std::string& output);
+
 /// One property of each object in an array.
 [[nodiscard]] std::vector<std::string> column(const nlohmann::json& array, const char* property);
 

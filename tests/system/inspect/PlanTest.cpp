@@ -6,18 +6,20 @@
 #include <set>
 
 #include "LookedAtMac.h"
+#include "support/InstallerLine.h"
+#include "support/ProductMac.h"
 
 namespace InspectTest {
 
 namespace {
 
+using TestSupport::installerLine;
+
 namespace fs = std::filesystem;
+using SystemTests::kInstalledUninstaller;
 using TestSupport::ProgramResult;
 using Lines = std::vector<std::string>;
 using Names = std::set<std::string>;
-
-const std::string kInstalledUninstaller =
-    "/Applications/Sentrel.app/Contents/Applications/Uninstall Sentrel.app/Contents/MacOS/Uninstall Sentrel";
 
 struct Amount {
     std::uint64_t files = 0;
@@ -58,7 +60,7 @@ TEST(PlanOfAMac, ForetellsWhatARunTakesAway) {
     EXPECT_EQ(plan.at("isComplete"), true);
     Names removed;
     Names killed;
-    constexpr std::string_view kRemoved = "[SNTM Installer] Removed at ";
+    const std::string kRemoved = installerLine("Removed at ");
     for (const std::string& line : mac.messages("com.norvik.InstallerHelper")) {
         if (line.starts_with(kRemoved)) {
             removed.insert(line.substr(kRemoved.size()));

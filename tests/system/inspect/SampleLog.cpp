@@ -9,10 +9,13 @@
 #include "InstallCommon/Commands/Uninstallation/RemoveCommand.h"
 #include "Platform/SystemPorts.h"
 #include "ReadOnlyPorts.h"
+#include "support/InstallerLine.h"
 
 namespace InspectTest {
 
 namespace {
+
+using TestSupport::installerLine;
 
 constexpr int kSecondsPerMinute = 60;
 
@@ -80,8 +83,8 @@ bool isThere(const std::string& path) {
 }
 
 void addRemoval(std::vector<SampleEntry>& lines, int second, const std::string& path) {
-    lines.push_back(helper(second, isThere(path) ? "[SNTM Installer] Removed at " + path
-                                                 : "[SNTM Installer] Error removing: \"" + path +
+    lines.push_back(helper(second, isThere(path) ? installerLine("Removed at ") + path
+                                                 : installerLine("Error removing: \"") + path +
                                                        "\" could not be removed: No such file or directory"));
 }
 
@@ -118,13 +121,13 @@ std::vector<SampleEntry> helperLines(int second) {
     }
     for (const std::string agent : kAgents) {
         lines.push_back(
-            helper(second, "[SNTM Installer] Disable & bootout agent com.norvik." + agent + " for 0"));
+            helper(second, installerLine("Disable & bootout agent com.norvik.") + agent + " for 0"));
         lines.push_back(helper(
             second, toolFailure("Boot-out failed: 125: Domain does not support specified action", 125)));
     }
     for (int kext = 0; kext < 2; ++kext) {
         lines.push_back(helper(
-            second, "[SNTM Installer] Kext FileAccessFilter.kext unload failed. Return code: -23ff7ffa"));
+            second, installerLine("Kext FileAccessFilter.kext unload failed. Return code: -23ff7ffa")));
     }
     for (const auto& command : InstallCommon::CommandLists::uninstallation()) {
         if (const auto* removal = dynamic_cast<const InstallCommon::RemoveCommand*>(command.get())) {
@@ -139,12 +142,12 @@ std::vector<SampleEntry> helperLines(int second) {
 
 std::vector<SampleEntry> finishedRun() {
     std::vector<SampleEntry> entries{
-        {0, kUninstaller, 18, "[SNTM Installer] found installed version true, updatable: true"}};
+        {0, kUninstaller, 18, installerLine("found installed version true, updatable: true")}};
     for (SampleEntry& line : helperLines()) {
         entries.push_back(std::move(line));
     }
     entries.push_back({2, kUninstaller, 18, "Uninstallation finished"});
-    entries.push_back({2, kUninstaller, 18, "[SNTM Installer] Uninstallation finished."});
+    entries.push_back({2, kUninstaller, 18, installerLine("Uninstallation finished.")});
     return entries;
 }
 

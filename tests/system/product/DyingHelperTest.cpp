@@ -2,16 +2,15 @@
 
 #include <gtest/gtest.h>
 
+#include "support/InstallerLine.h"
 #include "support/ProductMac.h"
 #include "support/ProductPlaces.h"
 
 namespace {
 
+using TestSupport::installerLine;
 using namespace SystemTests;
 using Lines = std::vector<std::string>;
-
-const std::string kElsewhere =
-    "/Users/alice/Downloads/Uninstall Sentrel.app/Contents/MacOS/Uninstall Sentrel";
 
 /// A Mac without daemons, whose stopping takes its time.
 struct SmallMac : ProductMac {
@@ -42,7 +41,7 @@ TEST_P(DyingHelper, LeavesARunThatTheNextFinishes) {
     mac.uninstallUntil(GetParam());
     EXPECT_TRUE(mac.exists("/Library/Application Support/NORVIK/SNT"));
     mac.uninstallWhole();
-    EXPECT_EQ(mac.uninstallerLog().back(), "[SNTM Installer] Uninstallation finished.");
+    EXPECT_EQ(mac.uninstallerLog().back(), installerLine("Uninstallation finished."));
     mac.expectClean();
     EXPECT_FALSE(mac.exists("/Library/PrivilegedHelperTools/com.norvik.SupportPrivilegedHelper"));
     EXPECT_FALSE(mac.exists("/Library/LaunchDaemons/com.norvik.SupportPrivilegedHelper.plist"));
@@ -53,7 +52,7 @@ INSTANTIATE_TEST_SUITE_P(AfterEachThirdCommand, DyingHelper, testing::Range(3, 7
 TEST(HelperThatDiedLate, AfterTheLastReportLeavesNothingToDo) {
     SmallMac mac;
     ASSERT_EQ(mac.run({"helper-exit-after=75"}, {kElsewhere, "--silent"}).status, 0);
-    EXPECT_EQ(mac.uninstallerLog().back(), "[SNTM Installer] Uninstallation finished.");
+    EXPECT_EQ(mac.uninstallerLog().back(), installerLine("Uninstallation finished."));
     mac.expectClean();
 }
 
@@ -65,7 +64,7 @@ TEST(HelperThatDiedLate, AfterTheLastCommandButOneLeavesTheToolsToWhoeverReadsTh
     const Lines log = mac.uninstallerLog();
     ASSERT_GE(log.size(), 2U);
     EXPECT_EQ(log[log.size() - 2], "Antivirus cannot be uninstalled");
-    EXPECT_EQ(log.back(), "[SNTM Installer] Uninstallation failed.");
+    EXPECT_EQ(log.back(), installerLine("Uninstallation failed."));
     namespace Places = TestSupport::ProductPlaces;
     for (const std::string& path : Places::everything()) {
         const bool isTool = path.find("Helper") != std::string::npos;

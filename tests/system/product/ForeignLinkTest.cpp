@@ -2,10 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include "support/InstallerLine.h"
 #include "support/ProductMac.h"
 
 namespace {
 
+using TestSupport::installerLine;
 using namespace SystemTests;
 using Lines = std::vector<std::string>;
 
@@ -28,10 +30,10 @@ TEST(ForeignLink, LeadsTheHelperNowhere) {
               "Private\nPrivate/SNT\nPrivate/SNT/View Logs.app\nPrivate/SNT/View Logs.app/file\n"
               "Private/View Logs.app\nPrivate/View Logs.app/file\nhers\nhers\n700\n");
     EXPECT_EQ(mac.uninstallerLog(), kSuccess);
-    const std::string start = "[SNTM Installer] Error removing: \"";
+    const std::string start = installerLine("Error removing: \"");
     Lines refused;
     for (const std::string& line : mac.helperLog()) {
-        if (line.starts_with(start + kFolder) || line.starts_with("[SNTM Installer] Removed at " + kFolder)) {
+        if (line.starts_with(start + kFolder) || line.starts_with(installerLine("Removed at ") + kFolder)) {
             refused.push_back(line);
         }
     }

@@ -3,10 +3,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "support/InstallerLine.h"
 #include "support/ProductMac.h"
 
 namespace {
 
+using TestSupport::installerLine;
 using namespace SystemTests;
 using Lines = std::vector<std::string>;
 using testing::Contains;
@@ -19,11 +21,7 @@ const std::string kInstaller = "com.norvik.InstallerHelper";
 const std::string kSupport = "com.norvik.SupportPrivilegedHelper";
 const std::string kTools = "/Library/PrivilegedHelperTools/";
 const std::string kPlists = "/Library/LaunchDaemons/";
-const std::string kElsewhere =
-    "/Users/alice/Downloads/Uninstall Sentrel.app/Contents/MacOS/Uninstall Sentrel";
 const std::string kRun = "'" + kElsewhere + "' --silent";
-const std::string kFinished = "[SNTM Installer] Uninstallation finished.";
-const std::string kFailed = "[SNTM Installer] Uninstallation failed.";
 const std::string kRefused = "Antivirus cannot be uninstalled";
 
 /// A Mac with an uninstaller that does not go with the product.

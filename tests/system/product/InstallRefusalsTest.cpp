@@ -5,16 +5,18 @@
 
 #include <filesystem>
 
+#include "support/InstallerLine.h"
 #include "support/ProductMac.h"
 
 namespace {
 
+using TestSupport::installerLine;
 using namespace SystemTests;
 using Lines = std::vector<std::string>;
 using testing::StartsWith;
 
-const Lines kOtherAntivirus{"[SNTM Installer] There is other antivirus installed.",
-                            "[SNTM Installer] Can not install antivirus."};
+const Lines kOtherAntivirus{installerLine("There is other antivirus installed."),
+                            installerLine("Can not install antivirus.")};
 
 /// Items that were there before, and those that a blessing leaves.
 std::set<std::string> withBlessedHelpers(std::set<std::string> inventory) {
@@ -46,7 +48,7 @@ TEST(InstallationRefused, BesideAnotherAntivirusProcessAlsoByForce) {
     const std::set<std::string> before = mac.inventory();
     expectFailure(mac.install(mac.makePayload("6.4/640"), {"--force-overinstall"}),
                   "the installation was refused; the system log says why");
-    Lines expected{"[SNTM Installer] found installed version true, updatable: true"};
+    Lines expected{installerLine("found installed version true, updatable: true")};
     expected.insert(expected.end(), kOtherAntivirus.begin(), kOtherAntivirus.end());
     EXPECT_EQ(mac.installerLog(), expected);
     EXPECT_EQ(mac.helperLog(), Lines{});
@@ -97,7 +99,7 @@ TEST(InstallationFails, WhenTheHelperDiesAndTimeIsUp) {
     // The data without a console counts as an installation that cannot be updated.
     EXPECT_FALSE(mac.exists("/Applications/Sentrel.app"));
     EXPECT_EQ(mac.install(payload).status, 0);
-    EXPECT_EQ(mac.installerLog().back(), "[SNTM Installer] Overinstall...");
+    EXPECT_EQ(mac.installerLog().back(), installerLine("Overinstall..."));
     EXPECT_TRUE(mac.exists("/Applications/Sentrel.app"));
 }
 

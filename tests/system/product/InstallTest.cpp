@@ -9,10 +9,12 @@
 #include <sstream>
 #include <string_view>
 
+#include "support/InstallerLine.h"
 #include "support/ProductMac.h"
 
 namespace {
 
+using TestSupport::installerLine;
 using namespace SystemTests;
 using Lines = std::vector<std::string>;
 using testing::Contains;
@@ -24,7 +26,7 @@ using testing::UnorderedElementsAre;
 const std::string kData = "/Library/Application Support/NORVIK/SNT";
 const std::string kRepair = kData + "/Repair";
 const std::string kPayload = "/Volumes/Install Sentrel/Payload/";
-const std::string kFound = "[SNTM Installer] found installed version true, updatable: ";
+const std::string kUpdatable = installerLine("found installed version true, updatable: ");
 
 /// What an installation copies: where from, below the payload, and where to.
 struct Copied {
@@ -48,8 +50,8 @@ std::vector<Copied> everything() {
     return all;
 }
 
-std::string installerLine(std::initializer_list<std::string_view> parts) {
-    std::string line = "[SNTM Installer] ";
+std::string lineOfParts(std::initializer_list<std::string_view> parts) {
+    std::string line = installerLine("");
     for (const std::string_view part : parts) {
         line += part;
     }
@@ -61,9 +63,9 @@ Lines copyLines(const std::vector<Copied>& copies) {
     Lines lines;
     for (const Copied& copy : copies) {
         const std::string& item = copy.destination;
-        lines.push_back(installerLine({"Copy source ", kPayload, copy.source, "; destination: ", item}));
-        lines.push_back(installerLine({"Backup source: ", item, ", destination: ", kRepair, item}));
-        lines.push_back(installerLine({"Copy source ", item, "; destination: ", kRepair, item}));
+        lines.push_back(lineOfParts({"Copy source ", kPayload, copy.source, "; destination: ", item}));
+        lines.push_back(lineOfParts({"Backup source: ", item, ", destination: ", kRepair, item}));
+        lines.push_back(lineOfParts({"Copy source ", item, "; destination: ", kRepair, item}));
     }
     return lines;
 }
@@ -123,7 +125,7 @@ void expectUninstallsClean(ProductMac& mac) {
     EXPECT_EQ(mac.uninstall().status, 0);
     mac.expectClean();
     ASSERT_FALSE(mac.uninstallerLog().empty());
-    EXPECT_EQ(mac.uninstallerLog().back(), "[SNTM Installer] Uninstallation finished.");
+    EXPECT_EQ(mac.uninstallerLog().back(), installerLine("Uninstallation finished."));
 }
 
 std::set<std::string> inventoryOfAnEmptyMac() {
@@ -152,7 +154,7 @@ TEST(Installation, OnAnEmptyMacPutsEverythingIntoPlaceAndIsRemovedWhole) {
                             " 84.6 %  Starting daemon com.norvik.containmentd...",
                             " 92.3 %  Starting daemon com.norvik.fileaccessd...",
                             "100.0 %  Updating system databases..."));
-    EXPECT_EQ(mac.installerLog(), Lines{"[SNTM Installer] Clean install..."});
+    EXPECT_EQ(mac.installerLog(), Lines{installerLine("Clean install...")});
     EXPECT_EQ(mac.helperLog(), copyLines(everything()));
     EXPECT_EQ(mac.contents("/var/db/lsregister.log"), "-r\t-f\t" + kData + "\n");
     EXPECT_TRUE(std::filesystem::is_empty(mac.path("/Volumes")));
@@ -176,7 +178,7 @@ TEST(Installation, OverAnOlderVersionWithAConsoleUpdatesItAndKeepsTheData) {
     const Lines progress = linesOf(result.out);
     EXPECT_EQ(progress.size(), 84U);
     EXPECT_EQ(progress.back(), "100.0 %  Updating system databases...");
-    EXPECT_EQ(mac.installerLog(), (Lines{kFound + "true", "[SNTM Installer] Update..."}));
+    EXPECT_EQ(mac.installerLog(), (Lines{kUpdatable + "true", installerLine("Update...")}));
     EXPECT_THAT(mac.helperLog(), IsSupersetOf(copyLines(kProgramCopies)));
     EXPECT_EQ(mac.contents(kData + "/Quarantine/kept.nvq"), "caught long ago");
     EXPECT_EQ(mac.contents(kData + "/settings.plist"), "the user's own");
@@ -196,8 +198,8 @@ TEST(Installation, OverAnOlderVersionWithAConsoleUpdatesItAndKeepsTheData) {
         EXPECT_EQ(second.err, refused);
         const Lines log = mac.installerLog();
         EXPECT_EQ(Lines(log.begin() + static_cast<std::ptrdiff_t>(logged), log.end()),
-                  (Lines{kFound + "true", "[SNTM Installer] Has same or newer Norvik installed.",
-                         "[SNTM Installer] Can not install antivirus."}));
+                  (Lines{kUpdatable + "true", installerLine("Has same or newer Norvik installed."),
+                         installerLine("Can not install antivirus.")}));
         EXPECT_EQ(mac.inventory(), before);
     }
     expectUninstallsClean(mac);
@@ -225,7 +227,7 @@ TEST(Installation, OverAProductWithoutItsConsoleBeginsAnew) {
     ProductMac mac({"--installed", "current", "--version", "6.3/630"});
     mac.put(kData + "/Quarantine/lost.nvq", "caught long ago");
     std::filesystem::remove_all(mac.path("/Applications/Sentrel.app"));
-    expectOverInstalls(mac, {kFound + "false", "[SNTM Installer] Overinstall..."});
+    expectOverInstalls(mac, {kUpdatable + "false", installerLine("Overinstall...")});
     EXPECT_FALSE(mac.exists(kData + "/Quarantine"));
     expectUninstallsClean(mac);
     EXPECT_EQ(mac.inventory(), inventoryOfAnEmptyMac());
@@ -239,7 +241,7 @@ TEST(Installation, OverEveryEarlierGenerationBeginsAnew) {
     }
     ProductMac mac(options);
     mac.put(kData + "/Quarantine/lost.nvq", "caught long ago");
-    expectOverInstalls(mac, {kFound + "false", "[SNTM Installer] Overinstall..."});
+    expectOverInstalls(mac, {kUpdatable + "false", installerLine("Overinstall...")});
     EXPECT_FALSE(mac.exists(kData + "/Quarantine"));
     // Nothing of the earlier ones is left beside what a clean installation brings.
     ProductMac clean({});
@@ -255,7 +257,7 @@ TEST(Installation, OverEveryEarlierGenerationBeginsAnew) {
 
 TEST(Installation, ByForceBeginsAnewOnAnEmptyMacToo) {
     ProductMac mac({});
-    expectOverInstalls(mac, {"[SNTM Installer] Overinstall..."}, {"--force-overinstall"});
+    expectOverInstalls(mac, {installerLine("Overinstall...")}, {"--force-overinstall"});
     expectUninstallsClean(mac);
     EXPECT_EQ(mac.inventory(), inventoryOfAnEmptyMac());
 }

@@ -9,15 +9,14 @@
 #include <iterator>
 #include <regex>
 
+#include "support/InstallerLine.h"
 #include "support/ProductMac.h"
 
 namespace {
 
+using TestSupport::installerLine;
 using namespace SystemTests;
 using Lines = std::vector<std::string>;
-
-const std::string kFailed = "[SNTM Installer] Uninstallation failed.";
-const std::string kFound = "[SNTM Installer] found installed version true, updatable: true";
 
 class SilentFailure : public testing::Test {
   protected:
@@ -208,7 +207,7 @@ TEST_F(SilentFailure, OfARunCanBeMadeGoodByTheNext) {
     run({"package"});
     run({});
     mac_.expectClean();
-    EXPECT_EQ(mac_.uninstallerLog().back(), "[SNTM Installer] Uninstallation finished.");
+    EXPECT_EQ(mac_.uninstallerLog().back(), installerLine("Uninstallation finished."));
 }
 
 }  // namespace

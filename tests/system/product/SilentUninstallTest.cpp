@@ -1,10 +1,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "support/InstallerLine.h"
 #include "support/ProductMac.h"
 
 namespace {
 
+using TestSupport::installerLine;
 using namespace SystemTests;
 using Lines = std::vector<std::string>;
 using testing::Contains;
@@ -43,7 +45,7 @@ TEST_P(GenerationAlone, IsRemovedWhole) {
         mac.run({}, {"/Users/alice/Downloads/Uninstall Sentrel.app/Contents/MacOS/Uninstall Sentrel", "-s"});
     EXPECT_EQ(result.status, 0) << result.err;
     mac.expectClean();
-    EXPECT_EQ(mac.uninstallerLog().back(), "[SNTM Installer] Uninstallation finished.");
+    EXPECT_EQ(mac.uninstallerLog().back(), installerLine("Uninstallation finished."));
 }
 
 std::string generationName(const testing::TestParamInfo<const char*>& info) {
@@ -70,11 +72,11 @@ TEST(SilentUninstallation, ExecutesEveryCommandInOrder) {
     ProductMac mac({"--installed", "current"});
     EXPECT_EQ(mac.uninstall().status, 0);
     const Lines log = mac.helperLog();
-    EXPECT_THAT(log, Contains("[SNTM Installer] Disable & bootout agent com.norvik.TrayMenu for 0"));
-    EXPECT_THAT(log, Contains("[SNTM Installer] Disable & bootout agent com.norvik.NorvikAgent for 501"));
+    EXPECT_THAT(log, Contains(installerLine("Disable & bootout agent com.norvik.TrayMenu for 0")));
+    EXPECT_THAT(log, Contains(installerLine("Disable & bootout agent com.norvik.NorvikAgent for 501")));
     Lines removed;
     for (const std::string& line : log) {
-        if (line.starts_with("[SNTM Installer] Removed at ")) {
+        if (line.starts_with(installerLine("Removed at "))) {
             removed.push_back(line.substr(28));
         }
     }
@@ -115,7 +117,7 @@ TEST(SilentUninstallation, ASecondRunFromElsewhereFindsNothing) {
     const Lines log = mac.uninstallerLog();
     ASSERT_EQ(log.size(), 5U);
     EXPECT_EQ(log[3], "Antivirus cannot be uninstalled");
-    EXPECT_EQ(log[4], "[SNTM Installer] Uninstallation failed.");
+    EXPECT_EQ(log[4], installerLine("Uninstallation failed."));
 }
 
 TEST(SilentUninstallation, AKextInUseIsLoggedAndTheRunGoesOn) {
@@ -142,7 +144,7 @@ TEST(SilentUninstallation, AnItemThatCannotBeRemovedIsLoggedAndEverythingElseGoe
     ProductMac mac({"--installed", "current"});
     const std::string stuck = "/Library/Application Support/NORVIK/SNT/settings.plist";
     EXPECT_EQ(mac.uninstall({"immutable=" + stuck}).status, 0);
-    EXPECT_THAT(mac.helperLog(), Contains("[SNTM Installer] Error removing: \"" + stuck +
+    EXPECT_THAT(mac.helperLog(), Contains(installerLine("Error removing: \"") + stuck +
                                           "\" could not be removed: Operation not permitted"));
     EXPECT_EQ(mac.uninstallerLog(), kSuccess);
     EXPECT_TRUE(mac.exists(stuck));

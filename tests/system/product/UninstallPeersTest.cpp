@@ -5,10 +5,12 @@
 
 #include <filesystem>
 
+#include "support/InstallerLine.h"
 #include "support/ProductMac.h"
 
 namespace {
 
+using TestSupport::installerLine;
 using namespace SystemTests;
 using Lines = std::vector<std::string>;
 using testing::AllOf;
@@ -42,7 +44,7 @@ TEST(InstallerHelperPeers, AListWithAnUnlistedClassIsRefusedWholeAndTheHelperGoe
     EXPECT_TRUE(mac.exists("/tmp/victim"));
     EXPECT_FALSE(mac.exists("/tmp/target"));
     const Lines log = mac.helperLog();
-    EXPECT_THAT(log, Contains(AllOf(StartsWith("[SNTM Installer] Refused process "),
+    EXPECT_THAT(log, Contains(AllOf(StartsWith(installerLine("Refused process ")),
                                     HasSubstr("_TtC13InstallCommon15CommandConcrete")))
                          .Times(1));
 }
@@ -55,7 +57,7 @@ TEST(InstallerHelperPeers, ARecordAmongTheCommandsRefusesTheList) {
               "reported Deleting\n");
     EXPECT_TRUE(mac.exists("/tmp/victim"));
     EXPECT_THAT(mac.helperLog(),
-                Contains("[SNTM Installer] Refused a list: it contains an object that is not a command"));
+                Contains(installerLine("Refused a list: it contains an object that is not a command")));
 }
 
 TEST(InstallerHelperPeers, AProgramWithoutTheIdentityIsRefusedWhileTheUninstallationRuns) {
@@ -75,7 +77,7 @@ while not os.path.exists("/tmp/over"):
                                   "' --silent; touch /tmp/over; wait");
     EXPECT_EQ(result.status, 0) << result.err;
     EXPECT_THAT(mac.helperLog(),
-                Contains(AllOf(StartsWith("[SNTM Installer] Refused process "),
+                Contains(AllOf(StartsWith(installerLine("Refused process ")),
                                EndsWith(" of user 0: its code has no identity that can be trusted"))));
     EXPECT_EQ(mac.uninstallerLog(), kSuccess);
 }
@@ -104,7 +106,7 @@ TEST(InstallerHelperLog, NoNameCanForgeALine) {
     mac.put("/tmp/a\n[SNTM Installer] Uninstallation finished.", "");
     EXPECT_EQ(mac.shell("'" + kProgram + "' forged").out, "reported Deleting\n");
     EXPECT_THAT(mac.helperLog(),
-                Contains("[SNTM Installer] Removed at /tmp/a\\x0a[SNTM Installer] Uninstallation finished."));
+                Contains(installerLine("Removed at /tmp/a\\x0a[SNTM Installer] Uninstallation finished.")));
     EXPECT_THAT(mac.log(), testing::Each(testing::Not(StartsWith("[SNTM Installer]"))));
 }
 

@@ -6,18 +6,21 @@
 #include "InstallCommon/Commands/Uninstallation/KillProcessCommand.h"
 #include "InstallCommon/Commands/Uninstallation/RemoveCommand.h"
 #include "support/FakeMac.h"
+#include "support/InstallerLine.h"
 
 namespace {
 
 using HelperTests::FakeListener;
+using TestSupport::installerLine;
 
 /// Records its calls and, for the end of a list, whether another one waits.
 class RecordingObserver final : public Helpers::ListObserver {
   public:
     explicit RecordingObserver(TestSupport::CallList& calls) : calls_(calls) {}
-    void listBegins() override { calls_.emplace_back("list begins"); }
+    void listBegins() override { calls_.push_back({"list begins"}); }
     void listEnds(const std::function<bool()>& isAnotherWaiting) override {
-        calls_.emplace_back(isAnotherWaiting() ? "list ends, another waits" : "list ends");
+        calls_.push_back(isAnotherWaiting() ? TestSupport::Call("list ends", "another waits")
+                                            : TestSupport::Call("list ends"));
     }
 
   private:
@@ -28,7 +31,7 @@ class RecordingDelegate final : public InstallCommon::CommandExecutingDelegate {
   public:
     explicit RecordingDelegate(TestSupport::CallList& calls) : calls_(calls) {}
     void commandExecutingDidExecuteCommand(const std::string& description, std::int32_t withWeight) override {
-        calls_.push_back("did " + description + " " + std::to_string(withWeight));
+        calls_.push_back({"did", description, withWeight});
     }
 
   private:
@@ -51,11 +54,16 @@ TEST(CommandExecutor, ReportsEachCommandAfterItRanAlsoWhenItsWorkFailed) {
     mac.calls.clear();
     executor.executeWithCommands(twoRemovals(), std::make_shared<RecordingDelegate>(mac.calls));
     EXPECT_EQ(mac.calls,
-              (TestSupport::CallList{"async", "list begins", "remove /a",
-                                     "remove /Library/Application Support/NORVIK/SNT/Repair/a", "did first 1",
-                                     "remove /b", "remove /Library/Application Support/NORVIK/SNT/Repair/b",
-                                     "list ends", "did second 1"}));
-    EXPECT_EQ(mac.log.lines.at(0), "[SNTM Installer] Error removing: \"/a\" does not exist");
+              (TestSupport::CallList{{"async"},
+                                     {"list begins"},
+                                     {"remove", "/a"},
+                                     {"remove", "/Library/Application Support/NORVIK/SNT/Repair/a"},
+                                     {"did", "first", 1},
+                                     {"remove", "/b"},
+                                     {"remove", "/Library/Application Support/NORVIK/SNT/Repair/b"},
+                                     {"list ends"},
+                                     {"did", "second", 1}}));
+    EXPECT_EQ(mac.log.lines.at(0), installerLine("Error removing: \"/a\" does not exist"));
 }
 
 TEST(CommandExecutor, ExecutesOnOneSerialQueue) {
@@ -100,7 +108,8 @@ TEST(CommandExecutor, TellsWhetherAnotherListWaitsAtTheEndOfEach) {
     executor.executeWithCommands(twoRemovals(), delegate);
     EXPECT_EQ(listener.open, 2);
     mac.dispatch.runKept();
-    EXPECT_EQ(mac.callsOf("list ends"), (TestSupport::CallList{"list ends, another waits", "list ends"}));
+    EXPECT_EQ(mac.callsOf("list ends"),
+              (TestSupport::CallList{{"list ends", "another waits"}, {"list ends"}}));
     EXPECT_EQ(listener.open, 0);
 }
 
@@ -111,7 +120,7 @@ TEST(CommandExecutor, AnEmptyListReportsNothing) {
     Helpers::CommandExecutor executor(listener, observer);
     mac.calls.clear();
     executor.executeWithCommands({}, std::make_shared<RecordingDelegate>(mac.calls));
-    EXPECT_EQ(mac.calls, (TestSupport::CallList{"async", "list begins"}));
+    EXPECT_EQ(mac.calls, (TestSupport::CallList{{"async"}, {"list begins"}}));
 }
 
 }  // namespace

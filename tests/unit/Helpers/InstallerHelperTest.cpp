@@ -6,11 +6,13 @@
 #include "InstallCommon/Commands/Uninstallation/RemoveCommand.h"
 #include "InstallCommon/XPC/InstallationXPCUtils.h"
 #include "support/FakeMac.h"
+#include "support/InstallerLine.h"
 
 namespace {
 
 using HelperTests::FakeListener;
 using TestSupport::CallList;
+using TestSupport::installerLine;
 
 class InstallerHelper : public testing::Test {
   protected:
@@ -32,8 +34,8 @@ class InstallerHelper : public testing::Test {
 
 TEST_F(InstallerHelper, AsksForItsOwnServiceAndTheTwoProgramsOfTheMaker) {
     serve(nullptr);
-    EXPECT_EQ(mac_.calls.front(), "register 14 classes");
-    EXPECT_EQ(mac_.callsOf("listen "), CallList{"listen com.norvik.InstallerHelper"});
+    EXPECT_EQ(mac_.calls.front(), (TestSupport::Call{"register classes", 14}));
+    EXPECT_EQ(mac_.callsOf("listen"), (CallList{{"listen", "com.norvik.InstallerHelper"}}));
     ASSERT_EQ(mac_.xpc.requirements.size(), 2U);
     EXPECT_NE(mac_.xpc.requirements[0].find("com.NORVIK.Uninstall-NORVIK-Antivirus"), std::string::npos)
         << mac_.xpc.requirements[0];
@@ -43,9 +45,8 @@ TEST_F(InstallerHelper, AsksForItsOwnServiceAndTheTwoProgramsOfTheMaker) {
 
 TEST_F(InstallerHelper, IsNotMadeWithoutAServiceAndSaysSo) {
     EXPECT_EQ(Helpers::InstallerHelper::make(), nullptr);
-    EXPECT_EQ(mac_.log.lines,
-              std::vector<std::string>{
-                  "[SNTM Installer] launchd handed over no service named com.norvik.InstallerHelper"});
+    EXPECT_EQ(mac_.log.lines, std::vector<std::string>{installerLine(
+                                  "launchd handed over no service named com.norvik.InstallerHelper")});
 }
 
 TEST_F(InstallerHelper, EndsAfterTwoIdleSeconds) {
@@ -95,8 +96,8 @@ TEST_F(InstallerHelper, LogsWhoWasRefusedAndCountsTheRestWhenItEnds) {
             refused("process 9 of user 502: no");
         }
     });
-    std::vector<std::string> expected(5, "[SNTM Installer] Refused process 9 of user 502: no");
-    expected.emplace_back("[SNTM Installer] Refused in all: 7 times, no");
+    std::vector<std::string> expected(5, installerLine("Refused process 9 of user 502: no"));
+    expected.emplace_back(installerLine("Refused in all: 7 times, no"));
     EXPECT_EQ(mac_.log.lines, expected);
 }
 

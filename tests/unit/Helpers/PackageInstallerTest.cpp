@@ -25,14 +25,18 @@ class PackageInstaller : public testing::Test {
         "/Library/PrivilegedHelperTools/com.norvik.SupportPrivilegedHelper.package/"
         "SwiftRuntimeForCommandLineTools.pkg";
     const std::string command_ = "/usr/sbin/installer -pkg " + copy_ + " -target /";
-    const CallList refused_{"private copy /p/a b.pkg to " + copy_, "remove private copy " + copy_};
+    const CallList refused_{{"private copy", "/p/a b.pkg", copy_}, {"remove private copy", copy_}};
 };
 
 TEST_F(PackageInstaller, InstallsACopyThatOnlyRootCanReachAndRemovesIt) {
     EXPECT_EQ(install(), std::nullopt);
     // The output is read before the wait: a tool that says more than a pipe holds would never end.
-    EXPECT_EQ(mac_.calls, (CallList{"private copy /p/a b.pkg to " + copy_, "launch " + command_,
-                                    "read output", "read error", "wait", "remove private copy " + copy_}));
+    EXPECT_EQ(mac_.calls, (CallList{{"private copy", "/p/a b.pkg", copy_},
+                                    {"launch", command_},
+                                    {"read output"},
+                                    {"read error"},
+                                    {"wait"},
+                                    {"remove private copy", copy_}}));
     // One extra byte reveals a longer package.
     EXPECT_EQ(mac_.privateCopies.lastLimit, 1001U);
     ASSERT_EQ(mac_.tasks.argumentVectors.size(), 1U);
@@ -43,7 +47,7 @@ TEST_F(PackageInstaller, InstallsACopyThatOnlyRootCanReachAndRemovesIt) {
 TEST_F(PackageInstaller, AnswersWithTheToolsOwnWordsWithoutTheirLineBreak) {
     mac_.tasks.results[command_] = {"", "installer: Error - the package is damaged.\n", 1};
     EXPECT_EQ(install(), (Platform::Error{"installer: Error - the package is damaged.", 1}));
-    EXPECT_EQ(mac_.calls.back(), "remove private copy " + copy_);
+    EXPECT_EQ(mac_.calls.back(), (TestSupport::Call{"remove private copy", copy_}));
 }
 
 TEST_F(PackageInstaller, LeavesEverythingButTheLineBreaksToTheToolsWords) {
@@ -65,7 +69,7 @@ TEST_F(PackageInstaller, AnswersWithAnErrorWhenTheToolCannotBeRun) {
     mac_.tasks.notExecutable = {"/usr/sbin/installer"};
     EXPECT_EQ(install(),
               (Platform::Error{"The system's installer tool /usr/sbin/installer cannot be run.", 1}));
-    EXPECT_EQ(mac_.calls.back(), "remove private copy " + copy_);
+    EXPECT_EQ(mac_.calls.back(), (TestSupport::Call{"remove private copy", copy_}));
 }
 
 TEST_F(PackageInstaller, AnswersWithTheErrorOfAPackageThatCannotBeCopied) {
@@ -73,7 +77,7 @@ TEST_F(PackageInstaller, AnswersWithTheErrorOfAPackageThatCannotBeCopied) {
                                ENOSPC};
     mac_.privateCopies.failures["/p/a b.pkg"] = full;
     EXPECT_EQ(install(), full);
-    EXPECT_EQ(mac_.calls, (CallList{"private copy /p/a b.pkg to " + copy_}));
+    EXPECT_EQ(mac_.calls, (CallList{{"private copy", "/p/a b.pkg", copy_}}));
 }
 
 TEST_F(PackageInstaller, RefusesOtherBytesOfTheSameLength) {
@@ -109,7 +113,7 @@ TEST_F(PackageInstaller, RefusesALongerPackageWithoutReadingItWhole) {
 TEST_F(PackageInstaller, RemovesWhatAnInterruptedInstallationLeft) {
     const std::string folder = "/Library/PrivilegedHelperTools/com.norvik.SupportPrivilegedHelper.package";
     EXPECT_EQ(Helpers::removeLeftPackage(), std::nullopt);
-    EXPECT_EQ(mac_.calls, (CallList{"remove private folder " + folder}));
+    EXPECT_EQ(mac_.calls, (CallList{{"remove private folder", folder}}));
     const Platform::Error busy{"busy", EBUSY};
     mac_.privateCopies.failures[folder] = busy;
     EXPECT_EQ(Helpers::removeLeftPackage(), busy);

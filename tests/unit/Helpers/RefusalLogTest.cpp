@@ -6,9 +6,11 @@
 #include <vector>
 
 #include "support/FakeMac.h"
+#include "support/InstallerLine.h"
 
 namespace {
 
+using TestSupport::installerLine;
 using Lines = std::vector<std::string>;
 
 std::string peer(int pid) {
@@ -26,7 +28,7 @@ class RefusalLogTest : public testing::Test {
     Lines lines() {
         Lines found;
         for (const std::string& line : mac_.log.lines) {
-            const std::string common = "[SNTM Installer] Refused ";
+            const std::string common = installerLine("Refused ");
             found.push_back(line.starts_with(common) ? line.substr(common.size()) : "?" + line);
         }
         mac_.log.lines.clear();
@@ -48,7 +50,7 @@ TEST_F(RefusalLogTest, TakesEverythingAfterThePeerForTheKind) {
     refuse(6, "no: identity");
     static_cast<void>(lines());
     log_.summarize();
-    EXPECT_EQ(lines(), Lines{"in all: 6 times, no: identity"});
+    EXPECT_EQ(lines(), (Lines{"in all: 6 times, no: identity"}));
 }
 
 TEST_F(RefusalLogTest, TakesALineWithoutAPeerForItsOwnKind) {
@@ -57,23 +59,23 @@ TEST_F(RefusalLogTest, TakesALineWithoutAPeerForItsOwnKind) {
     }
     static_cast<void>(lines());
     log_.summarize();
-    EXPECT_EQ(lines(), Lines{"in all: 6 times, odd"});
+    EXPECT_EQ(lines(), (Lines{"in all: 6 times, odd"}));
 }
 
 TEST_F(RefusalLogTest, CountsTheRestAtEveryPowerOfTen) {
     refuse(9, "no identity");
     EXPECT_EQ(lines().size(), 5U);
     refuse(1, "no identity");
-    EXPECT_EQ(lines(), Lines{"so far: 10 times, no identity"});
+    EXPECT_EQ(lines(), (Lines{"so far: 10 times, no identity"}));
     refuse(89, "no identity");
     EXPECT_EQ(lines(), Lines());
     refuse(1, "no identity");
-    EXPECT_EQ(lines(), Lines{"so far: 100 times, no identity"});
+    EXPECT_EQ(lines(), (Lines{"so far: 100 times, no identity"}));
     refuse(116'432, "no identity");
     EXPECT_EQ(lines(), (Lines{"so far: 1000 times, no identity", "so far: 10000 times, no identity",
                               "so far: 100000 times, no identity"}));
     log_.summarize();
-    EXPECT_EQ(lines(), Lines{"in all: 116532 times, no identity"});
+    EXPECT_EQ(lines(), (Lines{"in all: 116532 times, no identity"}));
 }
 
 TEST_F(RefusalLogTest, CountsEachKindForItself) {
@@ -82,7 +84,7 @@ TEST_F(RefusalLogTest, CountsEachKindForItself) {
     refuse(1, "c");
     EXPECT_EQ(lines().size(), 11U);
     log_.summarize();
-    EXPECT_EQ(lines(), Lines{"in all: 6 times, a"});
+    EXPECT_EQ(lines(), (Lines{"in all: 6 times, a"}));
 }
 
 TEST_F(RefusalLogTest, SummarizesNothingTwice) {
@@ -92,7 +94,7 @@ TEST_F(RefusalLogTest, SummarizesNothingTwice) {
     EXPECT_EQ(lines(), Lines());
     refuse(1, "a");
     log_.summarize();
-    EXPECT_EQ(lines(), Lines{"in all: 11 times, a"});
+    EXPECT_EQ(lines(), (Lines{"in all: 11 times, a"}));
     log_.summarize();
     EXPECT_EQ(lines(), Lines());
 }

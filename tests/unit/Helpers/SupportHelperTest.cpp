@@ -5,12 +5,14 @@
 #include "FakeListener.h"
 #include "InstallCommon/SupportPrivilegedHelperClient.h"
 #include "support/FakeMac.h"
+#include "support/InstallerLine.h"
 
 namespace {
 
 using HelperTests::FakeListener;
 using InstallCommon::SupportPrivilegedHelperClient;
 using TestSupport::CallList;
+using TestSupport::installerLine;
 
 constexpr Helpers::PackageFingerprint kMaker{1000, "d1"};
 
@@ -43,7 +45,7 @@ class SupportHelper : public testing::Test {
 TEST_F(SupportHelper, InstallsThePackageOfTheMakerInATransaction) {
     Helpers::SupportHelper helper(listener_, kMaker);
     EXPECT_EQ(reply(helper, "installSwiftSupportPackage:completion:"), std::nullopt);
-    EXPECT_EQ(mac_.callsOf("launch /usr/sbin/installer").size(), 1U);
+    EXPECT_EQ(mac_.callsOf("launch", "/usr/sbin/installer").size(), 1U);
     EXPECT_EQ(openAtReply_, 1);
     EXPECT_EQ(listener_.open, 0);
 }
@@ -53,7 +55,7 @@ TEST_F(SupportHelper, RepliesWithTheErrorOfAPackageThatIsNotTheMakers) {
     EXPECT_EQ(
         reply(helper, "installSwiftSupportPackage:completion:"),
         (Platform::Error{"The package \"/p.pkg\" is not the maker's: its SHA-256 is d1 instead of d2", 1}));
-    EXPECT_EQ(mac_.callsOf("launch "), CallList());
+    EXPECT_EQ(mac_.callsOf("launch"), CallList());
 }
 
 TEST_F(SupportHelper, IsNotKeptByAClientThatHasBeenServed) {
@@ -67,17 +69,16 @@ TEST_F(SupportHelper, AnswersAnotherSelectorWithAnErrorAndInstallsNothing) {
     Helpers::SupportHelper helper(listener_, kMaker);
     EXPECT_EQ(reply(helper, "installSwiftSupportPackage:"),
               (Platform::Error{"The support helper does not understand installSwiftSupportPackage:.", 1}));
-    EXPECT_EQ(mac_.callsOf("launch "), CallList());
+    EXPECT_EQ(mac_.callsOf("launch"), CallList());
     EXPECT_FALSE(listener_.disregardsPeers);
     EXPECT_EQ(listener_.opened, 0);
 }
 
 TEST_F(SupportHelper, SaysThatLaunchdHandedOverNoService) {
     EXPECT_FALSE(Helpers::SupportHelper::serve(kMaker));
-    EXPECT_EQ(
-        mac_.log.lines,
-        std::vector<std::string>{
-            "[SNTM Installer] launchd handed over no service named com.norvik.SupportPrivilegedHelper"});
+    EXPECT_EQ(mac_.log.lines,
+              std::vector<std::string>{
+                  installerLine("launchd handed over no service named com.norvik.SupportPrivilegedHelper")});
 }
 
 TEST_F(SupportHelper, ServesItsOwnServiceUntilItHasBeenIdleForTwoSeconds) {
@@ -96,14 +97,14 @@ TEST_F(SupportHelper, ServesItsOwnServiceUntilItHasBeenIdleForTwoSeconds) {
     };
     mac_.xpc.listener = std::move(made);
     EXPECT_TRUE(Helpers::SupportHelper::serve(kMaker));
-    EXPECT_EQ(mac_.callsOf("listen "), CallList{"listen com.norvik.SupportPrivilegedHelper"});
+    EXPECT_EQ(mac_.callsOf("listen"), (CallList{{"listen", "com.norvik.SupportPrivilegedHelper"}}));
     EXPECT_EQ(mac_.xpc.requirements.size(), 2U);
     EXPECT_EQ(connection->exportedInterface->protocolName, "NVKSupportPrivilegedHelper");
     EXPECT_EQ(connection->exportedObject->protocolName(), "NVKSupportPrivilegedHelper");
     EXPECT_EQ(refusal, std::nullopt);
     EXPECT_EQ(idleSeconds, 2U);
-    std::vector<std::string> expected(5, "[SNTM Installer] Refused process 9 of user 502: no");
-    expected.emplace_back("[SNTM Installer] Refused in all: 6 times, no");
+    std::vector<std::string> expected(5, installerLine("Refused process 9 of user 502: no"));
+    expected.emplace_back(installerLine("Refused in all: 6 times, no"));
     EXPECT_EQ(mac_.log.lines, expected);
 }
 

@@ -13,6 +13,9 @@
 
 namespace TestSupport {
 
+/// Where copies of the product's items are kept.
+inline const std::string kRepair = "/Library/Application Support/NORVIK/SNT/Repair";
+
 /// A command as some sender might archive it: under the name of `sample`'s class, with whatever keys `write`
 /// writes.
 class ForeignCommand final : public Base::CodedObject {
@@ -27,6 +30,14 @@ class ForeignCommand final : public Base::CodedObject {
     const Base::CodedClass& codedClass_;
     std::function<void(Base::Coder&)> write_;
 };
+
+[[nodiscard]] inline std::vector<Base::URL> urls(const std::vector<std::string>& paths) {
+    std::vector<Base::URL> made;
+    for (const std::string& path : paths) {
+        made.push_back(Base::URL::fileURL(path));
+    }
+    return made;
+}
 
 /// Sends one object through an archive and reads it as the helper does; null when the archive is refused.
 template <class Expected>

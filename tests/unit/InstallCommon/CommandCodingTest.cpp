@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <type_traits>
-
 #include "Base/Archive/KeyedArchiver.h"
 #include "Base/Archive/KeyedUnarchiver.h"
 #include "InstallCommon/CommandSuitsProvider.h"
@@ -14,57 +12,16 @@
 #include "InstallCommon/Commands/Uninstallation/UnloadKextCommand.h"
 #include "InstallCommon/XPC/InstallationXPCUtils.h"
 #include "support/CommandText.h"
-#include "support/FakeMac.h"
+#include "unit/InstallCommon/CommandCoding.h"
 
 namespace {
 
 using namespace InstallCommon;
 using namespace NorvikCommon;
 using Base::URL;
-
-/// An object that archives under any class with any keys: a stranger's message.
-class Stranger final : public Base::CodedObject {
-  public:
-    Stranger(const Base::CodedClass& as, std::function<void(Base::Coder&)> keys)
-        : class_(as), keys_(std::move(keys)) {}
-
-    [[nodiscard]] const Base::CodedClass& codedClass() const override { return class_; }
-    void encode(Base::Coder& coder) const override { keys_(coder); }
-
-  private:
-    const Base::CodedClass& class_;
-    std::function<void(Base::Coder&)> keys_;
-};
-
-class CommandCoding : public testing::Test {
-  protected:
-    /// What the helper makes of an archive of this one object.
-    [[nodiscard]] std::unique_ptr<Command> sent(const Base::CodedObject& object) {
-        const Base::CodedObject* const list[] = {&object};
-        auto objects =
-            Base::unarchivedArray(Base::archivedArray(list), allowedCommandListClasses(), refusal_);
-        if (!objects) {
-            return nullptr;
-        }
-        auto commands = commandList(std::move(*objects));
-        return commands ? std::move(commands->at(0)) : nullptr;
-    }
-
-    template <class Concrete>
-    [[nodiscard]] std::unique_ptr<Concrete> roundTrip(const Concrete& command) {
-        std::unique_ptr<Command> decoded = sent(command);
-        auto* concrete = dynamic_cast<Concrete*>(decoded.get());
-        if (concrete != nullptr) {
-            static_cast<void>(decoded.release());
-        }
-        return std::unique_ptr<Concrete>(concrete);
-    }
-
-    TestSupport::FakeMac mac_;
-    std::string refusal_;
-};
-
-const LaunchdInfo kJob = LaunchdInfo::launchdWithName("fileaccessd", URL::fileURL("/Library/LaunchDaemons"));
+using CommandCodingTests::CommandCoding;
+using CommandCodingTests::kJob;
+using CommandCodingTests::Stranger;
 
 TEST_F(CommandCoding, ClassesCarryTheirRuntimeNames) {
     EXPECT_EQ(CommandConcrete::staticClass().runtimeName, "_TtC13InstallCommon15CommandConcrete");
@@ -267,126 +224,6 @@ TEST_F(CommandCoding, ABaseInstanceInTheListIsRejectedByTheHelpersDecoder) {
     EXPECT_NE(refusal_.find("_TtC13InstallCommon15CommandConcrete"), std::string::npos) << refusal_;
     EXPECT_EQ(sent(LaunchdJobCommand("d", kJob, true)), nullptr);
     EXPECT_NE(refusal_.find("_TtC13InstallCommon17LaunchdJobCommand"), std::string::npos) << refusal_;
-}
-
-TEST_F(CommandCoding, ARecordInTheListIsNotACommand) {
-    const Base::CodedRecord record(kJob);
-    const Base::CodedObject* const list[] = {&record};
-    auto objects = Base::unarchivedArray(Base::archivedArray(list), allowedCommandListClasses(), refusal_);
-    ASSERT_TRUE(objects) << refusal_;
-    EXPECT_FALSE(commandList(std::move(*objects)));
-}
-
-TEST_F(CommandCoding, AMissingRecordKeyLeavesThatPropertyEmpty) {
-    const auto decoded = sent(Stranger(UnloadKextCommand::staticClass(), [](Base::Coder& coder) {
-        coder.encodeObject("kext", Stranger(KextInfo::codedClass(), [](Base::Coder& inner) {
-                               inner.encodeString("ioClassName", "F");
-                           }));
-        coder.encodeString("commandDescription", "d");
-    }));
-    const auto* unload = dynamic_cast<const UnloadKextCommand*>(decoded.get());
-    ASSERT_NE(unload, nullptr) << refusal_;
-    EXPECT_EQ(unload->kext().bundle, std::nullopt);
-    EXPECT_EQ(unload->kext().ioClassName, "F");
-}
-
-TEST_F(CommandCoding, ARecordKeyOfTheWrongTypeRefusesTheWholeList) {
-    EXPECT_EQ(sent(Stranger(UnloadKextCommand::staticClass(),
-                            [](Base::Coder& coder) {
-                                coder.encodeObject("kext",
-                                                   Stranger(KextInfo::codedClass(), [](Base::Coder& inner) {
-                                                       inner.encodeURL("ioClassName", URL::fileURL("/F"));
-                                                   }));
-                                coder.encodeString("commandDescription", "d");
-                            })),
-              nullptr);
-    EXPECT_NE(refusal_.find("ioClassName"), std::string::npos) << refusal_;
-}
-
-TEST_F(CommandCoding, AJobThatIsAnotherRecordIsRefused) {
-    EXPECT_EQ(sent(Stranger(StopLaunchdJobCommand::staticClass(),
-                            [](Base::Coder& coder) {
-                                coder.encodeObject("agent", Base::CodedRecord(KextInfo()));
-                                coder.encodeString("commandDescription", "d");
-                            })),
-              nullptr);
-}
-
-/// Round trips of records, inside the command that can carry them.
-template <class Record>
-std::optional<Record> recordRoundTrip(const Record& record) {
-    const Base::CodedRecord object(record);
-    const Base::CodedObject* const list[] = {&object};
-    std::string refusal;
-    auto objects = Base::unarchivedArray(Base::archivedArray(list), allowedCommandListClasses(), refusal);
-    if (!objects) {
-        return std::nullopt;
-    }
-    const auto* decoded = dynamic_cast<const Base::CodedRecord<Record>*>(objects->at(0).get());
-    return decoded == nullptr ? std::nullopt : std::optional(decoded->value());
-}
-
-TEST_F(CommandCoding, ABundleInfoRoundTripsWithAllThreeKeys) {
-    const auto bundle = BundleInfo::bundleWithPath(URL::fileURL("/A/B.app"), "com.norvik.B");
-    const auto decoded = recordRoundTrip(bundle);
-    ASSERT_TRUE(decoded);
-    EXPECT_EQ(decoded->name, "B.app");
-    EXPECT_EQ(decoded->location, URL::fileURL("/A/B.app"));
-    EXPECT_EQ(decoded->bundleId, "com.norvik.B");
-}
-
-TEST_F(CommandCoding, AKextInfoRoundTripsWithItsNestedBundle) {
-    const auto kext = KextInfo::kextWithName("F", "Io", URL::fileURL("/E"), "id");
-    EXPECT_EQ(recordRoundTrip(kext), kext);
-}
-
-TEST_F(CommandCoding, EveryOtherRecordRoundTrips) {
-    const auto item = FilesystemItemInfo::itemWithPath(URL::fileURL("/a"));
-    EXPECT_EQ(recordRoundTrip(item), item);
-    EXPECT_EQ(recordRoundTrip(kJob), kJob);
-    const auto app = ApplicationInfo::appWithName("n", "id", URL::fileURL("/D"));
-    EXPECT_EQ(recordRoundTrip(app), app);
-    const auto daemon = DaemonInfo::daemonWithName("n", URL::fileURL("/D"));
-    EXPECT_EQ(recordRoundTrip(daemon), daemon);
-    const auto bundleDaemon = BundleDaemonInfo::daemonWithName("n", URL::fileURL("/D/n.bundle"), "id");
-    EXPECT_EQ(recordRoundTrip(bundleDaemon), bundleDaemon);
-}
-
-TEST_F(CommandCoding, EmptyRecordsRoundTripEmpty) {
-    EXPECT_EQ(recordRoundTrip(FilesystemItemInfo()), FilesystemItemInfo());
-    EXPECT_EQ(recordRoundTrip(BundleInfo()), BundleInfo());
-    EXPECT_EQ(recordRoundTrip(LaunchdInfo()), LaunchdInfo());
-    EXPECT_EQ(recordRoundTrip(BundleDaemonInfo()), BundleDaemonInfo());
-}
-
-TEST(CommandInitializers, ThatCommandsDoNotOfferDoNotExist) {
-    EXPECT_FALSE(std::is_default_constructible_v<CommandConcrete>);
-    EXPECT_FALSE((std::is_constructible_v<RemoveCommand, std::string>));
-    EXPECT_FALSE((std::is_constructible_v<CopyCommand, std::string>));
-    EXPECT_FALSE((std::is_constructible_v<LaunchdJobCommand, std::string>));
-    EXPECT_FALSE((std::is_constructible_v<KillProcessCommand, std::string>));
-    EXPECT_FALSE((std::is_constructible_v<UnloadKextCommand, std::string>));
-    EXPECT_TRUE((std::is_constructible_v<UpdateLaunchServices, std::string>));
-}
-
-TEST(CommandInitializers, ConveniencesBuildUnconditionalItems) {
-    const RemoveCommand one("d", URL::fileURL("/a"));
-    EXPECT_EQ(one.itemsToRemove(), (std::vector<RemoveCommand::Item>{{URL::fileURL("/a"), false}}));
-    const RemoveCommand two("d", std::vector{URL::fileURL("/a"), URL::fileURL("/b")});
-    EXPECT_EQ(two.itemsToRemove(),
-              (std::vector<RemoveCommand::Item>{{URL::fileURL("/a"), false}, {URL::fileURL("/b"), false}}));
-    const CopyCommand copy("d", URL::fileURL("/a"), URL::fileURL("/b"));
-    EXPECT_EQ(copy.itemsToCopy(), (std::vector<CopyCommand::Item>{{URL::fileURL("/a"), URL::fileURL("/b")}}));
-    EXPECT_EQ(copy.weight(), 1);
-}
-
-TEST(CommandDeathTest, ExecuteOfTheBaseSaysShouldBeOverriden) {
-    EXPECT_DEATH(CommandConcrete("d").execute(), "^Fatal error: Should be overriden by subclasses\\.\n$");
-}
-
-TEST(CommandDeathTest, ExecuteOfAPlainJobCommandSaysShouldBeOverriden) {
-    EXPECT_DEATH(LaunchdJobCommand("d", kJob, false).execute(),
-                 "^Fatal error: Should be overriden by subclasses\\.\n$");
 }
 
 }  // namespace

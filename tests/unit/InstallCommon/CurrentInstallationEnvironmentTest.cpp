@@ -1,48 +1,28 @@
 #include <gtest/gtest.h>
 
-#include <cstdint>
-#include <map>
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "InstallCommon/CurrentInstallationEnvironment.h"
 #include "InstallCommon/InstallationUtils.h"
 #include "support/FakeMac.h"
+#include "unit/InstallCommon/InstalledProducts.h"
 
 namespace {
 
 using InstallCommon::CurrentInstallationEnvironment;
 using InstallCommon::InstallationUtils;
 using Type = InstallCommon::InstallatedNorvikAntivirusType;
+using InstalledProductTests::kConsole;
+using InstalledProductTests::kNotUpdatableLine;
+using InstalledProductTests::kOtherPaths;
+using InstalledProductTests::kProductFolders;
+using InstalledProductTests::kUpdatableLine;
+using InstalledProductTests::newBundle;
 using TestSupport::CallList;
 using TestSupport::FakeBundle;
 using TestSupport::FakeMac;
-
-const std::string kConsole = "/Applications/Sentrel.app";
-const CallList kOtherPaths{"/Applications/Kaspersky Anti-Virus For Mac.app",
-                           "/Applications/ESET Cyber Security.app",
-                           "/Library/Bitdefender/AVP/AntivirusforMac.app"};
-const CallList kProductFolders{
-    "/Library/Application Support/NORVIK/SNT", "/Library/Application Support/Norvik/AntiVir",
-    "/Library/Application Support/Norvik/Antivirus",
-    "/Library/Application Support/NORVIK/SNT/FileAccessDaemon", "/Applications/NORVIK/SNT"};
-
-const std::string kUpdatableLine = "[SNTM Installer] found installed version true, updatable: true";
-const std::string kNotUpdatableLine = "[SNTM Installer] found installed version true, updatable: false";
-
-CallList joined(CallList first, const CallList& second) {
-    first.insert(first.end(), second.begin(), second.end());
-    return first;
-}
-
-FakeBundle newBundle(const std::map<std::string, std::string>& info) {
-    return {Base::URL::fileURL("/Volumes/New/Uninstall Sentrel.app"), info, {}};
-}
-
-FakeBundle newBundle(const std::string& shortVersion, const std::string& build) {
-    return newBundle({{"CFBundleShortVersionString", shortVersion}, {"CFBundleVersion", build}});
-}
+using Lines = std::vector<std::string>;
 
 void installConsole(FakeMac& mac, const std::string& shortVersion, const std::string& build) {
     mac.files.addFolder(kConsole);
@@ -62,127 +42,6 @@ TEST(InstalledType, HasTheRawValuesZeroToFourAndNoOthers) {
     EXPECT_EQ(InstallCommon::installatedNorvikAntivirusType(INT64_MAX), std::nullopt);
 }
 
-// Other products
-
-TEST(OtherAntivirus, IsNotFoundOnACleanMac) {
-    FakeMac mac;
-    mac.processes.processes = {{7, 501, "Finder", "/Finder"}};
-
-    EXPECT_FALSE(CurrentInstallationEnvironment().otherAntivirusInstalled());
-    EXPECT_EQ(mac.log.lines, CallList{});
-}
-
-TEST(OtherAntivirus, IsNotFoundInAnEmptyProcessList) {
-    FakeMac mac;
-
-    EXPECT_FALSE(CurrentInstallationEnvironment().otherAntivirusInstalled());
-    EXPECT_EQ(mac.callsOf("listPids"), (CallList{"listPids 1 0"}));
-}
-
-TEST(OtherAntivirus, IsFoundByAnyOfItsApplicationsInOrderAndThenNoProcessIsLookedAt) {
-    for (std::size_t i = 0; i < kOtherPaths.size(); ++i) {
-        FakeMac mac;
-        mac.files.addFolder(kOtherPaths[i]);
-        mac.processes.processes = {{7, 501, "kav_agent", "/kav_agent"}};
-
-        EXPECT_TRUE(CurrentInstallationEnvironment().otherAntivirusInstalled());
-
-        const CallList tested(kOtherPaths.begin(), kOtherPaths.begin() + static_cast<std::ptrdiff_t>(i) + 1);
-        EXPECT_EQ(mac.files.existenceTests, joined(tested, kProductFolders));
-        EXPECT_EQ(mac.calls, CallList{});
-    }
-}
-
-TEST(OtherAntivirus, IsFoundByARunningProcessOnlyWhenNoneOfItsApplicationsExists) {
-    for (const char* name : {"kav_agent", "esets_gui", "AntivirusforMac"}) {
-        FakeMac mac;
-        mac.processes.processes = {{7, 501, "Finder", "/Finder"}, {8, 0, name, "/usr/local/x"}};
-
-        EXPECT_TRUE(CurrentInstallationEnvironment().otherAntivirusInstalled()) << name;
-
-        EXPECT_EQ(mac.callsOf("listPids").size(), 2U);
-        EXPECT_EQ(mac.files.existenceTests, joined(kOtherPaths, kProductFolders));
-    }
-}
-
-TEST(OtherAntivirus, IsNotMatchedByASimilarName) {
-    FakeMac mac;
-    mac.processes.processes = {{7, 0, "kav_agent2", "/1"},
-                               {8, 0, "KAV_AGENT", "/2"},
-                               {9, 0, "esets_gu", "/3"},
-                               {10, 0, " kav_agent", "/4"}};
-
-    EXPECT_FALSE(CurrentInstallationEnvironment().otherAntivirusInstalled());
-}
-
-TEST(OtherAntivirus, IsMatchedByALocationThatIsExactlyAnApplicationsPath) {
-    for (const std::string& path : kOtherPaths) {
-        FakeMac mac;
-        mac.processes.processes = {{7, 0, "x", path}};
-        EXPECT_TRUE(CurrentInstallationEnvironment().otherAntivirusInstalled()) << path;
-    }
-}
-
-TEST(OtherAntivirus, IsNotMatchedByAnExecutableInsideAnApplication) {
-    FakeMac mac;
-    mac.processes.processes = {{7, 0, "x", kOtherPaths[0] + "/Contents/MacOS/x"}};
-
-    EXPECT_FALSE(CurrentInstallationEnvironment().otherAntivirusInstalled());
-}
-
-// The product's folders
-
-TEST(InstalledProduct, IsLookedForInTheSupportFolderAndThenInTheEarlierOnes) {
-    FakeMac mac;
-
-    const CurrentInstallationEnvironment environment;
-
-    EXPECT_EQ(mac.files.existenceTests, joined(kOtherPaths, kProductFolders));
-    EXPECT_EQ(mac.log.lines, CallList{});
-    EXPECT_EQ(environment.checkNorvikAntivirusInstallType(newBundle("6.3", "6.3")), Type::notInstalled);
-}
-
-TEST(InstalledProduct, IsFoundByAnyOfItsFoldersAndTheSearchStopsThere) {
-    for (std::size_t i = 0; i < kProductFolders.size(); ++i) {
-        FakeMac mac;
-        mac.files.addFile(kProductFolders[i] + "/x");
-        if (i > 0) {
-            // Made on the way to another one.
-            mac.files.nodes.erase(kProductFolders[0]);
-        }
-
-        const CurrentInstallationEnvironment environment;
-
-        CallList tested(kProductFolders.begin(),
-                        kProductFolders.begin() + static_cast<std::ptrdiff_t>(i) + 1);
-        tested.push_back(kConsole);
-        EXPECT_EQ(mac.files.existenceTests, joined(kOtherPaths, tested));
-        EXPECT_EQ(mac.log.lines, (CallList{kNotUpdatableLine}));
-        EXPECT_EQ(environment.checkNorvikAntivirusInstallType(newBundle("6.3", "6.3")),
-                  Type::installedNotUpdateable);
-    }
-}
-
-TEST(InstalledProduct, IsUpdatableWithItsConsole) {
-    FakeMac mac;
-    mac.files.addFolder(kProductFolders[0]);
-    mac.files.addFolder(kConsole);
-
-    const CurrentInstallationEnvironment environment;
-
-    EXPECT_EQ(mac.log.lines, (CallList{kUpdatableLine}));
-}
-
-TEST(InstalledProduct, IsNeitherFoundNorLoggedByItsConsoleAlone) {
-    FakeMac mac;
-    mac.files.addFolder(kConsole);
-
-    const CurrentInstallationEnvironment environment;
-
-    EXPECT_EQ(mac.log.lines, CallList{});
-    EXPECT_EQ(mac.files.existenceTests, joined(kOtherPaths, kProductFolders));
-}
-
 // The install type
 
 TEST(InstallType, IsZeroWithNoProductFolderAndNoConsoleBundle) {
@@ -190,7 +49,7 @@ TEST(InstallType, IsZeroWithNoProductFolderAndNoConsoleBundle) {
 
     EXPECT_EQ(CurrentInstallationEnvironment().checkNorvikAntivirusInstallType(newBundle("6.3", "6.3")),
               Type::notInstalled);
-    EXPECT_EQ(mac.callsOf("open bundle"), (CallList{"open bundle " + kConsole}));
+    EXPECT_EQ(mac.callsOf("open bundle"), (CallList{{"open bundle", kConsole}}));
 }
 
 TEST(InstallType, IsOneWithAProductFolderAndNoConsoleBundle) {
@@ -285,7 +144,7 @@ TEST(InstallType, ReadsTheBundleAfreshOnEveryCall) {
     mac.bundles.infoByPath.clear();
     EXPECT_EQ(environment.checkNorvikAntivirusInstallType(offered), Type::installedNotUpdateable);
 
-    EXPECT_EQ(mac.callsOf("open bundle"), CallList(4, "open bundle " + kConsole));
+    EXPECT_EQ(mac.callsOf("open bundle"), CallList(4, TestSupport::Call("open bundle", kConsole)));
 }
 
 TEST(InstallationEnvironment, KeepsTheFactsThatItTookWhenItWasMade) {
@@ -303,7 +162,7 @@ TEST(InstallationEnvironment, KeepsTheFactsThatItTookWhenItWasMade) {
     mac.bundles.infoByPath.clear();
     EXPECT_EQ(environment.checkNorvikAntivirusInstallType(newBundle("6.4", "6.4")),
               Type::installedNotUpdateable);
-    EXPECT_EQ(mac.log.lines, (CallList{kUpdatableLine}));
+    EXPECT_EQ(mac.log.lines, (Lines{kUpdatableLine}));
 }
 
 // The shared object
@@ -311,13 +170,13 @@ TEST(InstallationEnvironment, KeepsTheFactsThatItTookWhenItWasMade) {
 TEST(InstallationEnvironment, IsSharedMadeOnFirstUseAndTheSameEverywhere) {
     FakeMac mac;
     mac.files.addFolder(kProductFolders[0]);
-    EXPECT_EQ(mac.log.lines, CallList{});
+    EXPECT_EQ(mac.log.lines, Lines{});
 
     const InstallCommon::InstallationEnvironment& shared = CurrentInstallationEnvironment::shared();
 
     EXPECT_EQ(&InstallationUtils::installationEnvironment(), &shared);
     EXPECT_EQ(&CurrentInstallationEnvironment::shared(), &shared);
-    EXPECT_EQ(mac.log.lines, (CallList{kNotUpdatableLine}));
+    EXPECT_EQ(mac.log.lines, (Lines{kNotUpdatableLine}));
 }
 
 TEST(InstallationEnvironment, KeepsItsSharedFactsForTheProcess) {

@@ -30,7 +30,7 @@ using Base::URL;
 using Bytes = std::vector<std::uint8_t>;
 
 const URL kFolder = URL::fileURL("/Library/Some Folder");
-const LaunchdInfo kJob = LaunchdInfo::launchdWithName("jobd", URL::fileURL("/Library/LaunchDaemons"));
+const LaunchdInfo kJobd = LaunchdInfo::launchdWithName("jobd", URL::fileURL("/Library/LaunchDaemons"));
 const KextInfo kKext = KextInfo::kextWithName("File", "Class", kFolder, "com.norvik.kext");
 
 struct Sample {
@@ -52,14 +52,14 @@ std::vector<Sample> samples() {
     return {{"CommandConcrete", std::make_shared<CommandConcrete>("Text...")},
             {"RemoveCommand", std::make_shared<RemoveCommand>("Delete...", removed)},
             {"CopyCommand", std::make_shared<CopyCommand>("Copy \xC3\xBC...", copied)},
-            {"StartLaunchdJobCommand", StartLaunchdJobCommand::withDaemon("Start...", kJob)},
-            {"StopLaunchdJobCommand", StopLaunchdJobCommand::withAgent("Stop...", kJob)},
+            {"StartLaunchdJobCommand", StartLaunchdJobCommand::withDaemon("Start...", kJobd)},
+            {"StopLaunchdJobCommand", StopLaunchdJobCommand::withAgent("Stop...", kJobd)},
             {"KillProcessCommand", std::make_shared<KillProcessCommand>("Close...", "Process")},
             {"UnloadKextCommand", std::make_shared<UnloadKextCommand>("Unload...", kKext)},
             {"UpdateLaunchServices", std::make_shared<UpdateLaunchServices>("Update...")},
             {"FilesystemItemInfo", record(FilesystemItemInfo::itemWithPath(kFolder))},
             {"BundleInfo", record(BundleInfo::bundleWithPath(kFolder, "com.norvik.bundle"))},
-            {"LaunchdInfo", record(kJob)},
+            {"LaunchdInfo", record(kJobd)},
             {"ApplicationInfo", record(ApplicationInfo::appWithName("App", kFolder, "com.norvik.app"))},
             {"DaemonInfo", record(DaemonInfo::daemonWithName("jobd", kFolder))},
             {"BundleDaemonInfo",

@@ -60,7 +60,7 @@ const Lines& postInstall() {
     return kList;
 }
 
-Lines joined(std::initializer_list<Lines> pieces) {
+Lines inOneList(std::initializer_list<Lines> pieces) {
     Lines all;
     for (const Lines& piece : pieces) {
         all.insert(all.end(), piece.begin(), piece.end());
@@ -115,17 +115,18 @@ TEST_F(InstallSuite, EveryCommandWeighsOne) {
 
 TEST_F(InstallSuite, CleanInstallationIsPreInstallInstallLaunchServices) {
     EXPECT_EQ(commandTexts(CommandLists::cleanInstallation(payload_)),
-              joined({preInstall(), install(), postInstall()}));
+              inOneList({preInstall(), install(), postInstall()}));
     EXPECT_EQ(CommandLists::cleanInstallation(payload_).size(), 13U);
 }
 
 TEST_F(InstallSuite, UpdateHasNoCleanupAndNoPreInstall) {
-    EXPECT_EQ(commandTexts(CommandLists::update(payload_)), joined({uninstall_, install(), postInstall()}));
+    EXPECT_EQ(commandTexts(CommandLists::update(payload_)),
+              inOneList({uninstall_, install(), postInstall()}));
 }
 
 TEST_F(InstallSuite, OverInstallationIsUninstallCleanupPreInstallInstallLaunchServices) {
     EXPECT_EQ(commandTexts(CommandLists::overInstallation(payload_)),
-              joined({uninstall_, cleanup_, preInstall(), install(), postInstall()}));
+              inOneList({uninstall_, cleanup_, preInstall(), install(), postInstall()}));
 }
 
 TEST_F(InstallSuite, PayloadPartsLieOneComponentBelowItsFolder) {

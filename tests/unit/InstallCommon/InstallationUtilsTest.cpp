@@ -6,19 +6,22 @@
 #include "InstallCommon/InstallationUtils.h"
 #include "NorvikCommon/PMProcessMonitor.h"
 #include "support/FakeMac.h"
+#include "support/InstallerLine.h"
 
 namespace {
 
+using TestSupport::installerLine;
+using Lines = std::vector<std::string>;
 using InstallCommon::InstallationUtils;
 using NorvikCommon::PMProcessMonitor;
 using TestSupport::CallList;
 using TestSupport::FakeMac;
 
 std::string resultLine(std::int32_t pid, int result) {
-    return "[SNTM Installer] Kill result for pid " + std::to_string(pid) + ": " + std::to_string(result);
+    return installerLine("Kill result for pid ") + std::to_string(pid) + ": " + std::to_string(result);
 }
 
-const std::string kFailureLine = "[SNTM Installer] Failed to kill process View Logs. Return code: -1.";
+const std::string kFailureLine = installerLine("Failed to kill process View Logs. Return code: -1.");
 
 TEST(KillProcess, SendsTwoSignalsAndWritesTwoResultLinesForANameMatchedByTwoProcesses) {
     FakeMac mac;
@@ -28,9 +31,9 @@ TEST(KillProcess, SendsTwoSignalsAndWritesTwoResultLinesForANameMatchedByTwoProc
     InstallationUtils::killProcess("View Logs");
 
     CallList kills;
-    CallList lines;
+    Lines lines;
     for (const auto& process : PMProcessMonitor::defaultMonitor().allProcessesWithName("View Logs")) {
-        kills.push_back("kill " + std::to_string(process.pid) + " 9");
+        kills.push_back({"kill", process.pid, 9});
         lines.push_back(resultLine(process.pid, 0));
     }
     EXPECT_EQ(kills.size(), 2U);
@@ -46,8 +49,8 @@ TEST(KillProcess, GivesMinusOneAndASecondLineForAProcessThatHasAlreadyGone) {
 
     InstallationUtils::killProcess("View Logs");
 
-    EXPECT_EQ(mac.callsOf("kill"), (CallList{"kill 60 9"}));
-    EXPECT_EQ(mac.log.lines, (CallList{resultLine(60, -1), kFailureLine}));
+    EXPECT_EQ(mac.callsOf("kill"), (CallList{{"kill", 60, 9}}));
+    EXPECT_EQ(mac.log.lines, (Lines{resultLine(60, -1), kFailureLine}));
 }
 
 TEST(KillProcess, GoesOnWithTheNextProcessAfterAFailure) {
@@ -56,7 +59,7 @@ TEST(KillProcess, GoesOnWithTheNextProcessAfterAFailure) {
 
     InstallationUtils::killProcess("View Logs");
 
-    CallList lines;
+    Lines lines;
     for (const auto& process : PMProcessMonitor::defaultMonitor().allProcessesWithName("View Logs")) {
         lines.push_back(resultLine(process.pid, -1));
         lines.push_back(kFailureLine);
@@ -73,7 +76,7 @@ TEST(KillProcess, DoesNothingAndLogsNothingWithoutSuchAProcess) {
     InstallationUtils::killProcess("View Logs");
 
     EXPECT_EQ(mac.callsOf("kill"), CallList{});
-    EXPECT_EQ(mac.log.lines, CallList{});
+    EXPECT_EQ(mac.log.lines, Lines{});
 }
 
 TEST(KillProcess, NeitherWaitsNorLooksASecondTime) {
@@ -82,9 +85,13 @@ TEST(KillProcess, NeitherWaitsNorLooksASecondTime) {
 
     InstallationUtils::killProcess("View Logs");
 
-    EXPECT_EQ(mac.calls,
-              (CallList{"concurrent queue com.merrow.PMMonitor.process-sync", "timer 0 1005000000000 0",
-                        "listPids 1 0", "listPids 1 1", "sync", "sync", "kill 60 9"}));
+    EXPECT_EQ(mac.calls, (CallList{{"concurrent queue", "com.merrow.PMMonitor.process-sync"},
+                                   {"timer", 0, 1005000000000, 0},
+                                   {"listPids", 1, 0},
+                                   {"listPids", 1, 1},
+                                   {"sync"},
+                                   {"sync"},
+                                   {"kill", 60, 9}}));
 }
 
 TEST(KillProcess, MissesAProcessThatWasStartedAfterTheMonitorsFirstUse) {
@@ -95,7 +102,7 @@ TEST(KillProcess, MissesAProcessThatWasStartedAfterTheMonitorsFirstUse) {
     InstallationUtils::killProcess("View Logs");
 
     EXPECT_EQ(mac.callsOf("kill"), CallList{});
-    EXPECT_EQ(mac.log.lines, CallList{});
+    EXPECT_EQ(mac.log.lines, Lines{});
 }
 
 }  // namespace

@@ -6,15 +6,18 @@
 #include <string>
 
 #include "support/FakeMac.h"
+#include "support/InstallerLine.h"
+#include "unit/InstallCommon/CommandArchives.h"
 
 namespace {
 
+using TestSupport::kRepair;
+using Lines = std::vector<std::string>;
 using Base::URL;
 using InstallCommon::RepairItemsUtil;
 using TestSupport::CallList;
 using TestSupport::FakeMac;
-
-const std::string kRepair = "/Library/Application Support/NORVIK/SNT/Repair";
+using TestSupport::installerLine;
 
 TEST(Backup, PreparesTheRepairFolderAndThenCopiesTheItemBelowIt) {
     FakeMac mac;
@@ -23,13 +26,19 @@ TEST(Backup, PreparesTheRepairFolderAndThenCopiesTheItemBelowIt) {
 
     RepairItemsUtil::backup(URL::fileURL("/a/b"));
 
-    EXPECT_EQ(mac.calls,
-              (CallList{"seteuid 0", "create all " + kRepair, "seteuid 501", "chmod " + kRepair + " 0",
-                        "chown " + kRepair, "seteuid 0", "create all " + kRepair + "/a", "seteuid 501",
-                        "copy /a/b", "chown " + kRepair + "/a/b", "chown contents of " + kRepair + "/a/b"}));
-    EXPECT_EQ(mac.log.lines,
-              (CallList{"[SNTM Installer] Backup source: /a/b, destination: " + kRepair + "/a/b",
-                        "[SNTM Installer] Copy source /a/b; destination: " + kRepair + "/a/b"}));
+    EXPECT_EQ(mac.calls, (CallList{{"seteuid", 0},
+                                   {"create all", kRepair},
+                                   {"seteuid", 501},
+                                   {"chmod", kRepair, 0},
+                                   {"chown", kRepair},
+                                   {"seteuid", 0},
+                                   {"create all", kRepair + "/a"},
+                                   {"seteuid", 501},
+                                   {"copy", "/a/b"},
+                                   {"chown", kRepair + "/a/b"},
+                                   {"chown contents of", kRepair + "/a/b"}}));
+    EXPECT_EQ(mac.log.lines, (Lines{installerLine("Backup source: /a/b, destination: ") + kRepair + "/a/b",
+                                    installerLine("Copy source /a/b; destination: ") + kRepair + "/a/b"}));
 }
 
 TEST(Backup, MirrorsTheWholeAbsolutePathOfTheItemBelowTheRepairFolder) {
@@ -69,10 +78,10 @@ TEST(Backup, OfTheSameItemASecondTimeFailsToCopyAndKeepsTheFirstCopy) {
     RepairItemsUtil::backup(URL::fileURL("/a/b"));
 
     const std::string copy = kRepair + "/a/b";
-    EXPECT_EQ(mac.log.lines, (CallList{"[SNTM Installer] Backup source: /a/b, destination: " + copy,
-                                       "[SNTM Installer] Copy source /a/b; destination: " + copy,
-                                       "[SNTM Installer] Error: \"" + copy + "\" exists already"}));
-    EXPECT_EQ(mac.calls, (CallList{"copy /a/b", "chown " + copy, "chown contents of " + copy}));
+    EXPECT_EQ(mac.log.lines, (Lines{installerLine("Backup source: /a/b, destination: ") + copy,
+                                    installerLine("Copy source /a/b; destination: ") + copy,
+                                    installerLine("Error: \"") + copy + "\" exists already"}));
+    EXPECT_EQ(mac.calls, (CallList{{"copy", "/a/b"}, {"chown", copy}, {"chown contents of", copy}}));
     EXPECT_EQ(mac.files.at(copy).mode, 0644);
 }
 
@@ -89,8 +98,9 @@ TEST(Backup, DoesNotReapplyModeAndOwnerOfTheRepairFolderLaterOn) {
 
     EXPECT_EQ(mac.files.at(kRepair).mode, 0755);
     EXPECT_EQ(mac.files.at(kRepair).owner, 501U);
-    EXPECT_EQ(mac.calls,
-              (CallList{"copy /a/c", "chown " + kRepair + "/a/c", "chown contents of " + kRepair + "/a/c"}));
+    EXPECT_EQ(
+        mac.calls,
+        (CallList{{"copy", "/a/c"}, {"chown", kRepair + "/a/c"}, {"chown contents of", kRepair + "/a/c"}}));
 }
 
 TEST(Backup, DoesNotPrepareARepairFolderAgainThatHasGoneMeanwhile) {
@@ -105,7 +115,7 @@ TEST(Backup, DoesNotPrepareARepairFolderAgainThatHasGoneMeanwhile) {
 
     // Made again, but only as a parent.
     EXPECT_EQ(mac.files.at(kRepair).mode, 0755);
-    EXPECT_EQ(mac.callsOf("chmod"), (CallList{"chmod " + kRepair + " 0"}));
+    EXPECT_EQ(mac.callsOf("chmod"), (CallList{{"chmod", kRepair, 0}}));
 }
 
 TEST(Backup, PreparesTheRepairFolderOnceInEveryProcess) {
@@ -113,7 +123,7 @@ TEST(Backup, PreparesTheRepairFolderOnceInEveryProcess) {
         FakeMac mac;
         mac.files.addFile("/a/b");
         RepairItemsUtil::backup(URL::fileURL("/a/b"));
-        EXPECT_EQ(mac.callsOf("chmod"), (CallList{"chmod " + kRepair + " 0"}));
+        EXPECT_EQ(mac.callsOf("chmod"), (CallList{{"chmod", kRepair, 0}}));
     }
 }
 
@@ -126,12 +136,11 @@ TEST(Backup, LogsWhatFailsInThePreparationAndGoesOn) {
 
     const std::string url = "file:///Library/Application%20Support/NORVIK/SNT/Repair";
     const std::string copy = kRepair + "/a/b";
-    EXPECT_EQ(mac.log.lines,
-              (CallList{"[SNTM Installer] Error: No repair folder.",
-                        "[SNTM Installer] Chmod failed for path " + url + " and set errno to 9",
-                        "[SNTM Installer] Chown failed for path " + url + " and set errno to 9.",
-                        "[SNTM Installer] Backup source: /a/b, destination: " + copy,
-                        "[SNTM Installer] Copy source /a/b; destination: " + copy}));
+    EXPECT_EQ(mac.log.lines, (Lines{installerLine("Error: No repair folder."),
+                                    installerLine("Chmod failed for path ") + url + " and set errno to 9",
+                                    installerLine("Chown failed for path ") + url + " and set errno to 9.",
+                                    installerLine("Backup source: /a/b, destination: ") + copy,
+                                    installerLine("Copy source /a/b; destination: ") + copy}));
     EXPECT_TRUE(mac.files.has(copy));
 }
 
@@ -141,12 +150,14 @@ TEST(Backup, OfAMissingItemLogsTheFailedCopyAndTheFailedChown) {
     RepairItemsUtil::backup(URL::fileURL("/a/b"));
 
     const std::string copy = kRepair + "/a/b";
-    EXPECT_EQ(mac.log.lines,
-              (CallList{"[SNTM Installer] Backup source: /a/b, destination: " + copy,
-                        "[SNTM Installer] Copy source /a/b; destination: " + copy,
-                        "[SNTM Installer] Error: \"/a/b\" does not exist",
-                        "[SNTM Installer] Chown failed for path "
-                        "file:///Library/Application%20Support/NORVIK/SNT/Repair/a/b and set errno to 9."}));
+    EXPECT_EQ(
+        mac.log.lines,
+        (Lines{installerLine("Backup source: /a/b, destination: ") + copy,
+               installerLine("Copy source /a/b; destination: ") + copy,
+               installerLine("Error: \"/a/b\" does not exist"),
+               installerLine(
+                   "Chown failed for path "
+                   "file:///Library/Application%20Support/NORVIK/SNT/Repair/a/b and set errno to 9.")}));
 }
 
 }  // namespace

@@ -9,20 +9,20 @@ namespace {
 using NorvikCommon::DaemonConnector;
 using TestSupport::CallList;
 
-constexpr const char* kRoot = "com.norvik.antivirus.DaemonRoot";
+constexpr const char* kDaemonRoot = "com.norvik.antivirus.DaemonRoot";
 constexpr const char* kScanner = "com.norvik.antivirus.OnDemandScannerRoot";
-constexpr const char* kAskForRoot = "root proxy com.norvik.antivirus.DaemonRoot";
-constexpr const char* kAskForScanner = "root proxy com.norvik.antivirus.OnDemandScannerRoot";
-constexpr const char* kModes = "common request modes";
+const TestSupport::Call kAskForRoot{"root proxy", "com.norvik.antivirus.DaemonRoot"};
+const TestSupport::Call kAskForScanner{"root proxy", "com.norvik.antivirus.OnDemandScannerRoot"};
+const TestSupport::Call kModes{"common request modes"};
 
 TEST(DaemonConnector, NamesTheTwoObjects) {
-    EXPECT_EQ(DaemonConnector::rootName, kRoot);
+    EXPECT_EQ(DaemonConnector::rootName, kDaemonRoot);
     EXPECT_EQ(DaemonConnector::onDemandScannerRootName, kScanner);
 }
 
 TEST(DaemonConnector, RootObjectIsLookedUpOnceAndKeptWithTheCommonModes) {
     TestSupport::FakeMac mac;
-    mac.distantObjects.registered = {kRoot};
+    mac.distantObjects.registered = {kDaemonRoot};
     const auto first = DaemonConnector::rootObject();
     EXPECT_NE(first, nullptr);
     EXPECT_EQ(DaemonConnector::rootObject(), first);
@@ -41,7 +41,7 @@ TEST(DaemonConnector, ARootObjectIsValidOnlyWithConnectionSendPortAndReceivePort
                                                        &TestSupport::FakeDistantObject::sendPortIsValid,
                                                        &TestSupport::FakeDistantObject::receivePortIsValid}) {
         TestSupport::FakeMac mac;
-        mac.distantObjects.registered = {kRoot};
+        mac.distantObjects.registered = {kDaemonRoot};
         const auto first = DaemonConnector::rootObject();
         *mac.distantObjects.proxies.at(0).*part = false;
         const auto second = DaemonConnector::rootObject();
@@ -53,7 +53,7 @@ TEST(DaemonConnector, ARootObjectIsValidOnlyWithConnectionSendPortAndReceivePort
 
 TEST(DaemonConnector, ABrokenRootObjectIsDroppedAlsoWhenTheDaemonStaysAway) {
     TestSupport::FakeMac mac;
-    mac.distantObjects.registered = {kRoot};
+    mac.distantObjects.registered = {kDaemonRoot};
     static_cast<void>(DaemonConnector::rootObject());
     mac.distantObjects.registered.clear();
     mac.distantObjects.proxies.at(0)->connectionIsValid = false;
@@ -63,7 +63,7 @@ TEST(DaemonConnector, ABrokenRootObjectIsDroppedAlsoWhenTheDaemonStaysAway) {
 
 TEST(DaemonConnector, TheScannerIsLookedUpAnewAsLongAsNoRootProxyIsKept) {
     TestSupport::FakeMac mac;
-    mac.distantObjects.registered = {kRoot, kScanner};
+    mac.distantObjects.registered = {kDaemonRoot, kScanner};
     const auto first = DaemonConnector::onDemandScannerObject();
     const auto second = DaemonConnector::onDemandScannerObject();
     EXPECT_NE(first, nullptr);
@@ -73,7 +73,7 @@ TEST(DaemonConnector, TheScannerIsLookedUpAnewAsLongAsNoRootProxyIsKept) {
 
 TEST(DaemonConnector, WithAValidRootProxyABrokenScannerIsStillHandedOut) {
     TestSupport::FakeMac mac;
-    mac.distantObjects.registered = {kRoot, kScanner};
+    mac.distantObjects.registered = {kDaemonRoot, kScanner};
     const auto scanner = DaemonConnector::onDemandScannerObject();
     static_cast<void>(DaemonConnector::rootObject());
     mac.distantObjects.proxies.at(0)->connectionIsValid = false;
@@ -82,7 +82,7 @@ TEST(DaemonConnector, WithAValidRootProxyABrokenScannerIsStillHandedOut) {
 
 TEST(DaemonConnector, WithAValidRootProxyAScannerThatWasNeverLookedUpIsAbsent) {
     TestSupport::FakeMac mac;
-    mac.distantObjects.registered = {kRoot, kScanner};
+    mac.distantObjects.registered = {kDaemonRoot, kScanner};
     static_cast<void>(DaemonConnector::rootObject());
     EXPECT_EQ(DaemonConnector::onDemandScannerObject(), nullptr);
     EXPECT_EQ(mac.callsOf("root proxy"), CallList{kAskForRoot});
@@ -90,7 +90,7 @@ TEST(DaemonConnector, WithAValidRootProxyAScannerThatWasNeverLookedUpIsAbsent) {
 
 TEST(DaemonConnector, ABrokenRootProxyMakesAGoodScannerBeLookedUpAnew) {
     TestSupport::FakeMac mac;
-    mac.distantObjects.registered = {kRoot, kScanner};
+    mac.distantObjects.registered = {kDaemonRoot, kScanner};
     const auto scanner = DaemonConnector::onDemandScannerObject();
     static_cast<void>(DaemonConnector::rootObject());
     mac.distantObjects.proxies.at(1)->receivePortIsValid = false;

@@ -55,7 +55,7 @@ TEST(InstallerLog, KeepsTheNamesThatAToolRepeatsOnTheirLines) {
     FakeMac mac;
     const Lines names{"verb", "x\ny", "/p\n/q", "z"};
     NorvikCommon::logLines("no /p\n/q\nand x\ny, x\nyz\nverb", names);
-    EXPECT_EQ(mac.log.lines, Lines{"no /p\\x0a/q\nand x\\x0ay, x\\x0ayz\nverb"});
+    EXPECT_EQ(mac.log.lines, (Lines{"no /p\\x0a/q\nand x\\x0ay, x\\x0ayz\nverb"}));
 }
 
 TEST(InstallerLog, KeepsTheLongerOfTwoNamesThatBeginAlikeOnItsLine) {

@@ -18,6 +18,7 @@ using testing::IsEmpty;
 using testing::UnorderedElementsAre;
 using TestSupport::CallList;
 using TestSupport::FakeMac;
+using Lines = std::vector<std::string>;
 
 const PMProcess kFinder{7, 501, "Finder", URL::fileURL("/Finder")};
 const PMProcess kDock{8, 502, "Dock", URL::fileURL("/Dock")};
@@ -33,9 +34,12 @@ TEST(ProcessMonitor, MakesItsQueueSchedulesItsSuspendedTimerAndTakesTheFirstList
     const PMProcessMonitor monitor;
 
     // The interval is the present plus five seconds: the clock's reading itself.
-    EXPECT_EQ(mac.calls, (CallList{"concurrent queue com.merrow.PMMonitor.process-sync",
-                                   "timer 0 1005000000000 0", "listPids 1 0", "listPids 1 2", "sync"}));
-    EXPECT_EQ(mac.log.lines, CallList{});
+    EXPECT_EQ(mac.calls, (CallList{{"concurrent queue", "com.merrow.PMMonitor.process-sync"},
+                                   {"timer", 0, 1005000000000, 0},
+                                   {"listPids", 1, 0},
+                                   {"listPids", 1, 2},
+                                   {"sync"}}));
+    EXPECT_EQ(mac.log.lines, Lines{});
 }
 
 TEST(ProcessMonitor, ConvertsItsFrequencyToNanosecondsAndTruncates) {
@@ -45,7 +49,8 @@ TEST(ProcessMonitor, ConvertsItsFrequencyToNanosecondsAndTruncates) {
     const PMProcessMonitor quarter(0.25);
     const PMProcessMonitor truncated(0.0000000019);
 
-    EXPECT_EQ(mac.callsOf("timer"), (CallList{"timer 0 250001000 0", "timer 0 1001 0"}));
+    EXPECT_EQ(mac.callsOf("timer"), (CallList{{"timer", 0, 250001000, 0}, {"timer", 0, 1001, 0}}));
+    EXPECT_EQ(mac.callsOf("timer resume"), CallList{});
 }
 
 TEST(ProcessMonitor, ListsTheProcessesOfAllUsersUnlessToldOne) {
@@ -75,7 +80,7 @@ TEST(ProcessMonitor, ReadsItsListOnItsQueueWithoutTakingANewOne) {
 
     EXPECT_THAT(monitor.allProcesses(), UnorderedElementsAre(kFinder, kDock));
 
-    EXPECT_EQ(mac.calls, (CallList{"sync"}));
+    EXPECT_EQ(mac.calls, (CallList{{"sync"}}));
 }
 
 TEST(ProcessMonitor, StoresANewListSynchronouslyOrAsynchronouslyAsTold) {
@@ -85,13 +90,13 @@ TEST(ProcessMonitor, StoresANewListSynchronouslyOrAsynchronouslyAsTold) {
     mac.calls.clear();
 
     monitor.updateProcessList(false);
-    EXPECT_EQ(mac.calls, (CallList{"listPids 1 0", "listPids 1 2", "sync"}));
+    EXPECT_EQ(mac.calls, (CallList{{"listPids", 1, 0}, {"listPids", 1, 2}, {"sync"}}));
     EXPECT_THAT(monitor.allProcesses(), UnorderedElementsAre(kFinder, kDock));
 
     mac.processes.processes.pop_back();
     mac.calls.clear();
     monitor.updateProcessList(true);
-    EXPECT_EQ(mac.calls, (CallList{"listPids 1 0", "listPids 1 1", "async"}));
+    EXPECT_EQ(mac.calls, (CallList{{"listPids", 1, 0}, {"listPids", 1, 1}, {"async"}}));
     EXPECT_THAT(monitor.allProcesses(), ElementsAre(kFinder));
 }
 
@@ -103,7 +108,7 @@ TEST(ProcessMonitor, ResumesItsTimerOnStartAndCancelsItOnStop) {
     monitor.start();
     monitor.stop();
 
-    EXPECT_EQ(mac.calls, (CallList{"timer resume", "timer cancel"}));
+    EXPECT_EQ(mac.calls, (CallList{{"timer resume"}, {"timer cancel"}}));
 }
 
 TEST(ProcessMonitor, StopsWhenItEnds) {
@@ -113,7 +118,7 @@ TEST(ProcessMonitor, StopsWhenItEnds) {
 
     monitor.reset();
 
-    EXPECT_EQ(mac.calls, (CallList{"timer cancel"}));
+    EXPECT_EQ(mac.calls, (CallList{{"timer cancel"}}));
 }
 
 TEST(ProcessMonitor, TakesANewListAsynchronouslyWhenItsTimerFires) {
@@ -126,7 +131,7 @@ TEST(ProcessMonitor, TakesANewListAsynchronouslyWhenItsTimerFires) {
 
     mac.dispatch.timerHandlers.front()();
 
-    EXPECT_EQ(mac.calls, (CallList{"listPids 1 0", "listPids 1 2", "async"}));
+    EXPECT_EQ(mac.calls, (CallList{{"listPids", 1, 0}, {"listPids", 1, 2}, {"async"}}));
     EXPECT_THAT(monitor.allProcesses(), UnorderedElementsAre(kFinder, kDock));
 }
 
@@ -182,7 +187,8 @@ TEST(DefaultMonitor, IsOneMonitorOfAllUsersThatIsNeverStarted) {
 
     EXPECT_EQ(&PMProcessMonitor::defaultMonitor(), &monitor);
     EXPECT_THAT(monitor.allProcesses(), UnorderedElementsAre(kFinder, kDock));
-    EXPECT_EQ(mac.callsOf("timer"), (CallList{"timer 0 1005000000000 0"}));
+    EXPECT_EQ(mac.callsOf("timer"), (CallList{{"timer", 0, 1005000000000, 0}}));
+    EXPECT_EQ(mac.callsOf("timer resume"), CallList{});
     EXPECT_EQ(mac.callsOf("concurrent queue").size(), 1U);
 }
 

@@ -20,6 +20,7 @@ using testing::IsEmpty;
 using testing::UnorderedElementsAre;
 using TestSupport::CallList;
 using TestSupport::FakeMac;
+using Lines = std::vector<std::string>;
 
 TEST(ProcessUtil, IsOneSharedInstance) {
     FakeMac mac;
@@ -38,7 +39,7 @@ TEST(CollectPids, ListsEveryProcessForTheIdThatMeansAllUsers) {
         {1, 0, "launchd", "/sbin/launchd"}, {70, 501, "a", "/a"}, {71, 502, "b", "/b"}};
 
     EXPECT_THAT(PMProcessUtil::shared().collectPidsForUser(0x7FFFFFFF), UnorderedElementsAre(1, 70, 71));
-    EXPECT_EQ(mac.calls, (CallList{"listPids 1 0", "listPids 1 3"}));
+    EXPECT_EQ(mac.calls, (CallList{{"listPids", 1, 0}, {"listPids", 1, 3}}));
 }
 
 TEST(CollectPids, ListsOnlyTheProcessesOfAnyOtherUser) {
@@ -47,7 +48,7 @@ TEST(CollectPids, ListsOnlyTheProcessesOfAnyOtherUser) {
         {1, 0, "launchd", "/sbin/launchd"}, {70, 501, "a", "/a"}, {71, 502, "b", "/b"}};
 
     EXPECT_THAT(PMProcessUtil::shared().collectPidsForUser(501), UnorderedElementsAre(70));
-    EXPECT_EQ(mac.calls, (CallList{"listPids 4 0", "listPids 4 1"}));
+    EXPECT_EQ(mac.calls, (CallList{{"listPids", 4, 0}, {"listPids", 4, 1}}));
     EXPECT_THAT(PMProcessUtil::shared().collectPidsForUser(0), UnorderedElementsAre(1));
 }
 
@@ -70,7 +71,7 @@ TEST(CollectPids, IsEmptyWhenTheListCannotBeHad) {
     mac.processes.refusesToList = true;
 
     EXPECT_THAT(PMProcessUtil::shared().collectPidsForUser(kAllUsersId), IsEmpty());
-    EXPECT_EQ(mac.log.lines, CallList{});
+    EXPECT_EQ(mac.log.lines, Lines{});
 }
 
 TEST(CollectPids, IsEmptyWhenTheCountCannotBeHad) {
@@ -79,7 +80,7 @@ TEST(CollectPids, IsEmptyWhenTheCountCannotBeHad) {
     mac.processes.refusesToCount = true;
 
     EXPECT_THAT(PMProcessUtil::shared().collectPidsForUser(kAllUsersId), IsEmpty());
-    EXPECT_EQ(mac.calls, (CallList{"listPids 1 0"}));
+    EXPECT_EQ(mac.calls, (CallList{{"listPids", 1, 0}}));
 }
 
 TEST(CollectPids, LeavesOutWhatEndsBetweenTheCountAndTheList) {
@@ -131,7 +132,7 @@ TEST(ProcessName, IsAskedForTwiceInARow) {
     mac.processes.processes = {{5, 0, "a", "/b"}};
 
     EXPECT_EQ(PMProcessUtil::shared().processNameForPid(5), "a");
-    EXPECT_EQ(mac.processes.questions, (CallList{"name 5", "name 5"}));
+    EXPECT_EQ(mac.processes.questions, (Lines{"name 5", "name 5"}));
 }
 
 TEST(ProcessName, IsTheSecondAnswerWhateverTheFirstOneWas) {
@@ -164,7 +165,7 @@ TEST(ProcessName, IsTheLastPathComponentOfTheExecutableForAProcessWithoutOne) {
     mac.processes.processes = {{5, 0, "", "/Applications/A.app/Contents/MacOS/A Tool"}};
 
     EXPECT_EQ(PMProcessUtil::shared().processNameForPid(5), "A Tool");
-    EXPECT_EQ(mac.processes.questions, (CallList{"name 5", "name 5", "path 5"}));
+    EXPECT_EQ(mac.processes.questions, (Lines{"name 5", "name 5", "path 5"}));
 }
 
 TEST(ProcessName, IsTheLastPathComponentWhenTheNameGivenIsEmpty) {
@@ -199,7 +200,7 @@ TEST(ProcessWithPid, AsksForUserIdNameAndLocationInThisOrder) {
     const auto process = PMProcess::processWithPid(5);
 
     EXPECT_EQ(process, (PMProcess{5, 501, "a", URL::fileURL("/usr/bin/b")}));
-    EXPECT_EQ(mac.processes.questions, (CallList{"uid 5", "name 5", "name 5", "path 5"}));
+    EXPECT_EQ(mac.processes.questions, (Lines{"uid 5", "name 5", "name 5", "path 5"}));
 }
 
 TEST(ProcessWithPid, IsTheSameWithAGivenProcessUtil) {
@@ -214,7 +215,7 @@ TEST(ProcessWithPid, IsNothingForAPidThatHasExitedAndStopsAtTheFirstQuestion) {
     mac.processes.vanished = {5};
 
     EXPECT_EQ(PMProcess::processWithPid(5), std::nullopt);
-    EXPECT_EQ(mac.processes.questions, (CallList{"uid 5"}));
+    EXPECT_EQ(mac.processes.questions, (Lines{"uid 5"}));
 }
 
 TEST(ProcessWithPid, IsNothingForAProcessWhosePathCannotBeRead) {
@@ -222,7 +223,7 @@ TEST(ProcessWithPid, IsNothingForAProcessWhosePathCannotBeRead) {
     mac.processes.processes = {{5, 0, "kernel_task", ""}};
 
     EXPECT_EQ(PMProcess::processWithPid(5), std::nullopt);
-    EXPECT_EQ(mac.processes.questions, (CallList{"uid 5", "name 5", "name 5", "path 5"}));
+    EXPECT_EQ(mac.processes.questions, (Lines{"uid 5", "name 5", "name 5", "path 5"}));
 }
 
 TEST(ProcessWithPid, IsNothingForAProcessWithoutAnyName) {
@@ -231,7 +232,7 @@ TEST(ProcessWithPid, IsNothingForAProcessWithoutAnyName) {
 
     EXPECT_EQ(PMProcess::processWithPid(5), std::nullopt);
     // The path was asked for as a name only.
-    EXPECT_EQ(mac.processes.questions, (CallList{"uid 5", "name 5", "name 5", "path 5"}));
+    EXPECT_EQ(mac.processes.questions, (Lines{"uid 5", "name 5", "name 5", "path 5"}));
 }
 
 }  // namespace

@@ -15,6 +15,7 @@ using testing::IsEmpty;
 using testing::UnorderedElementsAre;
 using TestSupport::CallList;
 using TestSupport::FakeMac;
+using Lines = std::vector<std::string>;
 
 TEST(AllUsers, ReturnsOnlyUsersWhoseHomeFolderBeginsWithUsers) {
     FakeMac mac;
@@ -56,7 +57,7 @@ TEST(AllUsers, IsEmptyForAnEmptyDatabase) {
     FakeMac mac;
 
     EXPECT_THAT(UIDUtil::allUsers(), IsEmpty());
-    EXPECT_EQ(mac.calls, (CallList{"setpwent", "endpwent"}));
+    EXPECT_EQ(mac.calls, (CallList{{"setpwent"}, {"endpwent"}}));
 }
 
 TEST(AllUsers, RewindsTheDatabaseFirstAndClosesItOnEveryWalk) {
@@ -66,8 +67,8 @@ TEST(AllUsers, RewindsTheDatabaseFirstAndClosesItOnEveryWalk) {
     EXPECT_THAT(UIDUtil::allUsers(), UnorderedElementsAre(501));
     EXPECT_THAT(UIDUtil::allUsers(), UnorderedElementsAre(501));
 
-    EXPECT_EQ(mac.calls, (CallList{"setpwent", "endpwent", "setpwent", "endpwent"}));
-    EXPECT_EQ(mac.log.lines, CallList{});
+    EXPECT_EQ(mac.calls, (CallList{{"setpwent"}, {"endpwent"}, {"setpwent"}, {"endpwent"}}));
+    EXPECT_EQ(mac.log.lines, Lines{});
 }
 
 TEST(AllUsers, FollowsTheFolderThatTheSystemNames) {
@@ -98,13 +99,13 @@ TEST(PerformWithUid, RunsTheBlockUnderTheIdAndGoesBackToTheRealUserId) {
 
     UIDUtil::performWithUid(501, [&] {
         inside = mac.users.effective;
-        mac.calls.emplace_back("block");
+        mac.calls.push_back({"block"});
     });
 
     EXPECT_EQ(inside, 501U);
     EXPECT_EQ(mac.users.effective, 77U);
-    EXPECT_EQ(mac.calls, (CallList{"seteuid 501", "block", "seteuid 77"}));
-    EXPECT_EQ(mac.log.lines, CallList{});
+    EXPECT_EQ(mac.calls, (CallList{{"seteuid", 501}, {"block"}, {"seteuid", 77}}));
+    EXPECT_EQ(mac.log.lines, Lines{});
 }
 
 TEST(PerformWithUid, GoesBackToTheRealUserIdThatItSavedBeforeTheBlock) {
@@ -113,7 +114,7 @@ TEST(PerformWithUid, GoesBackToTheRealUserIdThatItSavedBeforeTheBlock) {
 
     UIDUtil::performWithUid(0, [&] { mac.users.real = 78; });
 
-    EXPECT_EQ(mac.calls, (CallList{"seteuid 0", "seteuid 77"}));
+    EXPECT_EQ(mac.calls, (CallList{{"seteuid", 0}, {"seteuid", 77}}));
 }
 
 TEST(PerformWithUid, RunsTheBlockInAnyCaseWhenTheChangeIsRefused) {
@@ -126,8 +127,8 @@ TEST(PerformWithUid, RunsTheBlockInAnyCaseWhenTheChangeIsRefused) {
     UIDUtil::performWithUid(0, [&] { ids.push_back(mac.users.effective); });
 
     EXPECT_EQ(ids, (std::vector<std::uint32_t>{77}));
-    EXPECT_EQ(mac.calls, (CallList{"seteuid 0", "seteuid 77"}));
-    EXPECT_EQ(mac.log.lines, CallList{});
+    EXPECT_EQ(mac.calls, (CallList{{"seteuid", 0}, {"seteuid", 77}}));
+    EXPECT_EQ(mac.log.lines, Lines{});
 }
 
 }  // namespace

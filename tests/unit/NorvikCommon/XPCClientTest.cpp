@@ -16,13 +16,13 @@ class RecordingClient final : public XPCClient {
 
   protected:
     void willResumeConnection(Platform::XPCConnection& /*connection*/) override {
-        calls_.emplace_back("will resume");
+        calls_.push_back({"will resume"});
     }
     void didResumeConnection(Platform::XPCConnection& /*connection*/) override {
-        calls_.emplace_back("did resume");
+        calls_.push_back({"did resume"});
     }
-    void connectionDidInvalidate() override { calls_.emplace_back("did invalidate"); }
-    void connectionDidInterrupt() override { calls_.emplace_back("did interrupt"); }
+    void connectionDidInvalidate() override { calls_.push_back({"did invalidate"}); }
+    void connectionDidInterrupt() override { calls_.push_back({"did interrupt"}); }
 
   private:
     TestSupport::CallList& calls_;
@@ -41,15 +41,18 @@ TEST(XPCClientTest, ConnectsInTheFixedOrder) {
     TestSupport::FakeMac mac;
     const auto client = std::make_shared<RecordingClient>(mac.calls, true);
     client->connect();
-    EXPECT_EQ(mac.calls, (TestSupport::CallList{"connection service 4096", "set invalidation handler",
-                                                "set interruption handler", "will resume", "resume service",
-                                                "did resume"}));
+    EXPECT_EQ(mac.calls, (TestSupport::CallList{{"connection", "service", 4096},
+                                                {"set invalidation handler"},
+                                                {"set interruption handler"},
+                                                {"will resume"},
+                                                {"resume", "service"},
+                                                {"did resume"}}));
 }
 
 TEST(XPCClientTest, ConnectsWithoutOptionsWhenTheServiceIsNotPrivileged) {
     TestSupport::FakeMac mac;
     std::make_shared<RecordingClient>(mac.calls, false)->connect();
-    EXPECT_EQ(mac.calls.front(), "connection service 0");
+    EXPECT_EQ(mac.calls.front(), (TestSupport::Call{"connection", "service", 0}));
 }
 
 TEST(XPCClientTest, ConnectTwiceGivesTwoConnectionsAndTheFirstIsNotInvalidated) {
@@ -77,7 +80,7 @@ TEST(XPCClientTest, StopInvalidatesTheConnectionAndDropsIt) {
     client->connect();
     client->stop();
     EXPECT_EQ(client->connection(), nullptr);
-    EXPECT_EQ(mac.calls.back(), "invalidate service");
+    EXPECT_EQ(mac.calls.back(), (TestSupport::Call{"invalidate", "service"}));
 }
 
 TEST(XPCClientTest, HandlersReachTheHooksAndLeaveTheConnectionInPlace) {
@@ -87,7 +90,7 @@ TEST(XPCClientTest, HandlersReachTheHooksAndLeaveTheConnectionInPlace) {
     mac.calls.clear();
     mac.xpc.connections[0]->interruptionHandler();
     mac.xpc.connections[0]->invalidationHandler();
-    EXPECT_EQ(mac.calls, (TestSupport::CallList{"did interrupt", "did invalidate"}));
+    EXPECT_EQ(mac.calls, (TestSupport::CallList{{"did interrupt"}, {"did invalidate"}}));
     EXPECT_NE(client->connection(), nullptr);
 }
 

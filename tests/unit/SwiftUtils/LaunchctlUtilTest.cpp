@@ -15,6 +15,7 @@ using Base::URL;
 using SwiftUtils::LaunchctlUtil;
 using TestSupport::CallList;
 using TestSupport::FakeMac;
+using Lines = std::vector<std::string>;
 
 struct Operation {
     std::string name;
@@ -44,8 +45,8 @@ TEST_P(LaunchctlOperation, RunsLaunchctlOnceWithExactlyItsArguments) {
 
     ASSERT_EQ(mac.tasks.argumentVectors.size(), 1U);
     EXPECT_EQ(mac.tasks.argumentVectors.front(), GetParam().arguments);
-    EXPECT_EQ(mac.calls, (CallList{"launch " + commandLine(), "wait", "read output", "read error"}));
-    EXPECT_EQ(mac.log.lines, CallList{});
+    EXPECT_EQ(mac.calls, (CallList{{"launch", commandLine()}, {"wait"}, {"read output"}, {"read error"}}));
+    EXPECT_EQ(mac.log.lines, Lines{});
 }
 
 TEST_P(LaunchctlOperation, IsFalseForAnyStatusOtherThanZero) {
@@ -53,7 +54,7 @@ TEST_P(LaunchctlOperation, IsFalseForAnyStatusOtherThanZero) {
         mac.tasks.results[commandLine()].status = status;
         EXPECT_FALSE(GetParam().run()) << status;
     }
-    EXPECT_EQ(mac.log.lines, CallList{});
+    EXPECT_EQ(mac.log.lines, Lines{});
 }
 
 TEST_P(LaunchctlOperation, LooksAtTheStatusAndNotAtTheReason) {
@@ -69,7 +70,7 @@ TEST_P(LaunchctlOperation, LeavesWhatTheToolPrintedToTheLog) {
 
     EXPECT_EQ(
         mac.log.lines,
-        (CallList{
+        (Lines{
             "[SNTM Installer]\nError description: Boot-out failed: 3: No such process;\ntermination status: "
             "3;\ntermination reason: exit."}));
 }
@@ -108,7 +109,7 @@ TEST(BootstrapAgent, PassesTheDomainOfUserIdZero) {
 
     EXPECT_TRUE(LaunchctlUtil::bootstrapAgent(URL::fileURL("/x.plist"), 0));
 
-    EXPECT_EQ(mac.callsOf("launch"), (CallList{"launch /bin/launchctl bootstrap gui/0 /x.plist"}));
+    EXPECT_EQ(mac.callsOf("launch"), (CallList{{"launch", "/bin/launchctl bootstrap gui/0 /x.plist"}}));
 }
 
 TEST(BootoutAgent, PrintsTheLargestUserIdUnsigned) {
@@ -116,7 +117,8 @@ TEST(BootoutAgent, PrintsTheLargestUserIdUnsigned) {
 
     EXPECT_TRUE(LaunchctlUtil::bootoutAgent(URL::fileURL("/x.plist"), 4294967294U));
 
-    EXPECT_EQ(mac.callsOf("launch"), (CallList{"launch /bin/launchctl bootout gui/4294967294 /x.plist"}));
+    EXPECT_EQ(mac.callsOf("launch"),
+              (CallList{{"launch", "/bin/launchctl bootout gui/4294967294 /x.plist"}}));
 }
 
 TEST(IsDaemonRegistered, RunsLaunchctlWithExactlyTheTwoArgumentsPrintAndTheService) {

@@ -8,9 +8,12 @@
 
 #include "SwiftUtils/Process+Extensions.h"
 #include "support/FakeMac.h"
+#include "support/InstallerLine.h"
 
 namespace {
 
+using TestSupport::installerLine;
+using Lines = std::vector<std::string>;
 using Platform::TerminationReason;
 using SwiftUtils::ProcessResult;
 using TestSupport::CallList;
@@ -23,7 +26,8 @@ TEST(Execute, LaunchesWaitsReadsTheOutputAndThenTheError) {
 
     static_cast<void>(SwiftUtils::execute(std::string("/bin/tool"), std::vector<std::string>{"a", "b c"}));
 
-    EXPECT_EQ(mac.calls, (CallList{"launch /bin/tool a b c", "wait", "read output", "read error"}));
+    EXPECT_EQ(mac.calls,
+              (CallList{{"launch", "/bin/tool a b c"}, {"wait"}, {"read output"}, {"read error"}}));
     ASSERT_EQ(mac.tasks.argumentVectors.size(), 1U);
     EXPECT_EQ(mac.tasks.argumentVectors.front(), (std::vector<std::string>{"a", "b c"}));
 }
@@ -53,7 +57,8 @@ TEST(Execute, OfAURLRunsItsPath) {
     const ProcessResult result =
         SwiftUtils::execute(Base::URL::fileURL("/System/a tool"), std::vector<std::string>{"x"});
 
-    EXPECT_EQ(mac.calls, (CallList{"launch /System/a tool x", "wait", "read output", "read error"}));
+    EXPECT_EQ(mac.calls,
+              (CallList{{"launch", "/System/a tool x"}, {"wait"}, {"read output"}, {"read error"}}));
     EXPECT_EQ(result.terminationStatus(), 4);
 }
 
@@ -66,7 +71,7 @@ TEST(Execute, OfAChildThatWritesNothingYieldsNoTextsAndNoLogLines) {
     EXPECT_EQ(result.errorDescription(), std::nullopt);
     EXPECT_EQ(result.terminationStatus(), 0);
     EXPECT_EQ(result.terminationReason(), TerminationReason::exit);
-    EXPECT_EQ(mac.log.lines, CallList{});
+    EXPECT_EQ(mac.log.lines, Lines{});
 }
 
 TEST(Execute, OfAChildThatFailsSilentlyLogsNothing) {
@@ -76,7 +81,7 @@ TEST(Execute, OfAChildThatFailsSilentlyLogsNothing) {
     const ProcessResult result = SwiftUtils::execute(std::string("/bin/tool"), kNoArguments);
 
     EXPECT_EQ(result.terminationStatus(), 64);
-    EXPECT_EQ(mac.log.lines, CallList{});
+    EXPECT_EQ(mac.log.lines, Lines{});
 }
 
 TEST(Execute, LogsTheErrorWithItsLineBreaksAndThenTheOutput) {
@@ -88,9 +93,9 @@ TEST(Execute, LogsTheErrorWithItsLineBreaksAndThenTheOutput) {
     EXPECT_EQ(result.output(), "fine\n");
     EXPECT_EQ(result.errorDescription(), "not so fine\n");
     EXPECT_EQ(mac.log.lines,
-              (CallList{"[SNTM Installer]\nError description: not so fine\n;\ntermination status: "
-                        "2;\ntermination reason: exit.",
-                        "[SNTM Installer] Output: fine\n"}));
+              (Lines{"[SNTM Installer]\nError description: not so fine\n;\ntermination status: "
+                     "2;\ntermination reason: exit.",
+                     installerLine("Output: fine\n")}));
 }
 
 TEST(Execute, LogsTheErrorAlsoOfAChildThatSucceeded) {
@@ -99,8 +104,8 @@ TEST(Execute, LogsTheErrorAlsoOfAChildThatSucceeded) {
 
     static_cast<void>(SwiftUtils::execute(std::string("/bin/tool"), kNoArguments));
 
-    EXPECT_EQ(mac.log.lines, (CallList{"[SNTM Installer]\nError description: warning;\ntermination status: "
-                                       "0;\ntermination reason: exit."}));
+    EXPECT_EQ(mac.log.lines, (Lines{"[SNTM Installer]\nError description: warning;\ntermination status: "
+                                    "0;\ntermination reason: exit."}));
 }
 
 TEST(Execute, LogsTheOutputAlone) {
@@ -111,7 +116,7 @@ TEST(Execute, LogsTheOutputAlone) {
 
     EXPECT_EQ(result.output(), "gr\xC3\xBC\xC3\x9F");
     EXPECT_EQ(result.errorDescription(), std::nullopt);
-    EXPECT_EQ(mac.log.lines, (CallList{"[SNTM Installer] Output: gr\xC3\xBC\xC3\x9F"}));
+    EXPECT_EQ(mac.log.lines, (Lines{installerLine("Output: gr\xC3\xBC\xC3\x9F")}));
 }
 
 TEST(Execute, YieldsNoTextForAStreamOfInvalidUTF8AndKeepsTheOther) {
@@ -122,14 +127,14 @@ TEST(Execute, YieldsNoTextForAStreamOfInvalidUTF8AndKeepsTheOther) {
     const ProcessResult badOutput = SwiftUtils::execute(std::string("/bin/bad-output"), kNoArguments);
     EXPECT_EQ(badOutput.output(), std::nullopt);
     EXPECT_EQ(badOutput.errorDescription(), "error");
-    EXPECT_EQ(mac.log.lines, (CallList{"[SNTM Installer]\nError description: error;\ntermination status: "
-                                       "1;\ntermination reason: exit."}));
+    EXPECT_EQ(mac.log.lines, (Lines{"[SNTM Installer]\nError description: error;\ntermination status: "
+                                    "1;\ntermination reason: exit."}));
     mac.log.lines.clear();
 
     const ProcessResult badError = SwiftUtils::execute(std::string("/bin/bad-error"), kNoArguments);
     EXPECT_EQ(badError.output(), "output");
     EXPECT_EQ(badError.errorDescription(), std::nullopt);
-    EXPECT_EQ(mac.log.lines, (CallList{"[SNTM Installer] Output: output"}));
+    EXPECT_EQ(mac.log.lines, (Lines{installerLine("Output: output")}));
 }
 
 TEST(Execute, OfAChildKilledByASignalYieldsReasonTwoAndALineThatEndsInUncaughtSignal) {
@@ -140,9 +145,8 @@ TEST(Execute, OfAChildKilledByASignalYieldsReasonTwoAndALineThatEndsInUncaughtSi
 
     EXPECT_EQ(static_cast<std::int32_t>(result.terminationReason()), 2);
     EXPECT_EQ(result.terminationStatus(), 9);
-    EXPECT_EQ(mac.log.lines,
-              (CallList{"[SNTM Installer]\nError description: last words;\ntermination status: "
-                        "9;\ntermination reason: uncaughtSignal."}));
+    EXPECT_EQ(mac.log.lines, (Lines{"[SNTM Installer]\nError description: last words;\ntermination status: "
+                                    "9;\ntermination reason: uncaughtSignal."}));
 }
 
 TEST(Execute, OfAChildKilledByASignalLogsNothingWhenItWroteNothing) {
@@ -151,7 +155,7 @@ TEST(Execute, OfAChildKilledByASignalLogsNothingWhenItWroteNothing) {
 
     static_cast<void>(SwiftUtils::execute(std::string("/bin/tool"), kNoArguments));
 
-    EXPECT_EQ(mac.log.lines, CallList{});
+    EXPECT_EQ(mac.log.lines, Lines{});
 }
 
 TEST(ExecuteDeathTest, EndsTheProcessWhenThePathCannotBeRun) {

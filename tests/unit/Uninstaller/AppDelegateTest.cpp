@@ -9,21 +9,21 @@
 namespace {
 
 using ProductTests::WindowFlow;
+using TestSupport::Call;
 using TestSupport::CallList;
 using Uninstall_Sentrel::AppDelegate;
 using Uninstall_Sentrel::UninstallerWindowController;
 
-const std::string kNotInstalled = "alert [Gut] [Sentrel fehlt.] []";
-const std::string kNewVersion =
-    "alert [OK] [Please, use newer uninstaller in order to uninstall application.] "
-    "[This uninstaller has older version than installed app.]";
-const std::string kNotAuthorized = "alert [Gut] [You are not authorized to run uninstallation.] []";
+const Call kNotInstalled{"alert", "Gut", "Sentrel fehlt.", ""};
+const Call kNewVersion{"alert", "OK", "Please, use newer uninstaller in order to uninstall application.",
+                       "This uninstaller has older version than installed app."};
+const Call kNotAuthorized{"alert", "Gut", "You are not authorized to run uninstallation.", ""};
 
 TEST_F(WindowFlow, RunsTheWholeSequenceInteractivelyAndInOrder) {
     controller_.uninstallAction();
-    EXPECT_EQ(mac_.callsOf("authorize"), CallList{"authorize system.privilege.admin 3"});
-    EXPECT_EQ(mac_.callsOf("bless"),
-              (CallList{"bless com.norvik.InstallerHelper", "bless com.norvik.SupportPrivilegedHelper"}));
+    EXPECT_EQ(mac_.callsOf("authorize"), (CallList{{"authorize", "system.privilege.admin", 3}}));
+    EXPECT_EQ(mac_.callsOf("bless"), (CallList{{"bless", "com.norvik.InstallerHelper"},
+                                               {"bless", "com.norvik.SupportPrivilegedHelper"}}));
     EXPECT_EQ(helper_.packages.size(), 1U);
     EXPECT_EQ(helper_.lists.at(0).size(), 75U);
     EXPECT_EQ(alerts(), CallList());
@@ -103,8 +103,8 @@ TEST_F(WindowFlow, ProductNotInstalledTheAlertAppearsAndTheApplicationQuits) {
     const CallList& calls = callsBefore.front();
     ASSERT_GE(calls.size(), 2U);
     EXPECT_EQ(calls.at(calls.size() - 2), kNotInstalled);
-    EXPECT_EQ(calls.back(), "terminate");
-    EXPECT_EQ(std::count(calls.begin(), calls.end(), "authorize system.privilege.admin 3"), 0);
+    EXPECT_EQ(calls.back(), Call("terminate"));
+    EXPECT_EQ(std::count(calls.begin(), calls.end(), Call("authorize", "system.privilege.admin", 3)), 0);
     EXPECT_EQ(framework_.terminations, static_cast<int>(callsBefore.size()));
     EXPECT_TRUE(controller_.terminateEnabled());
 }
@@ -143,7 +143,7 @@ TEST_F(WindowFlow, AFailedBlessingOfTheInstallerHelperIsNotAuthorized) {
     mac_.serviceManagement.failures["com.norvik.InstallerHelper"] = {"no", 4};
     controller_.uninstallAction();
     EXPECT_EQ(alerts(), CallList{kNotAuthorized});
-    EXPECT_EQ(mac_.callsOf("bless"), CallList{"bless com.norvik.InstallerHelper"});
+    EXPECT_EQ(mac_.callsOf("bless"), (CallList{{"bless", "com.norvik.InstallerHelper"}}));
 }
 
 TEST_F(WindowFlow, AFailedBlessingOfTheSupportHelperIsNotAuthorized) {
@@ -165,8 +165,9 @@ TEST_F(WindowFlow, TheOKOfTheLocalizedAlertsHasADefault) {
     mac_.authorization.grants = false;
     removeProduct();
     controller_.uninstallAction();
-    EXPECT_EQ(alerts(), (CallList{"alert [OK] [] []", kNewVersion,
-                                  "alert [OK] [You are not authorized to run uninstallation.] []"}));
+    EXPECT_EQ(alerts(), (CallList{{"alert", "OK", "", ""},
+                                  kNewVersion,
+                                  {"alert", "OK", "You are not authorized to run uninstallation.", ""}}));
 }
 
 TEST_F(WindowFlow, WithoutAnAlertToShowTheApplicationStillQuits) {

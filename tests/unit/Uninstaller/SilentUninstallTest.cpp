@@ -5,12 +5,14 @@
 
 #include "support/FakeHelper.h"
 #include "support/FakeMac.h"
+#include "support/InstallerLine.h"
 
 namespace {
 
+using TestSupport::installerLine;
 using Lines = std::vector<std::string>;
 
-constexpr const char* kFound = "[SNTM Installer] found installed version true, updatable: true";
+const std::string kFound = installerLine("found installed version true, updatable: true");
 
 class SilentMode : public testing::Test {
   protected:
@@ -44,24 +46,25 @@ TEST(SilentSwitch, AnyOtherArgumentIsIgnored) {
 TEST_F(SilentMode, RunsTheWholeSequenceInOrderAndLogsSuccess) {
     Uninstall_Sentrel::runSilently();
     EXPECT_EQ(mac_.log.lines,
-              (Lines{kFound, "Uninstallation finished", "[SNTM Installer] Uninstallation finished."}));
+              (Lines{kFound, "Uninstallation finished", installerLine("Uninstallation finished.")}));
     EXPECT_EQ(helper_.lists.at(0).size(), 75U);
-    const TestSupport::CallList expectedStart{
-        "authorize system.privilege.admin 2", "bless com.norvik.InstallerHelper",
-        "bless com.norvik.SupportPrivilegedHelper", "end of authorization",
-        "connection com.norvik.SupportPrivilegedHelper 4096"};
+    const TestSupport::CallList expectedStart{{"authorize", "system.privilege.admin", 2},
+                                              {"bless", "com.norvik.InstallerHelper"},
+                                              {"bless", "com.norvik.SupportPrivilegedHelper"},
+                                              {"end of authorization"},
+                                              {"connection", "com.norvik.SupportPrivilegedHelper", 4096}};
     ASSERT_GE(mac_.calls.size(), expectedStart.size());
     EXPECT_EQ(TestSupport::CallList(mac_.calls.begin(),
                                     mac_.calls.begin() + static_cast<std::ptrdiff_t>(expectedStart.size())),
               expectedStart);
-    const TestSupport::CallList expectedEnd{"semaphore 0",
-                                            "connection com.norvik.InstallerHelper 4096",
-                                            "set invalidation handler",
-                                            "set interruption handler",
-                                            "interface CommandExecuting",
-                                            "resume com.norvik.InstallerHelper",
-                                            "proxy",
-                                            "wait until 1060000000000"};
+    const TestSupport::CallList expectedEnd{{"semaphore", 0},
+                                            {"connection", "com.norvik.InstallerHelper", 4096},
+                                            {"set invalidation handler"},
+                                            {"set interruption handler"},
+                                            {"interface", "CommandExecuting"},
+                                            {"resume", "com.norvik.InstallerHelper"},
+                                            {"proxy"},
+                                            {"wait until", 1060000000000}};
     ASSERT_GE(mac_.calls.size(), expectedEnd.size());
     EXPECT_EQ(TestSupport::CallList(mac_.calls.end() - static_cast<std::ptrdiff_t>(expectedEnd.size()),
                                     mac_.calls.end()),
@@ -73,16 +76,16 @@ TEST_F(SilentMode, OfTheProgramBeginsAfterItsClassesAreKnownAndLoadsNoWindow) {
     char option[] = "-s";
     char* arguments[] = {name, option, nullptr};
     Uninstall_Sentrel::runProgram(2, arguments);
-    EXPECT_EQ(mac_.calls.front(), "register 14 classes");
-    EXPECT_EQ(mac_.callsOf("load "), TestSupport::CallList());
-    EXPECT_EQ(mac_.log.lines.back(), "[SNTM Installer] Uninstallation finished.");
+    EXPECT_EQ(mac_.calls.front(), (TestSupport::Call{"register classes", 14}));
+    EXPECT_EQ(mac_.callsOf("load"), TestSupport::CallList());
+    EXPECT_EQ(mac_.log.lines.back(), installerLine("Uninstallation finished."));
 }
 
 TEST_F(SilentMode, WithoutAuthorizationStopsBeforeAnyBlessing) {
     mac_.authorization.grants = false;
     Uninstall_Sentrel::runSilently();
     EXPECT_EQ(mac_.log.lines, (Lines{"Helper authorization and blessing failed. Quitting...",
-                                     "[SNTM Installer] Uninstallation failed."}));
+                                     installerLine("Uninstallation failed.")}));
     EXPECT_EQ(mac_.callsOf("bless"), TestSupport::CallList());
 }
 
@@ -91,8 +94,8 @@ TEST_F(SilentMode, AFailedBlessingOfTheInstallerHelperEndsTheRun) {
     Uninstall_Sentrel::runSilently();
     EXPECT_EQ(mac_.log.lines,
               (Lines{"SMJobBless error: no", "Helper authorization and blessing failed. Quitting...",
-                     "[SNTM Installer] Uninstallation failed."}));
-    EXPECT_EQ(mac_.callsOf("bless"), TestSupport::CallList{"bless com.norvik.InstallerHelper"});
+                     installerLine("Uninstallation failed.")}));
+    EXPECT_EQ(mac_.callsOf("bless"), (TestSupport::CallList{{"bless", "com.norvik.InstallerHelper"}}));
 }
 
 TEST_F(SilentMode, AFailedBlessingOfTheSupportHelperEndsTheRun) {
@@ -100,7 +103,7 @@ TEST_F(SilentMode, AFailedBlessingOfTheSupportHelperEndsTheRun) {
     Uninstall_Sentrel::runSilently();
     EXPECT_EQ(mac_.log.lines,
               (Lines{"SMJobBless error: no", "Helper authorization and blessing failed. Quitting...",
-                     "[SNTM Installer] Uninstallation failed."}));
+                     installerLine("Uninstallation failed.")}));
     EXPECT_TRUE(mac_.xpc.connections.empty());
 }
 
@@ -108,7 +111,7 @@ TEST_F(SilentMode, AFailedRuntimePackageEndsTheRun) {
     helper_.packageError = Platform::Error{"bad package", 1};
     Uninstall_Sentrel::runSilently();
     EXPECT_EQ(mac_.log.lines, (Lines{"bad package", "Failed to install Swift runtime support. Quitting...",
-                                     "[SNTM Installer] Uninstallation failed."}));
+                                     installerLine("Uninstallation failed.")}));
     EXPECT_TRUE(helper_.lists.empty());
 }
 
@@ -116,7 +119,7 @@ TEST_F(SilentMode, AProductThatMustNotBeRemovedEndsTheRun) {
     mac_.bundles.install("/Applications/Sentrel.app", "7.0", "700");
     Uninstall_Sentrel::runSilently();
     EXPECT_EQ(mac_.log.lines,
-              (Lines{kFound, "Antivirus cannot be uninstalled", "[SNTM Installer] Uninstallation failed."}));
+              (Lines{kFound, "Antivirus cannot be uninstalled", installerLine("Uninstallation failed.")}));
     EXPECT_TRUE(helper_.lists.empty());
 }
 
@@ -125,20 +128,20 @@ TEST_F(SilentMode, NoProductAtAllCannotBeUninstalled) {
     mac_.bundles.infoByPath.clear();
     Uninstall_Sentrel::runSilently();
     EXPECT_EQ(mac_.log.lines,
-              (Lines{"Antivirus cannot be uninstalled", "[SNTM Installer] Uninstallation failed."}));
+              (Lines{"Antivirus cannot be uninstalled", installerLine("Uninstallation failed.")}));
 }
 
 TEST_F(SilentMode, WithoutTheLastReportWaitsFor60SecondsAndLogsOnlyTheResult) {
     helper_.reportsAtMost = 74;
     Uninstall_Sentrel::runSilently();
-    EXPECT_EQ(mac_.log.lines, (Lines{kFound, "[SNTM Installer] Uninstallation failed."}));
-    EXPECT_EQ(mac_.calls.back(), "wait until 1060000000000");
+    EXPECT_EQ(mac_.log.lines, (Lines{kFound, installerLine("Uninstallation failed.")}));
+    EXPECT_EQ(mac_.calls.back(), (TestSupport::Call{"wait until", 1060000000000}));
 }
 
 TEST_F(SilentMode, NoReportAtAllAsFromAnEmptyListTimesOutAfter60Seconds) {
     helper_.reportsAtMost = 0;
     Uninstall_Sentrel::runSilently();
-    EXPECT_EQ(mac_.log.lines, (Lines{kFound, "[SNTM Installer] Uninstallation failed."}));
+    EXPECT_EQ(mac_.log.lines, (Lines{kFound, installerLine("Uninstallation failed.")}));
 }
 
 TEST_F(SilentMode, TakesTheDeadlineOnlyAfterTheListWasHandedOver) {
@@ -148,7 +151,7 @@ TEST_F(SilentMode, TakesTheDeadlineOnlyAfterTheListWasHandedOver) {
             mac_.clock.present += 10'000'000'000;
         };
     Uninstall_Sentrel::runSilently();
-    EXPECT_EQ(mac_.calls.back(), "wait until 1070000000000");
+    EXPECT_EQ(mac_.calls.back(), (TestSupport::Call{"wait until", 1070000000000}));
 }
 
 TEST_F(SilentMode, ReportsThatArriveWhileItWaitsEndTheWait) {
@@ -167,7 +170,7 @@ TEST_F(SilentMode, ReportsThatArriveWhileItWaitsEndTheWait) {
     };
     Uninstall_Sentrel::runSilently();
     EXPECT_EQ(mac_.log.lines,
-              (Lines{kFound, "Uninstallation finished", "[SNTM Installer] Uninstallation finished."}));
+              (Lines{kFound, "Uninstallation finished", installerLine("Uninstallation finished.")}));
 }
 
 TEST_F(SilentMode, TheFinishedLineIsWrittenBeforeTheWaitIsEnded) {

@@ -22,7 +22,7 @@ class WindowController : public testing::Test {
         framework_.uninstallButton->action = [this] { controller_.uninstallAction(); };
         framework_.shouldTerminate = [this] { return controller_.terminateEnabled(); };
         framework_.window->controller = &controller_;
-        controller_.setUninstallBlock([this] { mac_.calls.emplace_back("uninstall"); });
+        controller_.setUninstallBlock([this] { mac_.calls.push_back({"uninstall"}); });
     }
 
     TestSupport::FakeMac mac_;
@@ -34,7 +34,7 @@ TEST_F(WindowController, AwakesReadyWithItsTextsAndWithoutProgress) {
     EXPECT_FALSE(controller_.terminateEnabled());
     controller_.awakeFromNib();
     EXPECT_TRUE(controller_.terminateEnabled());
-    EXPECT_EQ(mac_.calls, CallList{"activate"});
+    EXPECT_EQ(mac_.calls, CallList{{"activate"}});
     EXPECT_EQ(framework_.window->title, "Remove Sentrel");
     EXPECT_EQ(framework_.label->value, "Removes Sentrel and its data.");
     EXPECT_EQ(framework_.progressIndicator->values, std::vector<double>{0});
@@ -71,25 +71,27 @@ TEST_F(WindowController, UninstallGoesIntoTheRunningStateBeforeTheBlock) {
         EXPECT_FALSE(framework_.uninstallButton->isEnabled);
         EXPECT_FALSE(framework_.progressIndicator->isHidden);
         EXPECT_FALSE(framework_.progressDescription->isHidden);
-        mac_.calls.emplace_back("uninstall");
+        mac_.calls.push_back({"uninstall"});
     });
     framework_.uninstallButton->press();
-    EXPECT_EQ(mac_.calls, (CallList{"activate", "parental control made",
-                                    "root proxy com.norvik.antivirus.DaemonRoot", "uninstall"}));
+    EXPECT_EQ(mac_.calls, (CallList{{"activate"},
+                                    {"parental control made"},
+                                    {"root proxy", "com.norvik.antivirus.DaemonRoot"},
+                                    {"uninstall"}}));
 }
 
 TEST_F(WindowController, DaemonNotRunningNoParentalControlPrompt) {
     framework_.parentalControlApproves = false;
     controller_.uninstallAction();
     EXPECT_EQ(mac_.callsOf("parental control asked"), CallList());
-    EXPECT_EQ(mac_.callsOf("uninstall"), CallList{"uninstall"});
+    EXPECT_EQ(mac_.callsOf("uninstall"), CallList{{"uninstall"}});
 }
 
 TEST_F(WindowController, ParentalControlThatApprovesLetsTheRunBegin) {
     mac_.distantObjects.registered = {kRoot};
     controller_.uninstallAction();
-    EXPECT_EQ(mac_.callsOf("parental control asked"), CallList{"parental control asked"});
-    EXPECT_EQ(mac_.callsOf("uninstall"), CallList{"uninstall"});
+    EXPECT_EQ(mac_.callsOf("parental control asked"), CallList{{"parental control asked"}});
+    EXPECT_EQ(mac_.callsOf("uninstall"), CallList{{"uninstall"}});
 }
 
 TEST_F(WindowController, ParentalControlThatRefusesChangesNothing) {
@@ -140,16 +142,16 @@ TEST_F(WindowController, FinishedMakesTheButtonTheFinishButtonAndKeepsTheBar) {
     EXPECT_TRUE(controller_.terminateEnabled());
     mac_.calls.clear();
     framework_.uninstallButton->press();
-    EXPECT_EQ(mac_.calls, CallList{"terminate"});
+    EXPECT_EQ(mac_.calls, CallList{{"terminate"}});
     EXPECT_EQ(framework_.terminations, 1);
 }
 
 TEST_F(WindowController, WithoutControlsNothingIsDone) {
     UninstallerWindowController bare(framework_, {});
     bare.awakeFromNib();
-    bare.setUninstallBlock([this] { mac_.calls.emplace_back("uninstall"); });
+    bare.setUninstallBlock([this] { mac_.calls.push_back({"uninstall"}); });
     bare.uninstallAction();
-    EXPECT_EQ(mac_.callsOf("uninstall"), CallList{"uninstall"});
+    EXPECT_EQ(mac_.callsOf("uninstall"), CallList{{"uninstall"}});
     bare.installationFinished();
     EXPECT_TRUE(bare.terminateEnabled());
 }

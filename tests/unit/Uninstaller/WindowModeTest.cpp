@@ -47,18 +47,24 @@ using WindowModeDeathTest = WindowMode;
 
 TEST_F(WindowMode, LoadsTheWindowsLibraryAndHandsTheArgumentsToTheMainRoutineThenRuns) {
     runWindowApplication(2, arguments_);
-    EXPECT_EQ(mac_.calls, (CallList{"load /Applications/Uninstall Sentrel.app/Contents/Frameworks/"
-                                    "UninstallerWindow.dylib SentrelApplicationFramework",
-                                    "main program --silent=1", "run"}));
+    EXPECT_EQ(
+        mac_.calls,
+        (CallList{{"load", "/Applications/Uninstall Sentrel.app/Contents/Frameworks/UninstallerWindow.dylib",
+                   "SentrelApplicationFramework"},
+                  {"main", "program", "--silent=1"},
+                  {"run"}}));
 }
 
 // The window loads the maker's frameworks, which may hold classes of the same names.
 TEST_F(WindowMode, OfTheProgramBeginsAfterItsClassesAreKnown) {
     Uninstall_Sentrel::runProgram(2, arguments_);
-    EXPECT_EQ(mac_.calls, (CallList{"register 14 classes",
-                                    "load /Applications/Uninstall Sentrel.app/Contents/Frameworks/"
-                                    "UninstallerWindow.dylib SentrelApplicationFramework",
-                                    "main program --silent=1", "run"}));
+    EXPECT_EQ(
+        mac_.calls,
+        (CallList{{"register classes", 14},
+                  {"load", "/Applications/Uninstall Sentrel.app/Contents/Frameworks/UninstallerWindow.dylib",
+                   "SentrelApplicationFramework"},
+                  {"main", "program", "--silent=1"},
+                  {"run"}}));
 }
 
 TEST_F(WindowMode, ALibraryThatCannotBeLoadedIsSaidOnStandardErrorAndNothingRuns) {
@@ -96,7 +102,7 @@ TEST_F(WindowMode, TheInterfaceOnceLoadedIsTiedTogether) {
         EXPECT_EQ(mac_.callsOf("terminate").size(), 5U);
     };
     runApplication(framework_, 1, arguments_);
-    EXPECT_EQ(mac_.calls.back(), "run");
+    EXPECT_EQ(mac_.calls.back(), TestSupport::Call{"run"});
 }
 
 TEST_F(WindowMode, BeforeTheInterfaceIsLoadedTheWindowMayCloseAndActionsDoNothing) {

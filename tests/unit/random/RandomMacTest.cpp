@@ -43,7 +43,7 @@ Outcome outcomeOf(const FakeMac& mac, const FakeLaunchd& launchd) {
                     mac.kernelExtensions.loaded.value(),
                     mac.log.lines,
                     launchd.calls,
-                    mac.callsOf("sleep 5").size(),
+                    mac.callsOf("sleep", "5").size(),
                     mac.users.effective};
     for (const auto& process : mac.processes.processes) {
         outcome.processes.push_back(process.name);

@@ -15,12 +15,6 @@ using Base::UnarchivingLimits;
 using Bytes = std::vector<std::uint8_t>;
 using Index = ArchiveBuilder::Index;
 
-// "read", or the refusal.
-std::string outcomeWithin(const Bytes& archive, const UnarchivingLimits& limits) {
-    std::string refusal;
-    return Base::unarchivedArray(archive, Samples::allowedClasses(), refusal, limits) ? "read" : refusal;
-}
-
 std::string withinObjects(const Bytes& archive, std::size_t objects) {
     UnarchivingLimits limits;
     limits.objects = objects;

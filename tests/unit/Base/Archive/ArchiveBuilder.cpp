@@ -136,8 +136,22 @@ std::vector<std::uint8_t> ArchiveBuilder::finish(Index root, Id archiver, Id ver
     return plist.finish(plist.dictionary(frame));
 }
 
+std::vector<std::uint8_t> listOf(ArchiveBuilder& archive, const char* className,
+                                 const ArchiveBuilder::Keys& keys) {
+    return archive.finish({archive.object(archive.classNamed(className), keys)});
+}
+
+std::string outcomeWithin(const std::vector<std::uint8_t>& archive, const Base::UnarchivingLimits& limits) {
+    std::string refusal;
+    return Base::unarchivedArray(archive, Samples::allowedClasses(), refusal, limits) ? "read" : refusal;
+}
+
 std::string outcome(const std::vector<std::uint8_t>& archive) {
     std::string refusal;
     const auto objects = Base::unarchivedArray(archive, Samples::allowedClasses(), refusal);
     return objects ? Samples::described(*objects) : "refused: " + refusal;
+}
+
+std::string linkOutcome(ArchiveBuilder& archive, ArchiveBuilder::Index target, ArchiveBuilder::Index title) {
+    return outcome(archive.finish({archive.link(target, title)}));
 }

@@ -6,6 +6,8 @@
 #include <utility>
 #include <vector>
 
+#include "Base/Archive/KeyedUnarchiver.h"
+
 /// Assembles binary property lists and keyed archives by hand, honest ones and broken ones.
 class PlistBuilder {
   public:
@@ -79,5 +81,17 @@ class ArchiveBuilder {
     std::vector<Id> entries_;
 };
 
+/// A list of one object of `className` with these keys.
+[[nodiscard]] std::vector<std::uint8_t> listOf(ArchiveBuilder& archive, const char* className,
+                                               const ArchiveBuilder::Keys& keys);
+
 /// The refusal of `archive` under the classes of Samples.h, or the text of what it holds.
 [[nodiscard]] std::string outcome(const std::vector<std::uint8_t>& archive);
+
+/// The same of a list of one link.
+[[nodiscard]] std::string linkOutcome(ArchiveBuilder& archive, ArchiveBuilder::Index target,
+                                      ArchiveBuilder::Index title);
+
+/// "read", or the refusal of `archive` under the classes of Samples.h and these limits.
+[[nodiscard]] std::string outcomeWithin(const std::vector<std::uint8_t>& archive,
+                                        const Base::UnarchivingLimits& limits);

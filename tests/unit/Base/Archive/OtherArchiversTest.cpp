@@ -12,10 +12,6 @@ namespace {
 
 using Index = ArchiveBuilder::Index;
 
-std::string linkOutcome(ArchiveBuilder& archive, Index target, Index title) {
-    return outcome(archive.finish({archive.link(target, title)}));
-}
-
 TEST(OtherArchivers, MayWriteMutableArrays) {
     ArchiveBuilder archive;
     const Index removal = archive.object(

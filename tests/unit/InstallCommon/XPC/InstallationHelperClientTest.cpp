@@ -4,46 +4,18 @@
 
 #include <limits>
 
-#include "InstallCommon/CommandLists.h"
 #include "InstallCommon/CommandSuitsProvider.h"
 #include "InstallCommon/Commands/Uninstallation/KillProcessCommand.h"
 #include "InstallCommon/IntallHelper.h"
 #include "support/CommandText.h"
-#include "support/FakeHelper.h"
 #include "support/FakeMac.h"
+#include "unit/InstallCommon/XPC/HelperClient.h"
 
 namespace {
 
+using HelperClientTests::HelperClient;
 using InstallCommon::CommandList;
 using InstallCommon::InstallationHelperClient;
-
-class HelperClient : public testing::Test {
-  protected:
-    HelperClient() { helper_.serve(mac_); }
-
-    void install(const std::string& shortVersion, const std::string& build) {
-        mac_.bundles.install("/Applications/Sentrel.app", shortVersion, build);
-    }
-
-    struct Report {
-        std::string description;
-        std::int32_t total;
-        std::int32_t executed;
-        friend bool operator==(const Report&, const Report&) = default;
-    };
-
-    void recordReports() {
-        client_->setProgressNotificationBlock(
-            [this](const std::string& description, std::int32_t total, std::int32_t executed) {
-                reports_.push_back({description, total, executed});
-            });
-    }
-
-    TestSupport::FakeMac mac_;
-    TestSupport::FakeHelper helper_;
-    std::shared_ptr<InstallationHelperClient> client_ = std::make_shared<InstallationHelperClient>();
-    std::vector<Report> reports_;
-};
 
 CommandList weighing(std::initializer_list<std::int32_t> weights) {
     CommandList commands;
@@ -80,10 +52,12 @@ TEST_F(HelperClient, UninstallSendsTheUninstallAndCleanupListInOneMessage) {
 
 TEST_F(HelperClient, UninstallSetsTheInterfaceBeforeResumingAndTakesTheProxyAfterwards) {
     client_->uninstall();
-    EXPECT_EQ(mac_.calls,
-              (TestSupport::CallList{"connection com.norvik.InstallerHelper 4096", "set invalidation handler",
-                                     "set interruption handler", "interface CommandExecuting",
-                                     "resume com.norvik.InstallerHelper", "proxy"}));
+    EXPECT_EQ(mac_.calls, (TestSupport::CallList{{"connection", "com.norvik.InstallerHelper", 4096},
+                                                 {"set invalidation handler"},
+                                                 {"set interruption handler"},
+                                                 {"interface", "CommandExecuting"},
+                                                 {"resume", "com.norvik.InstallerHelper"},
+                                                 {"proxy"}}));
     EXPECT_NE(client_->remoteObject(), nullptr);
 }
 
@@ -179,106 +153,6 @@ TEST_F(HelperClientWithVersion, CanUninstallDoesNotLookAtOtherAntivirusProducts)
 }
 
 // Installing.
-
-using Check = InstallationHelperClient::EnvironmentCheck;
-using Lines = std::vector<std::string>;
-
-const std::string kFoundWithConsole = "[SNTM Installer] found installed version true, updatable: true";
-const std::string kFoundWithoutConsole = "[SNTM Installer] found installed version true, updatable: false";
-
-class InstallClient : public HelperClient {
-  protected:
-    InstallClient() {
-        mac_.bundles.mainInfo = {{"CFBundleShortVersionString", "6.4"}, {"CFBundleVersion", "640"}};
-    }
-
-    void installedWithConsole(const std::string& shortVersion, const std::string& build) {
-        mac_.files.addFolder("/Library/Application Support/NORVIK/SNT");
-        mac_.files.addFolder("/Applications/Sentrel.app");
-        install(shortVersion, build);
-    }
-    void runInstaller() { client_->install(Base::URL::fileURL("/payload"), "Apps", "Jobs", "Support"); }
-    [[nodiscard]] Lines sent() const { return helper_.lists.empty() ? Lines() : helper_.lists.at(0); }
-
-    const InstallCommon::PayloadLocations payload_ = InstallCommon::PayloadLocations::inDirectory(
-        Base::URL::fileURL("/payload"), "Apps", "Jobs", "Support");
-};
-
-TEST_F(InstallClient, ACleanMacAllowsACleanInstall) {
-    EXPECT_EQ(client_->checkInstallationEnvironment(), (Check{true, false, false}));
-    EXPECT_EQ(mac_.log.lines, Lines());
-}
-
-TEST_F(InstallClient, AnOlderVersionWithItsConsoleIsUpdated) {
-    installedWithConsole("6.3", "630");
-    EXPECT_EQ(client_->checkInstallationEnvironment(), (Check{true, true, false}));
-}
-
-TEST_F(InstallClient, AnInstallationWithoutItsConsoleIsOverinstalled) {
-    mac_.files.addFolder("/Library/Application Support/NORVIK/SNT");
-    EXPECT_EQ(client_->checkInstallationEnvironment(), (Check{true, false, true}));
-}
-
-TEST_F(InstallClient, TheSameVersionRefusesTheInstallation) {
-    installedWithConsole("6.4", "640");
-    runInstaller();
-    EXPECT_EQ(mac_.log.lines,
-              (Lines{kFoundWithConsole, "[SNTM Installer] Has same or newer Norvik installed.",
-                     "[SNTM Installer] Can not install antivirus."}));
-    EXPECT_TRUE(mac_.xpc.connections.empty());
-    EXPECT_TRUE(client_->canUninstall());
-}
-
-TEST_F(InstallClient, ANewerVersionRefusesBothInstallationAndUninstallation) {
-    installedWithConsole("6.5", "650");
-    runInstaller();
-    EXPECT_EQ(mac_.log.lines,
-              (Lines{kFoundWithConsole, "[SNTM Installer] Has same or newer Norvik installed.",
-                     "[SNTM Installer] Can not install antivirus."}));
-    EXPECT_FALSE(client_->canUninstall());
-}
-
-TEST_F(InstallClient, AnotherAntivirusRefusesTheInstallationRegardlessOfTheInstalledType) {
-    mac_.files.addFolder("/Applications/ESET Cyber Security.app");
-    installedWithConsole("6.3", "630");
-    runInstaller();
-    EXPECT_EQ(mac_.log.lines,
-              (Lines{kFoundWithConsole, "[SNTM Installer] There is other antivirus installed.",
-                     "[SNTM Installer] Can not install antivirus."}));
-    EXPECT_TRUE(mac_.xpc.connections.empty());
-    EXPECT_TRUE(client_->canUninstall());
-}
-
-TEST_F(InstallClient, CleanInstallSendsPreInstallInstallAndLaunchServices) {
-    runInstaller();
-    EXPECT_EQ(mac_.log.lines, Lines{"[SNTM Installer] Clean install..."});
-    EXPECT_EQ(sent(), TestSupport::commandTexts(InstallCommon::CommandLists::cleanInstallation(payload_)));
-    EXPECT_EQ(client_->totalCommandsWeight(), 13);
-}
-
-TEST_F(InstallClient, UpdateSendsUninstallInstallAndLaunchServicesOnly) {
-    installedWithConsole("6.3", "630");
-    runInstaller();
-    EXPECT_EQ(mac_.log.lines, (Lines{kFoundWithConsole, "[SNTM Installer] Update..."}));
-    EXPECT_EQ(sent(), TestSupport::commandTexts(InstallCommon::CommandLists::update(payload_)));
-    EXPECT_EQ(client_->totalCommandsWeight(), 73 + 10 + 1);
-}
-
-TEST_F(InstallClient, OverinstallSendsAllFivePieces) {
-    mac_.files.addFolder("/Applications/NORVIK/SNT");
-    runInstaller();
-    EXPECT_EQ(mac_.log.lines, (Lines{kFoundWithoutConsole, "[SNTM Installer] Overinstall..."}));
-    EXPECT_EQ(sent(), TestSupport::commandTexts(InstallCommon::CommandLists::overInstallation(payload_)));
-    EXPECT_EQ(client_->totalCommandsWeight(), 75 + 2 + 10 + 1);
-}
-
-TEST_F(InstallClient, TheOwnerForcesTheOverInstallListEvenOnACleanMachine) {
-    EXPECT_FALSE(client_->shouldOverinstall());
-    client_->setShouldOverinstall(true);
-    runInstaller();
-    EXPECT_EQ(mac_.log.lines, Lines{"[SNTM Installer] Overinstall..."});
-    EXPECT_EQ(sent().size(), 88U);
-}
 
 using HelperClientDeathTest = HelperClient;
 

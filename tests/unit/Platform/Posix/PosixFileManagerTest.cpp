@@ -5,13 +5,17 @@
 #include <sched.h>
 
 #include "FileManagerContract.h"
+#include "OwnershipContract.h"
 #include "Platform/Linux/Files/LinuxFileManager.h"
+#include "RemovalContract.h"
 
 namespace PlatformTests {
 
 using Platform::Linux::LinuxFileManager;
 
 INSTANTIATE_TYPED_TEST_SUITE_P(Linux, FileManagerContract, LinuxFileManager);
+INSTANTIATE_TYPED_TEST_SUITE_P(Linux, OwnershipContract, LinuxFileManager);
+INSTANTIATE_TYPED_TEST_SUITE_P(Linux, RemovalContract, LinuxFileManager);
 
 namespace {
 

@@ -9,6 +9,8 @@
 
 namespace InspectUnitTests {
 
+inline const std::string kConsole = "/Applications/Sentrel.app";
+
 /// A fake Mac with one user (501) who is logged in and one (502) who is not, with no jobs and one process of
 /// another maker; no part of the product is on it.
 class InspectedMac {

@@ -6,10 +6,13 @@
 #include <vector>
 
 #include "support/FakeMac.h"
+#include "support/InstallerLine.h"
 #include "unit/InstallCommon/CommandArchives.h"
 
 namespace {
 
+using TestSupport::installerLine;
+using Lines = std::vector<std::string>;
 using InstallCommon::UpdateLaunchServices;
 using TestSupport::afterTheWire;
 using TestSupport::CallList;
@@ -19,7 +22,7 @@ using TestSupport::ForeignCommand;
 const std::string kTool =
     "/System/Library/Frameworks/CoreServices.framework/Frameworks/LaunchServices.framework/Support/"
     "lsregister";
-const std::string kFolder = "/Library/Application Support/NORVIK/SNT";
+const std::string kRegistered = "/Library/Application Support/NORVIK/SNT";
 
 TEST(UpdateLaunchServices, RunsTheRegistrationToolWithExactlyThreeArguments) {
     FakeMac mac;
@@ -27,23 +30,24 @@ TEST(UpdateLaunchServices, RunsTheRegistrationToolWithExactlyThreeArguments) {
     UpdateLaunchServices("Updating system databases...").execute();
 
     ASSERT_EQ(mac.tasks.argumentVectors.size(), 1U);
-    EXPECT_EQ(mac.tasks.argumentVectors.front(), (std::vector<std::string>{"-r", "-f", kFolder}));
-    EXPECT_EQ(mac.calls,
-              (CallList{"launch " + kTool + " -r -f " + kFolder, "wait", "read output", "read error"}));
-    EXPECT_EQ(mac.log.lines, CallList{});
+    EXPECT_EQ(mac.tasks.argumentVectors.front(), (std::vector<std::string>{"-r", "-f", kRegistered}));
+    EXPECT_EQ(
+        mac.calls,
+        (CallList{{"launch", kTool + " -r -f " + kRegistered}, {"wait"}, {"read output"}, {"read error"}}));
+    EXPECT_EQ(mac.log.lines, Lines{});
 }
 
 TEST(UpdateLaunchServices, SucceedsWhateverTheToolReturns) {
     FakeMac mac;
-    mac.tasks.results[kTool + " -r -f " + kFolder] = {"scanned", "failed to scan", 2};
+    mac.tasks.results[kTool + " -r -f " + kRegistered] = {"scanned", "failed to scan", 2};
 
     UpdateLaunchServices("").execute();
 
     EXPECT_EQ(mac.calls.size(), 4U);
     EXPECT_EQ(mac.log.lines,
-              (CallList{"[SNTM Installer]\nError description: failed to scan;\ntermination status: "
-                        "2;\ntermination reason: exit.",
-                        "[SNTM Installer] Output: scanned"}));
+              (Lines{"[SNTM Installer]\nError description: failed to scan;\ntermination status: "
+                     "2;\ntermination reason: exit.",
+                     installerLine("Output: scanned")}));
 }
 
 TEST(UpdateLaunchServices, HasWeightOneAndKeepsItsDescriptionOnTheWire) {

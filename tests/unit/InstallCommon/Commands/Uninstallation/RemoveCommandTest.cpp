@@ -5,31 +5,32 @@
 #include <string>
 #include <vector>
 
-#include "InstallCommon/Commands/Installation/CopyCommand.h"
 #include "InstallCommon/Commands/Uninstallation/RemoveCommand.h"
 #include "support/FakeMac.h"
+#include "support/InstallerLine.h"
 #include "unit/InstallCommon/CommandArchives.h"
 
 namespace {
 
+using TestSupport::kRepair;
+using Lines = std::vector<std::string>;
 using Base::URL;
-using InstallCommon::CopyCommand;
 using InstallCommon::RemoveCommand;
 using TestSupport::afterTheWire;
 using TestSupport::CallList;
 using TestSupport::FakeMac;
 using TestSupport::ForeignCommand;
-
-const std::string kRepair = "/Library/Application Support/NORVIK/SNT/Repair";
+using TestSupport::installerLine;
+using TestSupport::urls;
 
 std::string removed(const std::string& path) {
-    return "[SNTM Installer] Removed at " + path;
+    return installerLine("Removed at ") + path;
 }
 std::string notThere(const std::string& path) {
-    return "[SNTM Installer] Error removing: \"" + path + "\" does not exist";
+    return installerLine("Error removing: \"") + path + "\" does not exist";
 }
 
-// RemoveCommand: construction
+// Construction
 
 TEST(RemoveCommand, HasWeightOneAndTheDescriptionThatItWasGiven) {
     const RemoveCommand command("Deleting...", URL::fileURL("/a"));
@@ -51,7 +52,7 @@ TEST(RemoveCommand, MadeOfOneURLRemovesItUnconditionally) {
     EXPECT_EQ(command.itemsToRemove(), (std::vector<RemoveCommand::Item>{{URL::fileURL("/a"), false}}));
 }
 
-// RemoveCommand: execution
+// Execution
 
 TEST(RemoveCommand, LeavesANonEmptyFolderAndItsRepairCopyWhenToldRemoveIfEmpty) {
     FakeMac mac;
@@ -62,8 +63,8 @@ TEST(RemoveCommand, LeavesANonEmptyFolderAndItsRepairCopyWhenToldRemoveIfEmpty) 
 
     EXPECT_TRUE(mac.files.has("/a/b"));
     EXPECT_TRUE(mac.files.has(kRepair + "/a/b"));
-    EXPECT_EQ(mac.calls, (CallList{"list /a"}));
-    EXPECT_EQ(mac.log.lines, CallList{});
+    EXPECT_EQ(mac.calls, (CallList{{"list", "/a"}}));
+    EXPECT_EQ(mac.log.lines, Lines{});
 }
 
 TEST(RemoveCommand, DeletesANonEmptyFolderAndItsRepairCopyWhenNotToldRemoveIfEmpty) {
@@ -77,8 +78,8 @@ TEST(RemoveCommand, DeletesANonEmptyFolderAndItsRepairCopyWhenNotToldRemoveIfEmp
     EXPECT_FALSE(mac.files.has("/a/b"));
     EXPECT_FALSE(mac.files.has(kRepair + "/a"));
     EXPECT_TRUE(mac.files.has(kRepair));
-    EXPECT_EQ(mac.calls, (CallList{"remove /a", "remove " + kRepair + "/a"}));
-    EXPECT_EQ(mac.log.lines, (CallList{removed("/a"), removed(kRepair + "/a")}));
+    EXPECT_EQ(mac.calls, (CallList{{"remove", "/a"}, {"remove", kRepair + "/a"}}));
+    EXPECT_EQ(mac.log.lines, (Lines{removed("/a"), removed(kRepair + "/a")}));
 }
 
 TEST(RemoveCommand, RemovesAnEmptyFolderWhenToldRemoveIfEmpty) {
@@ -90,8 +91,8 @@ TEST(RemoveCommand, RemovesAnEmptyFolderWhenToldRemoveIfEmpty) {
 
     EXPECT_FALSE(mac.files.has("/a"));
     EXPECT_FALSE(mac.files.has(kRepair + "/a"));
-    EXPECT_EQ(mac.calls, (CallList{"list /a", "remove /a", "remove " + kRepair + "/a"}));
-    EXPECT_EQ(mac.log.lines, (CallList{removed("/a"), removed(kRepair + "/a")}));
+    EXPECT_EQ(mac.calls, (CallList{{"list", "/a"}, {"remove", "/a"}, {"remove", kRepair + "/a"}}));
+    EXPECT_EQ(mac.log.lines, (Lines{removed("/a"), removed(kRepair + "/a")}));
 }
 
 TEST(RemoveCommand, RemovesAFolderOfHiddenFilesWhenToldRemoveIfEmpty) {
@@ -109,8 +110,8 @@ TEST(RemoveCommand, CountsAFolderThatCannotBeListedAsEmpty) {
 
     RemoveCommand("", std::vector<RemoveCommand::Item>{{URL::fileURL("/a"), true}}).execute();
 
-    EXPECT_EQ(mac.log.lines, (CallList{"[SNTM Installer] Error: \"/a\" could not be listed", notThere("/a"),
-                                       notThere(kRepair + "/a")}));
+    EXPECT_EQ(mac.log.lines, (Lines{installerLine("Error: \"/a\" could not be listed"), notThere("/a"),
+                                    notThere(kRepair + "/a")}));
 }
 
 TEST(RemoveCommand, RemovesTheRepairCopyOfEveryPairThatIsNotSkippedWhetherOrNotThereIsOne) {
@@ -127,9 +128,9 @@ TEST(RemoveCommand, RemovesTheRepairCopyOfEveryPairThatIsNotSkippedWhetherOrNotT
                                                        {URL::fileURL("/missing"), false}})
         .execute();
 
-    EXPECT_EQ(mac.log.lines, (CallList{removed("/without"), notThere(kRepair + "/without"),
-                                       removed("/with copy"), removed(kRepair + "/with copy"),
-                                       notThere("/missing"), notThere(kRepair + "/missing")}));
+    EXPECT_EQ(mac.log.lines,
+              (Lines{removed("/without"), notThere(kRepair + "/without"), removed("/with copy"),
+                     removed(kRepair + "/with copy"), notThere("/missing"), notThere(kRepair + "/missing")}));
     EXPECT_TRUE(mac.files.has("/full/x"));
     EXPECT_TRUE(mac.files.has(kRepair + "/full/x"));
 }
@@ -139,8 +140,8 @@ TEST(RemoveCommand, LooksForTheRepairCopyBelowTheWholePathOfTheItem) {
 
     RemoveCommand("", URL::fileURL("/Applications/Example.app")).execute();
 
-    EXPECT_EQ(mac.calls, (CallList{"remove /Applications/Example.app",
-                                   "remove " + kRepair + "/Applications/Example.app"}));
+    EXPECT_EQ(mac.calls, (CallList{{"remove", "/Applications/Example.app"},
+                                   {"remove", kRepair + "/Applications/Example.app"}}));
 }
 
 TEST(RemoveCommand, GoesOnWithTheRepairCopyAndTheNextItemAfterAFailure) {
@@ -152,8 +153,8 @@ TEST(RemoveCommand, GoesOnWithTheRepairCopyAndTheNextItemAfterAFailure) {
 
     RemoveCommand("", std::vector{URL::fileURL("/a"), URL::fileURL("/b")}).execute();
 
-    EXPECT_EQ(mac.log.lines, (CallList{"[SNTM Installer] Error removing: \"a\" is locked.",
-                                       removed(kRepair + "/a"), removed("/b"), notThere(kRepair + "/b")}));
+    EXPECT_EQ(mac.log.lines, (Lines{installerLine("Error removing: \"a\" is locked."),
+                                    removed(kRepair + "/a"), removed("/b"), notThere(kRepair + "/b")}));
 }
 
 TEST(RemoveCommand, DecodesAndExecutesAnEmptyListAsANoOp) {
@@ -165,7 +166,7 @@ TEST(RemoveCommand, DecodesAndExecutesAnEmptyListAsANoOp) {
     EXPECT_EQ(command->itemsToRemove(), std::vector<RemoveCommand::Item>{});
     command->execute();
     EXPECT_EQ(mac.calls, CallList{});
-    EXPECT_EQ(mac.log.lines, CallList{});
+    EXPECT_EQ(mac.log.lines, Lines{});
 }
 
 TEST(RemoveCommand, RepeatsItsStepWhenRunTwice) {
@@ -177,10 +178,10 @@ TEST(RemoveCommand, RepeatsItsStepWhenRunTwice) {
     command.execute();
 
     EXPECT_EQ(mac.log.lines,
-              (CallList{removed("/a"), notThere(kRepair + "/a"), notThere("/a"), notThere(kRepair + "/a")}));
+              (Lines{removed("/a"), notThere(kRepair + "/a"), notThere("/a"), notThere(kRepair + "/a")}));
 }
 
-// RemoveCommand: on the wire
+// On the wire
 
 TEST(RemoveCommand, KeepsItemsFlagsAndDescriptionOnTheWire) {
     const RemoveCommand sent("Deleting x...", std::vector<RemoveCommand::Item>{{URL::fileURL("/a b"), true},
@@ -192,14 +193,6 @@ TEST(RemoveCommand, KeepsItemsFlagsAndDescriptionOnTheWire) {
     EXPECT_EQ(received->itemsToRemove(), sent.itemsToRemove());
     EXPECT_EQ(received->commandDescription(), "Deleting x...");
     EXPECT_EQ(received->weight(), 1);
-}
-
-std::vector<URL> urls(const std::vector<std::string>& paths) {
-    std::vector<URL> made;
-    for (const std::string& path : paths) {
-        made.push_back(URL::fileURL(path));
-    }
-    return made;
 }
 
 TEST(RemoveCommand, DecodesThreePathsAndTwoFlagsToTwoPairs) {
@@ -256,133 +249,6 @@ TEST(RemoveCommand, DoesNotDecodeWhenAKeyIsMissingOrOfTheWrongType) {
     for (std::size_t i = 0; i < faults.size(); ++i) {
         EXPECT_EQ(afterTheWire<RemoveCommand>(ForeignCommand(RemoveCommand::staticClass(), faults[i])),
                   nullptr)
-            << i;
-    }
-}
-
-// CopyCommand: construction
-
-TEST(CopyCommand, HasWeightOneAndTheDescriptionThatItWasGiven) {
-    const CopyCommand command("Copying...", URL::fileURL("/a"), URL::fileURL("/b"));
-
-    EXPECT_EQ(command.weight(), 1);
-    EXPECT_EQ(command.commandDescription(), "Copying...");
-    EXPECT_EQ(command.itemsToCopy(),
-              (std::vector<CopyCommand::Item>{{URL::fileURL("/a"), URL::fileURL("/b")}}));
-}
-
-// CopyCommand: execution
-
-std::string copyLine(const std::string& from, const std::string& to) {
-    return "[SNTM Installer] Copy source " + from + "; destination: " + to;
-}
-std::string backupLine(const std::string& item) {
-    return "[SNTM Installer] Backup source: " + item + ", destination: " + kRepair + item;
-}
-
-TEST(CopyCommand, PutsTheItemAtItsDestinationAndBacksTheDestinationUpOnce) {
-    FakeMac mac;
-    mac.files.addFile("/from");
-    mac.files.addFolder("/to");
-
-    CopyCommand("", URL::fileURL("/from"), URL::fileURL("/to/x")).execute();
-
-    EXPECT_TRUE(mac.files.has("/to/x"));
-    EXPECT_TRUE(mac.files.has(kRepair + "/to/x"));
-    EXPECT_TRUE(mac.files.has("/from"));
-    EXPECT_EQ(mac.log.lines, (CallList{copyLine("/from", "/to/x"), backupLine("/to/x"),
-                                       copyLine("/to/x", kRepair + "/to/x")}));
-    EXPECT_EQ(mac.calls,
-              (CallList{"copy /from", "chown /to/x", "chown contents of /to/x", "seteuid 0",
-                        "create all " + kRepair, "seteuid 0", "chmod " + kRepair + " 0", "chown " + kRepair,
-                        "seteuid 0", "create all " + kRepair + "/to", "seteuid 0", "copy /to/x",
-                        "chown " + kRepair + "/to/x", "chown contents of " + kRepair + "/to/x"}));
-}
-
-TEST(CopyCommand, BacksUpAfterAFailedCopyAndGoesOnWithTheNextPair) {
-    FakeMac mac;
-    mac.files.addFile("/second");
-    mac.files.addFolder("/to");
-
-    CopyCommand("", std::vector<CopyCommand::Item>{{URL::fileURL("/first"), URL::fileURL("/to/1")},
-                                                   {URL::fileURL("/second"), URL::fileURL("/to/2")}})
-        .execute();
-
-    EXPECT_EQ(
-        mac.log.lines,
-        (CallList{copyLine("/first", "/to/1"), "[SNTM Installer] Error: \"/first\" does not exist",
-                  "[SNTM Installer] Chown failed for path file:///to/1 and set errno to 9.",
-                  backupLine("/to/1"), copyLine("/to/1", kRepair + "/to/1"),
-                  "[SNTM Installer] Error: \"/to/1\" does not exist",
-                  "[SNTM Installer] Chown failed for path "
-                  "file:///Library/Application%20Support/NORVIK/SNT/Repair/to/1 and set errno to 9.",
-                  copyLine("/second", "/to/2"), backupLine("/to/2"), copyLine("/to/2", kRepair + "/to/2")}));
-    EXPECT_TRUE(mac.files.has("/to/2"));
-    EXPECT_TRUE(mac.files.has(kRepair + "/to/2"));
-}
-
-TEST(CopyCommand, DecodesAndExecutesAnEmptyListAsANoOp) {
-    FakeMac mac;
-    const auto command =
-        afterTheWire<CopyCommand>(CopyCommand("Nothing...", std::vector<CopyCommand::Item>{}));
-
-    ASSERT_NE(command, nullptr);
-    EXPECT_EQ(command->itemsToCopy(), std::vector<CopyCommand::Item>{});
-    command->execute();
-    EXPECT_EQ(mac.calls, CallList{});
-    EXPECT_EQ(mac.log.lines, CallList{});
-}
-
-// CopyCommand: on the wire
-
-TEST(CopyCommand, KeepsPairsAndDescriptionOnTheWire) {
-    const CopyCommand sent("Copying...",
-                           std::vector<CopyCommand::Item>{{URL::fileURL("/a"), URL::fileURL("/b")},
-                                                          {URL::fileURL("/c d"), URL::fileURL("/e")}});
-
-    const auto received = afterTheWire<CopyCommand>(sent);
-
-    ASSERT_NE(received, nullptr);
-    EXPECT_EQ(received->itemsToCopy(), sent.itemsToCopy());
-    EXPECT_EQ(received->commandDescription(), "Copying...");
-    EXPECT_EQ(received->weight(), 1);
-}
-
-TEST(CopyCommand, IgnoresExtraElementsOfTheLongerArray) {
-    const ForeignCommand archived(CopyCommand::staticClass(), [](Base::Coder& coder) {
-        coder.encodeURLs("source", urls({"/a"}));
-        coder.encodeURLs("destination", urls({"/b", "/c"}));
-        coder.encodeString("commandDescription", "");
-    });
-
-    const auto command = afterTheWire<CopyCommand>(archived);
-
-    ASSERT_NE(command, nullptr);
-    EXPECT_EQ(command->itemsToCopy(),
-              (std::vector<CopyCommand::Item>{{URL::fileURL("/a"), URL::fileURL("/b")}}));
-}
-
-TEST(CopyCommand, DoesNotDecodeWhenAKeyIsMissingOrOfTheWrongType) {
-    const std::vector<std::function<void(Base::Coder&)>> faults{
-        [](Base::Coder& coder) {
-            coder.encodeURLs("destination", urls({"/b"}));
-            coder.encodeString("commandDescription", "");
-        },
-        [](Base::Coder& coder) {
-            coder.encodeURLs("source", urls({"/a"}));
-            coder.encodeString("commandDescription", "");
-        },
-        [](Base::Coder& coder) {
-            coder.encodeURLs("source", urls({"/a"}));
-            coder.encodeURLs("destination", urls({"/b"}));
-        },
-        [](Base::Coder& coder) {
-            coder.encodeURLs("source", urls({"/a"}));
-            coder.encodeBools("destination", {true});
-            coder.encodeString("commandDescription", "");
-        }};
-    for (std::size_t i = 0; i < faults.size(); ++i) {
-        EXPECT_EQ(afterTheWire<CopyCommand>(ForeignCommand(CopyCommand::staticClass(), faults[i])), nullptr)
             << i;
     }
 }

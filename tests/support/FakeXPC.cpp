@@ -1,75 +1,10 @@
-#include "Base/FatalError.h"
-#include "support/FakeMac.h"
+#include "support/FakeXPC.h"
+
+#include <utility>
 
 namespace TestSupport {
 
 namespace {
-
-class FakeSemaphore final : public Platform::Semaphore {
-  public:
-    FakeSemaphore(std::int64_t value, FakeDispatch& owner, CallList& calls)
-        : value_(value), owner_(owner), calls_(calls) {}
-
-    void signal() override {
-        if (owner_.onSignal) {
-            owner_.onSignal();
-        }
-        ++value_;
-    }
-    [[nodiscard]] bool wait(std::uint64_t deadline) override {
-        calls_.push_back("wait until " + std::to_string(deadline));
-        if (owner_.onWait) {
-            owner_.onWait();
-        }
-        if (value_ <= 0) {
-            return false;
-        }
-        --value_;
-        return true;
-    }
-
-  private:
-    std::int64_t value_;
-    FakeDispatch& owner_;
-    CallList& calls_;
-};
-
-class FakeQueue final : public Platform::Queue {
-  public:
-    FakeQueue(FakeDispatch& owner, CallList& calls) : owner_(owner), calls_(calls) {}
-
-    void async(std::function<void()> block) override {
-        calls_.emplace_back("async");
-        if (owner_.keepsBlocks) {
-            owner_.kept.push_back(std::move(block));
-        } else {
-            block();
-        }
-    }
-    void sync(const std::function<void()>& block) override {
-        calls_.emplace_back("sync");
-        block();
-    }
-
-  private:
-    FakeDispatch& owner_;
-    CallList& calls_;
-};
-
-class FakeTimer final : public Platform::Timer {
-  public:
-    explicit FakeTimer(CallList& calls) : calls_(calls) {}
-
-    void schedule(std::uint64_t start, std::uint64_t interval, std::uint64_t leeway) override {
-        calls_.push_back("timer " + std::to_string(start) + " " + std::to_string(interval) + " " +
-                         std::to_string(leeway));
-    }
-    void resume() override { calls_.emplace_back("timer resume"); }
-    void cancel() override { calls_.emplace_back("timer cancel"); }
-
-  private:
-    CallList& calls_;
-};
 
 class FakeRemoteObject final : public Platform::XPCObject {
   public:
@@ -91,70 +26,42 @@ class FakeRemoteObject final : public Platform::XPCObject {
 
 }  // namespace
 
-void FakeDispatch::runKept() {
-    while (!kept.empty()) {
-        const std::function<void()> block = std::move(kept.front());
-        kept.pop_front();
-        block();
-    }
-}
-
-std::unique_ptr<Platform::Semaphore> FakeDispatch::makeSemaphore(std::int64_t value) {
-    calls_.push_back("semaphore " + std::to_string(value));
-    return std::make_unique<FakeSemaphore>(value, *this, calls_);
-}
-
-std::unique_ptr<Platform::Queue> FakeDispatch::makeConcurrentQueue(const std::string& label) {
-    calls_.push_back("concurrent queue " + label);
-    return std::make_unique<FakeQueue>(*this, calls_);
-}
-
-std::unique_ptr<Platform::Queue> FakeDispatch::makeSerialQueue(const std::string& label) {
-    calls_.push_back("serial queue " + label);
-    return std::make_unique<FakeQueue>(*this, calls_);
-}
-
-std::unique_ptr<Platform::Timer> FakeDispatch::makeTimer(std::function<void()> handler) {
-    timerHandlers.push_back(std::move(handler));
-    return std::make_unique<FakeTimer>(calls_);
-}
-
 FakeConnection::FakeConnection(CallList& calls, std::string service, FakeService answer)
     : calls_(calls), service_(std::move(service)), answer_(std::move(answer)) {}
 
 void FakeConnection::setRemoteObjectInterface(Platform::XPCInterface interface) {
-    calls_.push_back("interface " + std::string(interface.protocolName));
+    calls_.push_back({"interface", std::string(interface.protocolName)});
     remoteInterface = std::move(interface);
 }
 
 void FakeConnection::setExportedObject(Platform::XPCInterface interface,
                                        std::shared_ptr<Platform::XPCObject> object) {
-    calls_.push_back("export " + std::string(interface.protocolName));
+    calls_.push_back({"export", std::string(interface.protocolName)});
     exportedInterface = std::move(interface);
     exportedObject = std::move(object);
 }
 
 void FakeConnection::setInvalidationHandler(std::function<void()> handler) {
-    calls_.emplace_back("set invalidation handler");
+    calls_.push_back({"set invalidation handler"});
     invalidationHandler = std::move(handler);
 }
 
 void FakeConnection::setInterruptionHandler(std::function<void()> handler) {
-    calls_.emplace_back("set interruption handler");
+    calls_.push_back({"set interruption handler"});
     interruptionHandler = std::move(handler);
 }
 
 void FakeConnection::resume() {
-    calls_.push_back("resume " + service_);
+    calls_.push_back({"resume", service_});
 }
 
 void FakeConnection::invalidate() {
-    calls_.push_back("invalidate " + service_);
+    calls_.push_back({"invalidate", service_});
     isInvalidated = true;
 }
 
 std::shared_ptr<Platform::XPCObject> FakeConnection::remoteObjectProxy() {
-    calls_.emplace_back("proxy");
+    calls_.push_back({"proxy"});
     if (!remoteInterface) {
         return nullptr;
     }
@@ -164,7 +71,7 @@ std::shared_ptr<Platform::XPCObject> FakeConnection::remoteObjectProxy() {
 
 std::shared_ptr<Platform::XPCObject> FakeConnection::synchronousRemoteObjectProxy(
     std::function<void(const Platform::Error&)> failed) {
-    calls_.emplace_back("synchronous proxy");
+    calls_.push_back({"synchronous proxy"});
     if (!remoteInterface) {
         return nullptr;
     }
@@ -193,12 +100,12 @@ std::shared_ptr<Platform::XPCObject> FakeConnection::synchronousRemoteObjectProx
 }
 
 void FakeXPC::registerClasses(const Base::AllowedClasses& classes) {
-    calls_.push_back("register " + std::to_string(classes.objects.size()) + " classes");
+    calls_.push_back({"register classes", classes.objects.size()});
 }
 
 std::shared_ptr<Platform::XPCConnection> FakeXPC::makeConnection(const std::string& machServiceName,
                                                                  std::uint32_t options) {
-    calls_.push_back("connection " + machServiceName + " " + std::to_string(options));
+    calls_.push_back({"connection", machServiceName, options});
     auto connection = std::make_shared<FakeConnection>(calls_, machServiceName, services[machServiceName]);
     connection->protocolOfProxy = protocolOfProxies;
     if (const auto found = unreachable.find(machServiceName); found != unreachable.end()) {
@@ -210,7 +117,7 @@ std::shared_ptr<Platform::XPCConnection> FakeXPC::makeConnection(const std::stri
 
 std::unique_ptr<Platform::XPCListener> FakeXPC::makeListener(
     const std::string& machServiceName, const std::vector<std::string>& clientRequirements) {
-    calls_.push_back("listen " + machServiceName);
+    calls_.push_back({"listen", machServiceName});
     requirements = clientRequirements;
     return std::move(listener);
 }

@@ -1,0 +1,144 @@
+#include <gtest/gtest.h>
+
+#include <sys/socket.h>
+
+#include <chrono>
+
+#include "InstallCommon/XPC/InstallationXPCUtils.h"
+#include "RawPeer.h"
+#include "XPCTestClient.h"
+#include "XPCTestService.h"
+
+namespace {
+
+using namespace XPCTests;
+using Lines = std::vector<std::string>;
+
+TEST(XPCListener, ReturnsWhenNobodyIsConnectedForItsIdleTime) {
+    const auto start = std::chrono::steady_clock::now();
+    {
+        TestService service;
+        service.start();
+    }
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(900));
+}
+
+TEST(XPCListener, StaysWhileATransactionIsOpen) {
+    Journal journal;
+    auto service = std::make_unique<TestService>();
+    auto transaction = service->listener().transaction();
+    service->start();
+    std::thread waiter([&] {
+        service.reset();
+        journal.add("returned");
+    });
+    std::this_thread::sleep_for(std::chrono::milliseconds(1500));
+    EXPECT_EQ(journal.lines(), Lines());
+    transaction.reset();
+    EXPECT_EQ(journal.waitFor(1), Lines{"returned"});
+    waiter.join();
+}
+
+constexpr std::uint32_t kAnHour = 3600;
+
+TEST(XPCListener, ReturnsAtOnceWhenItIsStoppedAndNobodyIsConnected) {
+    TestService service("com.norvik.test", kAnHour);
+    service.start();
+    service.listener().stop();
+}
+
+TEST(XPCListener, StopsAtOnceWhenTheLastPeerHasLeft) {
+    TestService service("com.norvik.test", kAnHour);
+    service.start();
+    const Client client(service);
+    client.connection->resume();
+    EXPECT_EQ(ask(client.connection, "/a"), "success");
+    service.listener().stop();
+    EXPECT_EQ(ask(client.connection, "/b"), "success");
+    client.connection->invalidate();
+}
+
+TEST(XPCListener, TakesAPeerThatCameBeforeItWasStopped) {
+    TestService service("com.norvik.test", kAnHour);
+    const Platform::Posix::Descriptor peer = connectTo(service.socketPath());
+    service.listener().stop();
+    service.start();
+    char first = 0;
+    EXPECT_EQ(::recv(peer.get(), &first, 1, 0), 1);
+}
+
+TEST(XPCListener, APeerThatStaysConnectedDoesNotKeepAListenerThatDisregardsPeers) {
+    auto service = std::make_unique<TestService>("com.norvik.test", 0);
+    std::shared_ptr<void> work = service->listener().transaction();
+    service->start();
+    const Client client(*service);
+    client.connection->resume();
+    EXPECT_EQ(ask(client.connection, "/a"), "success");
+    service->listener().disregardPeers();
+    work.reset();
+    // Waits until it has returned.
+    service.reset();
+    EXPECT_EQ(client.events->lines(), Lines());
+    client.connection->invalidate();
+}
+
+TEST(XPCListener, ATransactionKeepsAStoppedListenerWhichGoesOnServing) {
+    TestService service("com.norvik.test", 0);
+    std::shared_ptr<void> work = service.listener().transaction();
+    service.start();
+    service.listener().stop();
+    const Client client(service);
+    client.connection->resume();
+    EXPECT_EQ(ask(client.connection, "/a"), "success");
+    work.reset();
+}
+
+TEST(XPCListener, RefusesAPeerOfAnotherIdentityBeforeReadingAByteAndGoesOnServing) {
+    TestService service("com.somebody.else");
+    service.start();
+    const Client client(service);
+    client.connection->resume();
+    client.say("hello");
+    EXPECT_EQ(client.events->waitFor(1), Lines{"invalidated"});
+    const std::string peer =
+        "process " + std::to_string(::getpid()) + " of user " + std::to_string(::geteuid());
+    EXPECT_EQ(service.refused.waitFor(1), Lines{peer + ": its identity is not an authorized client's"});
+    EXPECT_EQ(service.received.lines(), Lines());
+    const Client second(service);
+    second.connection->resume();
+    second.say("hello");
+    EXPECT_EQ(service.refused.waitFor(2).size(), 2U);
+}
+
+TEST(XPCListener, RefusesAPeerWithoutAnIdentity) {
+    TestService service(std::nullopt);
+    service.start();
+    const Client client(service);
+    client.connection->resume();
+    EXPECT_EQ(ask(client.connection, "/p"),
+              "failed: The connection to service named test.service was invalidated.");
+    const std::string peer =
+        "process " + std::to_string(::getpid()) + " of user " + std::to_string(::geteuid());
+    EXPECT_EQ(service.refused.waitFor(1), Lines{peer + ": its code has no identity that can be trusted"});
+}
+
+TEST(XPCListener, APeerThatItsOwnerDoesNotTakeIsInvalidated) {
+    TestService service;
+    service.accepts = false;
+    service.start();
+    const Client client(service);
+    client.connection->resume();
+    client.say("hello");
+    EXPECT_EQ(client.events->waitFor(1), Lines{"invalidated"});
+    EXPECT_EQ(service.received.lines(), Lines());
+}
+
+TEST(Requirement, NamesItsIdentifier) {
+    using Platform::Linux::identifierOfRequirement;
+    EXPECT_EQ(identifierOfRequirement(R"(identifier "a.b" and anchor apple generic)"), "a.b");
+    EXPECT_EQ(identifierOfRequirement(R"(anchor apple and identifier "a.b")"), "a.b");
+    EXPECT_EQ(identifierOfRequirement("anchor apple generic"), std::nullopt);
+    EXPECT_EQ(identifierOfRequirement(R"(identifier "a.b)"), std::nullopt);
+}
+
+}  // namespace
