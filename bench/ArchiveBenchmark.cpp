@@ -12,8 +12,7 @@
 #include "Base/Archive/KeyedUnarchiver.h"
 #include "InstallCommon/CommandSuitsProvider.h"
 #include "InstallCommon/XPC/InstallationXPCUtils.h"
-#include "Platform/SystemPorts.h"
-#include "ReadOnlyPorts.h"
+#include "Platform/FolderNames.h"
 
 // How long it takes to archive and to unarchive the 75 commands of one uninstallation.
 // With --write_archive=FILE the program writes that archive instead, for the comparison with other archivers.
@@ -82,7 +81,7 @@ BENCHMARK(encode)->Unit(benchmark::kMicrosecond);
 BENCHMARK(decode)->Unit(benchmark::kMicrosecond);
 
 int main(int argc, char** argv) {
-    Platform::SystemPorts::setCurrent(&Tools::readOnlyPorts());
+    Platform::SystemPorts::setCurrent(&Platform::folderNamesOnly());
     constexpr std::string_view kWriteArchive = "--write_archive=";
     if (argc == 2 && std::string_view(argv[1]).starts_with(kWriteArchive)) {
         return writeArchive(argv[1] + kWriteArchive.size());

@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-#include "Platform/Linux/Files/LinuxFileManager.h"
+#include "Platform/Posix/PosixFileManager.h"
 
 namespace {
 
@@ -60,7 +60,7 @@ void showPeakMemory() {
 }
 
 int run(int count, char** arguments) {
-    Platform::Linux::LinuxFileManager files;
+    Platform::Posix::PosixFileManager files;
     const std::string_view verb = count > 1 ? arguments[1] : "";
     const auto item = [arguments](int index) { return Base::URL::fileURL(arguments[index]); };
     std::uint32_t owner = 0;

@@ -11,8 +11,7 @@
 
 #include <CLI/CLI.hpp>
 
-#include "Platform/SystemPorts.h"
-#include "ReadOnlyPorts.h"
+#include "Platform/FolderNames.h"
 #include "macsim/CommandLineWords.h"
 #include "macsim/Commands.h"
 #include "macsim/Namespaces.h"
@@ -237,7 +236,7 @@ int run(int argc, char** argv) {
 }  // namespace Simulator
 
 int main(int argc, char** argv) {
-    Platform::SystemPorts::setCurrent(&Tools::readOnlyPorts());
+    Platform::SystemPorts::setCurrent(&Platform::folderNamesOnly());
     // A Mac's folders have the same modes whoever makes them.
     ::umask(022);
     try {

@@ -61,7 +61,7 @@ const std::shared_ptr<InstallationHelperClient>& theClient() {
 
 int install(const Request& request) {
     const Platform::SystemPorts& ports = Platform::SystemPorts::current();
-    const std::shared_ptr<Platform::Semaphore> finished = ports.dispatch.makeSemaphore(0);
+    const std::shared_ptr<Platform::Semaphore> finished = ports.dispatch->makeSemaphore(0);
     InstallationHelperClient& client = *theClient();
     client.setShouldOverinstall(request.forceOverinstall);
     client.setProgressNotificationBlock(
@@ -77,7 +77,7 @@ int install(const Request& request) {
     if (client.totalCommandsWeight() == 0) {
         return fail(kFailed, "the installation was refused; the system log says why");
     }
-    if (!finished->wait(ports.clock.time(request.timeout * kNanosecondsPerSecond))) {
+    if (!finished->wait(ports.clock->time(request.timeout * kNanosecondsPerSecond))) {
         return fail(kFailed,
                     "no report of the end came within " + std::to_string(request.timeout) + " seconds");
     }

@@ -10,7 +10,8 @@ CommandExecutor::CommandExecutor(Platform::XPCListener& listener, ListObserver& 
     : listener_(listener),
       observer_(observer),
       queue_(
-          Platform::SystemPorts::current().dispatch.makeSerialQueue("com.norvik.InstallerHelper.commands")) {}
+          Platform::SystemPorts::current().dispatch->makeSerialQueue("com.norvik.InstallerHelper.commands")) {
+}
 
 void CommandExecutor::executeWithCommands(InstallCommon::CommandList commands,
                                           std::shared_ptr<InstallCommon::CommandExecutingDelegate> delegate) {

@@ -14,7 +14,7 @@ namespace Helpers {
 std::unique_ptr<InstallerHelper> InstallerHelper::make() {
     const std::string label(InstallCommon::InstallHelper::machServiceName);
     InstallCommon::registerCommandListClasses();
-    auto listener = Platform::SystemPorts::current().xpc.makeListener(label, authorizedClients());
+    auto listener = Platform::SystemPorts::current().xpc->makeListener(label, authorizedClients());
     if (listener == nullptr) {
         NorvikCommon::logInstallerLine("launchd handed over no service named " + label);
         return nullptr;

@@ -14,7 +14,7 @@ namespace {
 constexpr std::int32_t kNoSuchService = 113;
 
 std::unique_ptr<Platform::Task> launchctl(const std::string& verb, const std::string& label) {
-    return Platform::SystemPorts::current().tasks.launch(
+    return Platform::SystemPorts::current().tasks->launch(
         NorvikCommon::SystemPathProvider::launchctlExecutable().path(),
         std::vector<std::string>{verb, "system/" + label});
 }

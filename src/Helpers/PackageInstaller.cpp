@@ -39,7 +39,7 @@ std::string difference(const Platform::PrivateCopy& copy, const PackageFingerpri
 
 /// Has the system's tool install `copy`; errors call it `package`.
 std::optional<Platform::Error> install(const Base::URL& copy, const Base::URL& package) {
-    const std::unique_ptr<Platform::Task> task = Platform::SystemPorts::current().tasks.launch(
+    const std::unique_ptr<Platform::Task> task = Platform::SystemPorts::current().tasks->launch(
         kInstallerTool, std::vector<std::string>{"-pkg", copy.path(), "-target", "/"});
     if (task == nullptr) {
         return Platform::Error{
@@ -67,7 +67,7 @@ std::optional<Platform::Error> installPackage(const Base::URL& package, const Pa
     Platform::Error error;
     // One extra byte reveals a longer package, whatever its length.
     const std::unique_ptr<Platform::PrivateCopy> copy =
-        Platform::SystemPorts::current().privateCopies.copy(package, destination, maker.size + 1, error);
+        Platform::SystemPorts::current().privateCopies->copy(package, destination, maker.size + 1, error);
     if (copy == nullptr) {
         return error;
     }
@@ -78,7 +78,7 @@ std::optional<Platform::Error> installPackage(const Base::URL& package, const Pa
 }
 
 std::optional<Platform::Error> removeLeftPackage() {
-    return Platform::SystemPorts::current().privateCopies.removeFolder(Base::URL::fileURL(kFolder));
+    return Platform::SystemPorts::current().privateCopies->removeFolder(Base::URL::fileURL(kFolder));
 }
 
 }  // namespace Helpers

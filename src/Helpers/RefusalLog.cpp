@@ -23,7 +23,7 @@ void writeCount(const char* when, std::uint64_t count, const std::string& kind) 
 }  // namespace
 
 RefusalLog::RefusalLog()
-    : queue_(Platform::SystemPorts::current().dispatch.makeSerialQueue("com.norvik.refusals")) {}
+    : queue_(Platform::SystemPorts::current().dispatch->makeSerialQueue("com.norvik.refusals")) {}
 
 void RefusalLog::note(const std::string& why) {
     queue_->sync([this, &why] { noteAlone(why); });

@@ -40,7 +40,7 @@ bool isGone(const NorvikCommon::DaemonInfo& tool) {
 }
 
 std::optional<Platform::FileIdentity> identityOf(const NorvikCommon::DaemonInfo& tool) {
-    return Platform::SystemPorts::current().files.identity(*tool.executable->location);
+    return Platform::SystemPorts::current().files->identity(*tool.executable->location);
 }
 
 void takeRemovedToolsOutOfLaunchd(const std::string& ownLabel) {
@@ -56,8 +56,8 @@ void takeRemovedToolsOutOfLaunchd(const std::string& ownLabel) {
 Retirement::Retirement(std::string ownLabel, std::string supportLabel, Platform::XPCListener& listener)
     : ownLabel_(std::move(ownLabel)),
       supportLabel_(std::move(supportLabel)),
-      requests_(Platform::SystemPorts::current().dispatch.makeSemaphore(0)) {
-    Platform::SystemPorts::current().termination.onRequest([requests = requests_, &listener] {
+      requests_(Platform::SystemPorts::current().dispatch->makeSemaphore(0)) {
+    Platform::SystemPorts::current().termination->onRequest([requests = requests_, &listener] {
         listener.stop();
         requests->signal();
     });
@@ -89,13 +89,13 @@ void Retirement::listEnds(const std::function<bool()>& isAnotherWaiting) {
 /// if launchd says that the support helper does not run.
 bool Retirement::waitForSupportHelper(const std::function<bool()>& isAnotherWaiting) {
     const Platform::SystemPorts& ports = Platform::SystemPorts::current();
-    const std::unique_ptr<Platform::Semaphore> never = ports.dispatch.makeSemaphore(0);
-    const std::uint64_t deadline = ports.clock.time(kSupportHelperPatience);
+    const std::unique_ptr<Platform::Semaphore> never = ports.dispatch->makeSemaphore(0);
+    const std::uint64_t deadline = ports.clock->time(kSupportHelperPatience);
     while (stateOfJob(supportLabel_) == JobState::running) {
-        if (isAnotherWaiting() || ports.clock.now() >= deadline) {
+        if (isAnotherWaiting() || ports.clock->now() >= deadline) {
             return false;
         }
-        static_cast<void>(never->wait(ports.clock.time(kSupportHelperPoll)));
+        static_cast<void>(never->wait(ports.clock->time(kSupportHelperPoll)));
     }
     return true;
 }
@@ -119,7 +119,7 @@ void Retirement::removeSupportHelper() {
 
 void Retirement::removeOwnJob() {
     const Platform::SystemPorts& ports = Platform::SystemPorts::current();
-    while (requests_->wait(ports.clock.now())) {
+    while (requests_->wait(ports.clock->now())) {
         // An earlier request does not tell whether launchd has learned of this removal.
     }
     const std::unique_ptr<Platform::Task> launchctl = startBootOut(ownLabel_);
@@ -129,9 +129,9 @@ void Retirement::removeOwnJob() {
     if (waitForRequest(*launchctl) && !isGone(blessedTool(ownLabel_))) {
         // The request came from a blessing that replaces this process. A launchctl that is still under way
         // must not reach launchd after this process has gone: it would remove the new job.
-        const std::uint64_t deadline = ports.clock.time(kAnswerPatience);
-        while (launchctl->isRunning() && ports.clock.now() < deadline) {
-            static_cast<void>(requests_->wait(ports.clock.time(kPoll)));
+        const std::uint64_t deadline = ports.clock->time(kAnswerPatience);
+        while (launchctl->isRunning() && ports.clock->now() < deadline) {
+            static_cast<void>(requests_->wait(ports.clock->time(kPoll)));
         }
     }
     // launchd has accepted the removal; launchctl would wait for this process to end.
@@ -141,9 +141,9 @@ void Retirement::removeOwnJob() {
 /// True if launchd has asked this process to end; false if launchctl has ended or time has run out before.
 bool Retirement::waitForRequest(Platform::Task& launchctl) {
     const Platform::SystemPorts& ports = Platform::SystemPorts::current();
-    const std::uint64_t deadline = ports.clock.time(kRequestPatience);
-    while (launchctl.isRunning() && ports.clock.now() < deadline) {
-        if (requests_->wait(ports.clock.time(kPoll))) {
+    const std::uint64_t deadline = ports.clock->time(kRequestPatience);
+    while (launchctl.isRunning() && ports.clock->now() < deadline) {
+        if (requests_->wait(ports.clock->time(kPoll))) {
             return true;
         }
     }

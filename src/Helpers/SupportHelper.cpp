@@ -26,7 +26,7 @@ void SupportHelper::message(std::string_view selector, std::vector<Platform::XPC
 
 bool SupportHelper::serve(PackageFingerprint maker) {
     const std::string label(SupportPrivilegedHelperClient::machServiceName);
-    const auto listener = Platform::SystemPorts::current().xpc.makeListener(label, authorizedClients());
+    const auto listener = Platform::SystemPorts::current().xpc->makeListener(label, authorizedClients());
     if (listener == nullptr) {
         NorvikCommon::logInstallerLine("launchd handed over no service named " + label);
         return false;

@@ -18,7 +18,7 @@ namespace {
 Platform::ProcessOnce<std::unique_ptr<InstallationEnvironment>> sharedEnvironment;
 
 bool itemExists(const Base::URL& item) {
-    return Platform::SystemPorts::current().files.itemExists(item);
+    return Platform::SystemPorts::current().files->itemExists(item);
 }
 
 Base::URL consoleLocation() {
@@ -85,7 +85,7 @@ InstallatedNorvikAntivirusType CurrentInstallationEnvironment::checkNorvikAntivi
     const Platform::Bundle& relativeToNew) const {
     using Type = InstallatedNorvikAntivirusType;
     const std::unique_ptr<Platform::Bundle> installed =
-        Platform::SystemPorts::current().bundles.open(consoleLocation());
+        Platform::SystemPorts::current().bundles->open(consoleLocation());
     if (installed == nullptr) {
         return norvikAntivirusPresent_ ? Type::installedNotUpdateable : Type::notInstalled;
     }

@@ -12,7 +12,7 @@ namespace InstallCommon {
 namespace {
 
 void killOneProcess(const NorvikCommon::PMProcess& process, const std::string& name) {
-    const int result = Platform::SystemPorts::current().processes.kill(process.pid, SIGKILL);
+    const int result = Platform::SystemPorts::current().processes->kill(process.pid, SIGKILL);
     const std::string code = std::to_string(result);
     NorvikCommon::logInstallerLine("Kill result for pid " + std::to_string(process.pid) + ": " + code);
     if (result != 0) {

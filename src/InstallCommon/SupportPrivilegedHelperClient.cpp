@@ -32,12 +32,13 @@ bool SupportPrivilegedHelperClient::blessHelper(const Platform::SFAuthorization&
 
 bool SupportPrivilegedHelperClient::installSwiftSupportPackage() {
     const Platform::SystemPorts& ports = Platform::SystemPorts::current();
-    const std::optional<Base::URL> package = ports.bundles.mainBundle()->resource(kPackageName, kPackageType);
+    const std::optional<Base::URL> package =
+        ports.bundles->mainBundle()->resource(kPackageName, kPackageType);
     if (!package) {
         return false;
     }
     const std::shared_ptr<Platform::XPCConnection> connection =
-        ports.xpc.makeConnection(std::string(machServiceName), Platform::kXPCConnectionPrivileged);
+        ports.xpc->makeConnection(std::string(machServiceName), Platform::kXPCConnectionPrivileged);
     connection->setRemoteObjectInterface(xpcInterface());
     connection->resume();
     bool succeeded = false;
@@ -49,12 +50,12 @@ bool SupportPrivilegedHelperClient::installSwiftSupportPackage() {
     std::vector<Platform::XPCValue> arguments;
     arguments.emplace_back(*package);
     const std::unique_ptr<Platform::Timer> lastResort =
-        ports.dispatch.makeTimer([waiting = std::weak_ptr(connection)] {
+        ports.dispatch->makeTimer([waiting = std::weak_ptr(connection)] {
             if (const std::shared_ptr<Platform::XPCConnection> stuck = waiting.lock()) {
                 stuck->invalidate();
             }
         });
-    lastResort->schedule(ports.clock.time(kReplyTimeout), kReplyTimeout, 0);
+    lastResort->schedule(ports.clock->time(kReplyTimeout), kReplyTimeout, 0);
     lastResort->resume();
     helper->message(installSelector, std::move(arguments),
                     [&succeeded](const std::optional<Platform::Error>& error) {

@@ -37,7 +37,7 @@ std::unique_ptr<Platform::SFAuthorization> AuthorizationUtils::askAuthorizationF
     const std::size_t characters = Base::utf16FromUTF8(localizedMessage).size();
     const Platform::AuthorizationItem promptItem{"prompt", std::string(localizedMessage), characters, 0};
     std::unique_ptr<Platform::SFAuthorization> authorization =
-        Platform::SystemPorts::current().authorization.create();
+        Platform::SystemPorts::current().authorization->create();
     if (!authorization->obtainWithRights({rightItem}, flags, {promptItem})) {
         return nullptr;
     }

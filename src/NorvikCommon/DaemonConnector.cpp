@@ -30,7 +30,7 @@ bool isValid(const Proxy& proxy) {
 
 void lookUp(std::string_view name, Proxy& proxy) {
     proxy = nullptr;
-    proxy = Platform::SystemPorts::current().distantObjects.rootProxy(std::string(name));
+    proxy = Platform::SystemPorts::current().distantObjects->rootProxy(std::string(name));
     if (proxy != nullptr) {
         proxy->addCommonRequestModes();
     }

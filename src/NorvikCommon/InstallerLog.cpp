@@ -12,7 +12,7 @@ namespace {
 constexpr std::string_view kPrefix = "[SNTM Installer]";
 
 void write(std::string_view displayable) {
-    Platform::SystemPorts::current().log.log(displayable);
+    Platform::SystemPorts::current().log->log(displayable);
 }
 
 /// The first of `names` in `text` that would break its line, as a part of `text`; of two that begin at the

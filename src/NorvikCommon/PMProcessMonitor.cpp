@@ -46,8 +46,8 @@ PMProcessMonitor::PMProcessMonitor(double refreshFrequency, std::uint32_t ofUser
     : state_(std::make_shared<State>()) {
     const Platform::SystemPorts& ports = Platform::SystemPorts::current();
     state_->userId = ofUser;
-    state_->processListUpdateQueue = ports.dispatch.makeConcurrentQueue("com.merrow.PMMonitor.process-sync");
-    timer_ = ports.dispatch.makeTimer([weakState = std::weak_ptr<State>(state_)] {
+    state_->processListUpdateQueue = ports.dispatch->makeConcurrentQueue("com.merrow.PMMonitor.process-sync");
+    timer_ = ports.dispatch->makeTimer([weakState = std::weak_ptr<State>(state_)] {
         if (const std::shared_ptr<State> state = weakState.lock()) {
             update(state, true);
         }
@@ -55,7 +55,7 @@ PMProcessMonitor::PMProcessMonitor(double refreshFrequency, std::uint32_t ofUser
     // The interval is intentionally a point in time used as a duration.
     constexpr double kNanosecondsPerSecond = 1'000'000'000;
     const auto frequency = static_cast<std::int64_t>(refreshFrequency * kNanosecondsPerSecond);
-    timer_->schedule(Platform::kTimeNow, ports.clock.time(frequency), 0);
+    timer_->schedule(Platform::kTimeNow, ports.clock->time(frequency), 0);
     updateProcessList(false);
 }
 

@@ -36,9 +36,7 @@ void UIDUtil::performWithUid(std::uint32_t uid, const std::function<void()>& blo
 
 const std::string& UIDUtil::usersDirectoryPath() {
     return usersDirectory.get([] {
-        return Platform::SystemPorts::current()
-            .files.localDirectory(Platform::SearchPathDirectory::users)
-            .path();
+        return Platform::SystemPorts::current().folders->folder(Platform::StandardFolder::users).path();
     });
 }
 

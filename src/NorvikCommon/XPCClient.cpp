@@ -10,7 +10,7 @@ XPCClient::XPCClient(std::string machServiceName, bool isServicePrivileged)
     : machServiceName_(std::move(machServiceName)), isServicePrivileged_(isServicePrivileged) {}
 
 void XPCClient::connect() {
-    setConnection(Platform::SystemPorts::current().xpc.makeConnection(
+    setConnection(Platform::SystemPorts::current().xpc->makeConnection(
         machServiceName_, isServicePrivileged_ ? Platform::kXPCConnectionPrivileged : 0));
     const std::shared_ptr<Platform::XPCConnection> connection = connection_;
     connection->setInvalidationHandler([weakSelf = weak_from_this()] {

@@ -10,13 +10,6 @@
 
 namespace Platform {
 
-/// Folders that the system knows by purpose, in the local domain (NSLocalDomainMask).
-enum class SearchPathDirectory {
-    applications,        ///< /Applications
-    applicationSupport,  ///< /Library/Application Support
-    users,               ///< /Users
-};
-
 /// Tells an item from another one that has taken its place: equal only for the same item, unchanged in
 /// between.
 struct FileIdentity {
@@ -107,9 +100,6 @@ class FileManager {
     /// and stack for any width and depth.
     virtual void setOwnerOfContents(const Base::URL& directory, std::uint32_t owner, std::uint32_t group,
                                     const std::function<void(const Base::URL& item, int error)>& failed) = 0;
-
-    /// A folder of the local domain, created if missing; returns its URL even if that failed.
-    [[nodiscard]] virtual Base::URL localDirectory(SearchPathDirectory directory) = 0;
 };
 
 }  // namespace Platform

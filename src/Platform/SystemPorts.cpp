@@ -13,7 +13,7 @@ const SystemPorts* currentPorts = nullptr;
 OnceGuard* firstGuard = nullptr;
 
 void logLastWords(std::string_view line) {
-    currentPorts->log.log(line);
+    currentPorts->log->log(line);
 }
 
 }  // namespace
@@ -27,7 +27,7 @@ const SystemPorts& SystemPorts::current() {
 
 void SystemPorts::setCurrent(const SystemPorts* ports) {
     currentPorts = ports;
-    Base::setLastWords(ports == nullptr ? nullptr : &logLastWords);
+    Base::setLastWords(ports != nullptr && ports->log ? &logLastWords : nullptr);
 }
 
 OnceGuard::OnceGuard() : next_(std::exchange(firstGuard, this)) {}

@@ -8,9 +8,11 @@
 #include "Platform/DistantObjects.h"
 #include "Platform/FileManager.h"
 #include "Platform/KernelExtensions.h"
+#include "Platform/Port.h"
 #include "Platform/PrivateCopies.h"
 #include "Platform/ProcessTable.h"
 #include "Platform/ServiceManagement.h"
+#include "Platform/StandardFolders.h"
 #include "Platform/SystemLog.h"
 #include "Platform/TaskRunner.h"
 #include "Platform/Termination.h"
@@ -20,24 +22,25 @@
 namespace Platform {
 
 /// Every service of the Mac that the program uses, one reference each. The referred objects outlive the
-/// struct.
+/// struct. Each port has to be named when a set is made, if only as `nullptr`: none is forgotten.
 struct SystemPorts {
-    SystemLog& log;
-    FileManager& files;
-    TaskRunner& tasks;
-    ProcessTable& processes;
-    Users& users;
-    KernelExtensions& kernelExtensions;
-    Authorization& authorization;
-    ServiceManagement& serviceManagement;
-    XPC& xpc;
-    Bundles& bundles;
-    Clock& clock;
-    Dispatch& dispatch;
-    DistantObjects& distantObjects;
-    CodeModules& codeModules;
-    PrivateCopies& privateCopies;
-    Termination& termination;
+    Port<SystemLog> log;
+    Port<FileManager> files;
+    Port<StandardFolders> folders;
+    Port<TaskRunner> tasks;
+    Port<ProcessTable> processes;
+    Port<Users> users;
+    Port<KernelExtensions> kernelExtensions;
+    Port<Authorization> authorization;
+    Port<ServiceManagement> serviceManagement;
+    Port<XPC> xpc;
+    Port<Bundles> bundles;
+    Port<Clock> clock;
+    Port<Dispatch> dispatch;
+    Port<DistantObjects> distantObjects;
+    Port<CodeModules> codeModules;
+    Port<PrivateCopies> privateCopies;
+    Port<Termination> termination;
 
     /// The ports in force. Using them before they were set is a programming error that ends the process.
     [[nodiscard]] static const SystemPorts& current();

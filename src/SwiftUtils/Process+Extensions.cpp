@@ -48,7 +48,7 @@ ProcessResult::ProcessResult(std::optional<std::string> output, std::optional<st
 ProcessResult execute(const std::string& launchPath,
                       const std::optional<std::vector<std::string>>& arguments) {
     const std::unique_ptr<Platform::Task> task =
-        Platform::SystemPorts::current().tasks.launch(launchPath, arguments);
+        Platform::SystemPorts::current().tasks->launch(launchPath, arguments);
     if (task == nullptr) {
         Base::fatalError("launch path not accessible: " + launchPath);
     }

@@ -20,7 +20,7 @@ constexpr double kScale = 100.0;
 
 bool isProductInstalled() {
     const std::unique_ptr<Platform::Bundle> mainBundle =
-        Platform::SystemPorts::current().bundles.mainBundle();
+        Platform::SystemPorts::current().bundles->mainBundle();
     return InstallCommon::InstallationUtils::installationEnvironment().checkNorvikAntivirusInstallType(
                *mainBundle) != InstallCommon::InstallatedNorvikAntivirusType::notInstalled;
 }

@@ -7,7 +7,7 @@
 namespace Uninstall_Sentrel {
 
 std::string localizedText(const std::string& key, const std::string& table, std::string_view defaultValue) {
-    const std::unique_ptr<Platform::Bundle> bundle = Platform::SystemPorts::current().bundles.mainBundle();
+    const std::unique_ptr<Platform::Bundle> bundle = Platform::SystemPorts::current().bundles->mainBundle();
     return bundle->localizedString(key, table).value_or(std::string(defaultValue));
 }
 

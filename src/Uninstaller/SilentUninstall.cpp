@@ -29,7 +29,7 @@ bool authorizeAndBlessHelpers() {
 /// Sends the list and waits for the report that completes it.
 bool uninstallAndWait() {
     const Platform::SystemPorts& ports = Platform::SystemPorts::current();
-    const std::shared_ptr<Platform::Semaphore> finished = ports.dispatch.makeSemaphore(0);
+    const std::shared_ptr<Platform::Semaphore> finished = ports.dispatch->makeSemaphore(0);
     client()->setProgressNotificationBlock([finished](const std::string& /*description*/,
                                                       std::int32_t totalWeight, std::int32_t executedWeight) {
         if (executedWeight == totalWeight) {
@@ -38,7 +38,8 @@ bool uninstallAndWait() {
         }
     });
     client()->uninstall();
-    const std::uint64_t deadline = ports.clock.time(std::chrono::nanoseconds(kUninstallationTimeout).count());
+    const std::uint64_t deadline =
+        ports.clock->time(std::chrono::nanoseconds(kUninstallationTimeout).count());
     return finished->wait(deadline);
 }
 

@@ -30,7 +30,7 @@ constexpr std::array<std::pair<std::string_view, std::string_view>, 8> kPlainTex
      {"quit", "Quit Uninstall Sentrel"}}};
 
 std::unique_ptr<Platform::Bundle> mainBundle() {
-    return Platform::SystemPorts::current().bundles.mainBundle();
+    return Platform::SystemPorts::current().bundles->mainBundle();
 }
 
 Base::URL frameworksOf(const Base::URL& bundle) {
@@ -45,7 +45,7 @@ void sayNoWindow(const std::string& why) {
 ApplicationFramework* loadFramework(std::string& error) {
     void* address = nullptr;
     const Base::URL library = frameworksOf(mainBundle()->url()).appendingPathComponent(kWindowLibrary);
-    if (const std::optional<Platform::Error> failure = Platform::SystemPorts::current().codeModules.load(
+    if (const std::optional<Platform::Error> failure = Platform::SystemPorts::current().codeModules->load(
             library, kApplicationFrameworkSymbol, address)) {
         error = failure->description;
         return nullptr;

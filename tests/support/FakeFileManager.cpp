@@ -246,17 +246,4 @@ void FakeFileManager::setOwnerOfContents(
     }
 }
 
-Base::URL FakeFileManager::localDirectory(Platform::SearchPathDirectory directory) {
-    switch (directory) {
-        case Platform::SearchPathDirectory::applications:
-            return Base::URL::fileURL("/Applications");
-        case Platform::SearchPathDirectory::applicationSupport:
-            return Base::URL::fileURL("/Library/Application Support");
-        case Platform::SearchPathDirectory::users:
-            ++usersFolderQuestions;
-            return Base::URL::fileURL(usersFolder);
-    }
-    return Base::URL::fileURL("/");
-}
-
 }  // namespace TestSupport

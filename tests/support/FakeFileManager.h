@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "Platform/FileManager.h"
+#include "Platform/FolderNames.h"
 #include "support/Call.h"
 
 namespace TestSupport {
@@ -54,7 +55,6 @@ class FakeFileManager final : public Platform::FileManager {
     [[nodiscard]] int setOwner(const Base::URL& item, std::uint32_t owner, std::uint32_t group) override;
     void setOwnerOfContents(const Base::URL& directory, std::uint32_t owner, std::uint32_t group,
                             const std::function<void(const Base::URL& item, int error)>& failed) override;
-    [[nodiscard]] Base::URL localDirectory(Platform::SearchPathDirectory directory) override;
 
     std::map<std::string, Node> nodes;
     /// Errno that removeItem meets at these paths, every time: the item stays, and with it the folders above.
@@ -63,8 +63,6 @@ class FakeFileManager final : public Platform::FileManager {
     std::map<std::string, int> ownerFailures;
     /// The paths that itemExists was asked about, in order; these questions are not among the calls.
     std::vector<std::string> existenceTests;
-    std::string usersFolder = "/Users";
-    int usersFolderQuestions = 0;
 
   private:
     [[nodiscard]] std::optional<Platform::Error> failure(const std::string& operation,
@@ -78,6 +76,24 @@ class FakeFileManager final : public Platform::FileManager {
     CallList& calls_;
     std::uint64_t inodes_ = 0;
     std::map<std::pair<std::string, std::string>, Platform::Error> failures_;
+};
+
+/// The folders of a Mac, named and never created.
+class FakeStandardFolders final : public Platform::StandardFolders {
+  public:
+    [[nodiscard]] Base::URL folder(Platform::StandardFolder purpose) override {
+        if (purpose != Platform::StandardFolder::users) {
+            return names_.folder(purpose);
+        }
+        ++usersQuestions;
+        return Base::URL::fileURL(users);
+    }
+
+    std::string users = "/Users";
+    int usersQuestions = 0;
+
+  private:
+    Platform::FolderNames names_;
 };
 
 }  // namespace TestSupport

@@ -33,6 +33,7 @@ class FakeMac {
     CallList calls;
     FakeSystemLog log;
     FakeFileManager files{calls};
+    FakeStandardFolders folders;
     FakeTaskRunner tasks{calls};
     FakeProcessTable processes{calls};
     FakeUsers users{calls};

@@ -46,7 +46,7 @@ class Delegate final : public Platform::XPCObject {
 
 /// Has the helper remove something that is not there, and waits for its report.
 bool executeList() {
-    const auto connection = Platform::SystemPorts::current().xpc.makeConnection(
+    const auto connection = Platform::SystemPorts::current().xpc->makeConnection(
         std::string(InstallCommon::InstallHelper::machServiceName), Platform::kXPCConnectionPrivileged);
     connection->setRemoteObjectInterface(InstallCommon::CreateCommandExecutingXPCInterface());
     connection->resume();

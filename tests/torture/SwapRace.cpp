@@ -23,8 +23,8 @@
 #include <string_view>
 #include <thread>
 
-#include "Platform/Linux/Files/LinuxFileManager.h"
 #include "Platform/Posix/FolderCrew.h"
+#include "Platform/Posix/PosixFileManager.h"
 
 namespace Platform::Posix {
 
@@ -41,7 +41,7 @@ CrewShape crewShape() {
 namespace {
 
 using Base::URL;
-using Platform::Linux::LinuxFileManager;
+using Platform::Posix::PosixFileManager;
 
 constexpr int kFolders = 8;
 constexpr uid_t kVictim = 1111;
@@ -142,7 +142,7 @@ class Race {
     void work(const std::string& what, long round);
     void clear();
 
-    LinuxFileManager files_;
+    PosixFileManager files_;
     const std::string scratch_;
     State before_;
     long swaps_ = 0;
@@ -228,7 +228,7 @@ int main(int count, char** arguments) {
     }
     Race race(scratch);
     race.run(what, rounds);
-    (void)LinuxFileManager().removeItem(url(scratch));
+    (void)PosixFileManager().removeItem(url(scratch));
     std::printf("%s: %ld rounds, %ld swaps, %ld losses\n", what.c_str(), rounds, race.swaps(), race.losses());
     return race.losses() == 0 ? 0 : 1;
 }

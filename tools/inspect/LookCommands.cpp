@@ -35,7 +35,7 @@ Inventory::Inventory lookAfterWaiting(const MacView& view, std::uint32_t seconds
     Progress progress;
     for (std::uint32_t waited = 0; waited < seconds && Inventory::helperRuns(inventory); ++waited) {
         progress.show("Waiting for the helper to finish (" + std::to_string(waited) + " s)...");
-        Platform::SystemPorts::current().clock.sleep(1);
+        Platform::SystemPorts::current().clock->sleep(1);
         inventory = view.look();
     }
     return inventory;

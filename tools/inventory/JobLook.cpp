@@ -29,7 +29,7 @@ struct Answer {
 
 /// Read before waiting: a Mac's table of jobs is longer than a pipe holds.
 std::optional<Answer> askLaunchctl(const std::string& verb, const std::string& target) {
-    const auto task = Platform::SystemPorts::current().tasks.launch(
+    const auto task = Platform::SystemPorts::current().tasks->launch(
         NorvikCommon::SystemPathProvider::launchctlExecutable().path(),
         std::vector<std::string>{verb, target});
     if (task == nullptr) {

@@ -74,7 +74,7 @@ void lookAtVersion(Inventory& inventory) {
         });
     const auto bundle =
         inventory.hasConsole
-            ? Platform::SystemPorts::current().bundles.open(Base::URL::fileURL(inventory.root + console))
+            ? Platform::SystemPorts::current().bundles->open(Base::URL::fileURL(inventory.root + console))
             : nullptr;
     const auto shortVersion = bundle ? bundle->infoString("CFBundleShortVersionString") : std::nullopt;
     const auto build = bundle ? bundle->infoString("CFBundleVersion") : std::nullopt;

@@ -2,7 +2,7 @@
 
 #include "Base/FatalError.h"
 #include "NorvikCommon/Product Paths Information/SystemPathProvider.h"
-#include "ReadOnlyPorts.h"
+#include "Platform/FolderNames.h"
 
 namespace Inventory {
 
@@ -67,34 +67,18 @@ class SameUser final : public Platform::Users {
 
 struct LookingPorts::Guards {
     explicit Guards(const Platform::SystemPorts& real)
-        : tasks(real.tasks),
-          processes(real.processes),
-          users(real.users),
-          bundles(real.bundles),
-          clock(real.clock) {}
+        : tasks(real.tasks), processes(real.processes), users(real.users) {
+        ports.tasks = tasks;
+        ports.processes = processes;
+        ports.users = users;
+        ports.bundles = real.bundles;
+        ports.clock = real.clock;
+    }
 
     LaunchctlPrint tasks;
     UntouchedProcesses processes;
     SameUser users;
-    Platform::Bundles& bundles;
-    Platform::Clock& clock;
-    const Platform::SystemPorts& none = Tools::readOnlyPorts();
-    Platform::SystemPorts ports{none.log,
-                                none.files,
-                                tasks,
-                                processes,
-                                users,
-                                none.kernelExtensions,
-                                none.authorization,
-                                none.serviceManagement,
-                                none.xpc,
-                                bundles,
-                                clock,
-                                none.dispatch,
-                                none.distantObjects,
-                                none.codeModules,
-                                none.privateCopies,
-                                none.termination};
+    Platform::SystemPorts ports = Platform::folderNamesOnly();
 };
 
 LookingPorts::LookingPorts(const Platform::SystemPorts& real) : guards_(std::make_unique<Guards>(real)) {}

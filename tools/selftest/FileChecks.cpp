@@ -118,10 +118,11 @@ Outcome checkSystemFolders() {
 }
 
 Outcome checkLocalFolders() {
-    using Platform::SearchPathDirectory;
-    const std::string applications = files().localDirectory(SearchPathDirectory::applications).path();
-    const std::string support = files().localDirectory(SearchPathDirectory::applicationSupport).path();
-    const std::string users = files().localDirectory(SearchPathDirectory::users).path();
+    using Platform::StandardFolder;
+    Platform::StandardFolders& folders = Platform::SystemPorts::current().folders;
+    const std::string applications = folders.folder(StandardFolder::applications).path();
+    const std::string support = folders.folder(StandardFolder::applicationSupport).path();
+    const std::string users = folders.folder(StandardFolder::users).path();
     const bool isRight =
         applications == "/Applications" && support == "/Library/Application Support" && users == "/Users";
     return isRight ? passed() : failed(applications + ", " + support + ", " + users);

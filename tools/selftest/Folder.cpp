@@ -33,7 +33,7 @@ Folder::Folder() : path_(temporaryFolder() + "/sentrel-selftest-XXXXXX") {
 }
 
 Folder::~Folder() {
-    static_cast<void>(Platform::SystemPorts::current().files.removeItem(Base::URL::fileURL(path_)));
+    static_cast<void>(Platform::SystemPorts::current().files->removeItem(Base::URL::fileURL(path_)));
 }
 
 void Folder::makeFile(std::string_view name, std::string_view contents) const {

@@ -100,7 +100,7 @@ Outcome checkLongestName() {
 
 Outcome checkChild() {
     const auto task =
-        SystemPorts::current().tasks.launch("/bin/sh", std::vector<std::string>{"-c", "echo out; exit 3"});
+        SystemPorts::current().tasks->launch("/bin/sh", std::vector<std::string>{"-c", "echo out; exit 3"});
     if (task == nullptr) {
         return failed("/bin/sh cannot be started");
     }
@@ -113,7 +113,7 @@ Outcome checkChild() {
 }
 
 Outcome checkAbsentProgram() {
-    return SystemPorts::current().tasks.launch("/nothing/here", std::nullopt) == nullptr
+    return SystemPorts::current().tasks->launch("/nothing/here", std::nullopt) == nullptr
                ? passed()
                : failed("a program that is not there was started");
 }
@@ -137,12 +137,12 @@ Outcome checkLongNameAndKill() {
     const Folder folder;
     const std::string name = "sentrel-selftest-under-a-rather-long-name";
     const auto error =
-        SystemPorts::current().files.copyItem(Base::URL::fileURL(pathOf(::getpid())), folder.url(name));
+        SystemPorts::current().files->copyItem(Base::URL::fileURL(pathOf(::getpid())), folder.url(name));
     if (error) {
         return failed("this program cannot be copied: " + error->description);
     }
     const auto task =
-        SystemPorts::current().tasks.launch(folder.path(name), std::vector<std::string>{"--wait"});
+        SystemPorts::current().tasks->launch(folder.path(name), std::vector<std::string>{"--wait"});
     if (task == nullptr) {
         return failed("a copy of this program cannot be started");
     }

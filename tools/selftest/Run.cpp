@@ -87,7 +87,7 @@ int runAll(const std::string& path, const Checks& checks) {
 }  // namespace
 
 Outcome outcomeOfProcess(const std::string& path, std::string_view name, int seconds) {
-    const std::unique_ptr<Platform::Task> task = Platform::SystemPorts::current().tasks.launch(
+    const std::unique_ptr<Platform::Task> task = Platform::SystemPorts::current().tasks->launch(
         path, std::vector<std::string>{"--only", std::string(name)});
     if (task == nullptr) {
         return failed("its process cannot be started: " + Base::displayable(path));

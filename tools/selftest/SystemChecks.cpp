@@ -31,7 +31,7 @@ Outcome checkAuthorization() {
 }
 
 Outcome checkAuthorizationReference() {
-    return SystemPorts::current().authorization.create()->authorizationRef() != nullptr
+    return SystemPorts::current().authorization->create()->authorizationRef() != nullptr
                ? passed()
                : failed("a new session has no reference; blessing would be refused without a word");
 }
@@ -59,7 +59,7 @@ Outcome checkBundle() {
     folder.makeFile("A.app/Contents/Info.plist", kInformation);
     folder.makeFile("A.app/Contents/Resources/Runtime.pkg");
     folder.makeFile("A.app/Contents/Resources/en.lproj/Texts.strings", kTexts);
-    const auto bundle = SystemPorts::current().bundles.open(folder.url("A.app"));
+    const auto bundle = SystemPorts::current().bundles->open(folder.url("A.app"));
     if (bundle == nullptr || bundle->infoString("CFBundleShortVersionString") != "6.4") {
         return failed("the version of a bundle is not read");
     }
@@ -75,7 +75,7 @@ Outcome checkBundle() {
     }
     folder.makeFile("A.app/Contents/Info.plist",
                     std::string(kInformation).replace(std::string(kInformation).find("6.4"), 3, "6.5"));
-    const auto afresh = SystemPorts::current().bundles.open(folder.url("A.app"));
+    const auto afresh = SystemPorts::current().bundles->open(folder.url("A.app"));
     return afresh->infoString("CFBundleShortVersionString") == "6.5"
                ? passed()
                : failed("an updated bundle is told by its old version");
@@ -83,14 +83,14 @@ Outcome checkBundle() {
 
 Outcome checkNoBundle() {
     const Folder folder;
-    return SystemPorts::current().bundles.open(folder.url("Absent.app")) == nullptr
+    return SystemPorts::current().bundles->open(folder.url("Absent.app")) == nullptr
                ? passed()
                : failed("a bundle that is not there was opened");
 }
 
 Outcome checkSemaphore() {
     Platform::Clock& clock = SystemPorts::current().clock;
-    const auto semaphore = SystemPorts::current().dispatch.makeSemaphore(1);
+    const auto semaphore = SystemPorts::current().dispatch->makeSemaphore(1);
     if (!semaphore->wait(clock.time(0))) {
         return failed("a count is not taken");
     }
@@ -106,7 +106,7 @@ Outcome checkSemaphore() {
 Outcome checkQueues() {
     std::vector<int> order;
     {
-        const auto queue = SystemPorts::current().dispatch.makeSerialQueue("com.norvik.selftest");
+        const auto queue = SystemPorts::current().dispatch->makeSerialQueue("com.norvik.selftest");
         for (int i = 0; i < 1000; ++i) {
             queue->async([&order, i] { order.push_back(i); });
         }
@@ -118,7 +118,7 @@ Outcome checkQueues() {
     }
     std::atomic<int> ran = 0;
     {
-        const auto queue = SystemPorts::current().dispatch.makeConcurrentQueue("com.norvik.selftest");
+        const auto queue = SystemPorts::current().dispatch->makeConcurrentQueue("com.norvik.selftest");
         for (int i = 0; i < 1000; ++i) {
             queue->async([&ran] { ++ran; });
         }
@@ -128,8 +128,8 @@ Outcome checkQueues() {
 
 Outcome checkTimer() {
     Platform::Clock& clock = SystemPorts::current().clock;
-    const auto semaphore = SystemPorts::current().dispatch.makeSemaphore(0);
-    const auto timer = SystemPorts::current().dispatch.makeTimer([&] { semaphore->signal(); });
+    const auto semaphore = SystemPorts::current().dispatch->makeSemaphore(0);
+    const auto timer = SystemPorts::current().dispatch->makeTimer([&] { semaphore->signal(); });
     timer->schedule(Platform::kTimeNow, kSecond / 100, 0);
     timer->resume();
     for (int i = 0; i < 3; ++i) {
@@ -142,15 +142,15 @@ Outcome checkTimer() {
 }
 
 Outcome checkDistantObject() {
-    return SystemPorts::current().distantObjects.rootProxy("com.norvik.selftest.nobody") == nullptr
+    return SystemPorts::current().distantObjects->rootProxy("com.norvik.selftest.nobody") == nullptr
                ? passed()
                : failed("an object that nobody registered was found");
 }
 
 Outcome checkCodeModule() {
     void* address = nullptr;
-    const auto error =
-        SystemPorts::current().codeModules.load(Base::URL::fileURL("/nothing/here.dylib"), "symbol", address);
+    const auto error = SystemPorts::current().codeModules->load(Base::URL::fileURL("/nothing/here.dylib"),
+                                                                "symbol", address);
     return error && address == nullptr && !error->description.empty()
                ? passed()
                : failed("a library that is not there was loaded");

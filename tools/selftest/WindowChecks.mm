@@ -40,7 +40,7 @@ class Showing final : public ApplicationProgram, public WindowController {
         return key == "label" ? "%@ will not be removed: this is a test." : "Test: " + key;
     }
     [[nodiscard]] std::string resourcePath(const std::string& name, const std::string& type) const override {
-        const auto opened = Platform::SystemPorts::current().bundles.open(bundle());
+        const auto opened = Platform::SystemPorts::current().bundles->open(bundle());
         const std::optional<Base::URL> found = opened ? opened->resource(name, type) : std::nullopt;
         return found ? found->path() : std::string();
     }
@@ -108,7 +108,7 @@ class Showing final : public ApplicationProgram, public WindowController {
 ApplicationFramework* loadFramework(std::string& error) {
     void* address = nullptr;
     const Base::URL library = bundle().appendingPathComponent("Contents/Frameworks/UninstallerWindow.dylib");
-    if (const auto failure = Platform::SystemPorts::current().codeModules.load(
+    if (const auto failure = Platform::SystemPorts::current().codeModules->load(
             library, kApplicationFrameworkSymbol, address)) {
         error = failure->description;
         return nullptr;
@@ -119,7 +119,7 @@ ApplicationFramework* loadFramework(std::string& error) {
 }
 
 Outcome checkWindow() {
-    if (!Platform::SystemPorts::current().files.itemExists(bundle())) {
+    if (!Platform::SystemPorts::current().files->itemExists(bundle())) {
         return skipped("there is no Uninstall Sentrel.app beside this program");
     }
     std::string error;

@@ -16,7 +16,7 @@ namespace {
 
 InstallatedNorvikAntivirusType installedType() {
     const std::unique_ptr<Platform::Bundle> mainBundle =
-        Platform::SystemPorts::current().bundles.mainBundle();
+        Platform::SystemPorts::current().bundles->mainBundle();
     return CurrentInstallationEnvironment::shared().checkNorvikAntivirusInstallType(*mainBundle);
 }
 

@@ -143,7 +143,7 @@ Base::AllowedClasses allowedCommandListClasses() {
 }
 
 void registerCommandListClasses() {
-    Platform::SystemPorts::current().xpc.registerClasses(allowedCommandListClasses());
+    Platform::SystemPorts::current().xpc->registerClasses(allowedCommandListClasses());
 }
 
 Platform::XPCInterface CreateCommandExecutingXPCInterface() {

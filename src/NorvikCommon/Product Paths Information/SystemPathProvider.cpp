@@ -27,12 +27,11 @@ Base::URL SystemPathProvider::launchctlExecutable() {
 }
 
 Base::URL SystemPathProvider::localApplications() {
-    return Platform::SystemPorts::current().files.localDirectory(Platform::SearchPathDirectory::applications);
+    return Platform::SystemPorts::current().folders->folder(Platform::StandardFolder::applications);
 }
 
 Base::URL SystemPathProvider::localApplicationSupport() {
-    return Platform::SystemPorts::current().files.localDirectory(
-        Platform::SearchPathDirectory::applicationSupport);
+    return Platform::SystemPorts::current().folders->folder(Platform::StandardFolder::applicationSupport);
 }
 
 }  // namespace NorvikCommon

@@ -18,9 +18,9 @@ struct SystemPathProvider {
     [[nodiscard]] static Base::URL lsRegisterDatabase();
     /// /bin/launchctl
     [[nodiscard]] static Base::URL launchctlExecutable();
-    /// The file manager's application folder in the local domain, created if missing: /Applications.
+    /// The system's application folder in the local domain, created if missing: /Applications.
     [[nodiscard]] static Base::URL localApplications();
-    /// The file manager's support folder in the local domain, created if missing: /Library/Application
+    /// The system's support folder in the local domain, created if missing: /Library/Application
     /// Support.
     [[nodiscard]] static Base::URL localApplicationSupport();
 };

@@ -3,13 +3,14 @@
 #include "Platform/Darwin/DarwinClock.h"
 #include "Platform/Darwin/DarwinDispatch.h"
 #include "Platform/Darwin/DarwinDistantObjects.h"
-#include "Platform/Darwin/DarwinFileManager.h"
 #include "Platform/Darwin/DarwinKernelExtensions.h"
 #include "Platform/Darwin/DarwinProcessTable.h"
 #include "Platform/Darwin/DarwinServiceManagement.h"
+#include "Platform/Darwin/DarwinStandardFolders.h"
 #include "Platform/Darwin/DarwinSystemLog.h"
 #include "Platform/Darwin/XPC/DarwinXPC.h"
 #include "Platform/Posix/PosixCodeModules.h"
+#include "Platform/Posix/PosixFileManager.h"
 #include "Platform/Posix/PosixPrivateCopies.h"
 #include "Platform/Posix/PosixTaskRunner.h"
 #include "Platform/Posix/PosixTermination.h"
@@ -22,7 +23,8 @@ namespace {
 
 struct Services {
     Darwin::DarwinSystemLog log;
-    Darwin::DarwinFileManager files;
+    Posix::PosixFileManager files;
+    Darwin::DarwinStandardFolders folders;
     Posix::PosixTaskRunner tasks;
     Darwin::DarwinProcessTable processes;
     Posix::PosixUsers users;
@@ -38,9 +40,23 @@ struct Services {
     Posix::PosixPrivateCopies privateCopies;
     Posix::PosixTermination termination;
 
-    const SystemPorts ports{
-        log, files,   tasks, processes, users,          kernelExtensions, authorization, serviceManagement,
-        xpc, bundles, clock, dispatch,  distantObjects, codeModules,      privateCopies, termination};
+    const SystemPorts ports{.log = log,
+                            .files = files,
+                            .folders = folders,
+                            .tasks = tasks,
+                            .processes = processes,
+                            .users = users,
+                            .kernelExtensions = kernelExtensions,
+                            .authorization = authorization,
+                            .serviceManagement = serviceManagement,
+                            .xpc = xpc,
+                            .bundles = bundles,
+                            .clock = clock,
+                            .dispatch = dispatch,
+                            .distantObjects = distantObjects,
+                            .codeModules = codeModules,
+                            .privateCopies = privateCopies,
+                            .termination = termination};
 };
 
 }  // namespace

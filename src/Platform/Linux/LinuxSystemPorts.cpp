@@ -1,5 +1,5 @@
 #include "Platform/Linux/Bundles/LinuxBundles.h"
-#include "Platform/Linux/Files/LinuxFileManager.h"
+#include "Platform/Linux/Files/LinuxStandardFolders.h"
 #include "Platform/Linux/Processes/LinuxDispatch.h"
 #include "Platform/Linux/Processes/LinuxProcessTable.h"
 #include "Platform/Linux/Processes/LinuxSystemLog.h"
@@ -10,6 +10,7 @@
 #include "Platform/Linux/XPC/LinuxXPC.h"
 #include "Platform/Posix/PosixClock.h"
 #include "Platform/Posix/PosixCodeModules.h"
+#include "Platform/Posix/PosixFileManager.h"
 #include "Platform/Posix/PosixPrivateCopies.h"
 #include "Platform/Posix/PosixTaskRunner.h"
 #include "Platform/Posix/PosixTermination.h"
@@ -22,7 +23,8 @@ namespace {
 
 struct Services {
     Linux::LinuxSystemLog log;
-    Linux::LinuxFileManager files;
+    Posix::PosixFileManager files;
+    Linux::LinuxStandardFolders folders;
     Posix::PosixTaskRunner tasks;
     Linux::LinuxProcessTable processes;
     Posix::PosixUsers users;
@@ -38,9 +40,23 @@ struct Services {
     Posix::PosixPrivateCopies privateCopies;
     Posix::PosixTermination termination;
 
-    const SystemPorts ports{
-        log, files,   tasks, processes, users,          kernelExtensions, authorization, serviceManagement,
-        xpc, bundles, clock, dispatch,  distantObjects, codeModules,      privateCopies, termination};
+    const SystemPorts ports{.log = log,
+                            .files = files,
+                            .folders = folders,
+                            .tasks = tasks,
+                            .processes = processes,
+                            .users = users,
+                            .kernelExtensions = kernelExtensions,
+                            .authorization = authorization,
+                            .serviceManagement = serviceManagement,
+                            .xpc = xpc,
+                            .bundles = bundles,
+                            .clock = clock,
+                            .dispatch = dispatch,
+                            .distantObjects = distantObjects,
+                            .codeModules = codeModules,
+                            .privateCopies = privateCopies,
+                            .termination = termination};
 };
 
 }  // namespace

@@ -4,13 +4,13 @@
 
 namespace Platform::Posix {
 
-/// The file operations that POSIX defines alike for both systems; each system supplies the folders that it
-/// knows by purpose.
+/// The file operations, which POSIX defines alike for both systems. Copying too: Foundation copies by paths,
+/// and somebody may change what they lead to meanwhile.
 ///
 /// TreeRemoval.h says how removeItem treats mount points, TreeCopy.h how copyItem treats items of other
 /// kinds. No state but the position in the password database, which SystemFolders.h moves: one call at a time
 /// for removal and for the change of modes and owners.
-class PosixFileManager : public FileManager {
+class PosixFileManager final : public FileManager {
   public:
     [[nodiscard]] std::optional<Error> createDirectory(const Base::URL& directory,
                                                        bool withIntermediates) override;

@@ -25,8 +25,7 @@
 #include "InstallCommon/Commands/Uninstallation/UnloadKextCommand.h"
 #include "InstallCommon/XPC/InstallationXPCUtils.h"
 #include "NorvikCommon/Product Paths Information/ProductComponents.h"
-#include "Platform/SystemPorts.h"
-#include "ReadOnlyPorts.h"
+#include "Platform/FolderNames.h"
 
 extern char** environ;
 
@@ -224,6 +223,6 @@ INSTANTIATE_TEST_SUITE_P(Lists, ArchiveConformance,
 
 int main(int argc, char** argv) {
     testing::InitGoogleTest(&argc, argv);
-    Platform::SystemPorts::setCurrent(&Tools::readOnlyPorts());
+    Platform::SystemPorts::setCurrent(&Platform::folderNamesOnly());
     return RUN_ALL_TESTS();
 }

@@ -7,8 +7,7 @@
 
 #include "InstallCommon/CommandLists.h"
 #include "InstallCommon/Commands/Uninstallation/RemoveCommand.h"
-#include "Platform/SystemPorts.h"
-#include "ReadOnlyPorts.h"
+#include "Platform/FolderNames.h"
 #include "support/InstallerLine.h"
 
 namespace InspectTest {
@@ -107,7 +106,7 @@ std::string logOf(const std::vector<SampleEntry>& entries, LogForm form) {
 }
 
 std::vector<SampleEntry> helperLines(int second) {
-    Platform::SystemPorts::setCurrent(&Tools::readOnlyPorts());
+    Platform::SystemPorts::setCurrent(&Platform::folderNamesOnly());
     constexpr std::array kDaemons{"containmentd",     "fileaccessd", "fileaccessdaemon",
                                   "FileAccessDaemon", "fileaccessd", "containmentd"};
     constexpr std::array kAgents{"TrayMenu", "NorvikAgent", "Agent",    "TrayMenu", "Agent",

@@ -63,7 +63,7 @@ int main(int argc, char* argv[]) {
         return 1;
     }
     static std::binary_semaphore done{0};
-    const auto connection = ports.xpc.makeConnection(service, Platform::kXPCConnectionPrivileged);
+    const auto connection = ports.xpc->makeConnection(service, Platform::kXPCConnectionPrivileged);
     connection->setRemoteObjectInterface(InstallCommon::CreateCommandExecutingXPCInterface());
     connection->setInvalidationHandler([] {
         std::cout << "invalidated" << std::endl;

@@ -133,23 +133,8 @@ class PrintingLog final : public Platform::SystemLog {
 void endWith(bool logFails) {
     FakeMac mac;
     PrintingLog log(logFails);
-    const Platform::SystemPorts& fakes = Platform::SystemPorts::current();
-    const Platform::SystemPorts ports{log,
-                                      fakes.files,
-                                      fakes.tasks,
-                                      fakes.processes,
-                                      fakes.users,
-                                      fakes.kernelExtensions,
-                                      fakes.authorization,
-                                      fakes.serviceManagement,
-                                      fakes.xpc,
-                                      fakes.bundles,
-                                      fakes.clock,
-                                      fakes.dispatch,
-                                      fakes.distantObjects,
-                                      fakes.codeModules,
-                                      fakes.privateCopies,
-                                      fakes.termination};
+    Platform::SystemPorts ports = Platform::SystemPorts::current();
+    ports.log = log;
     const TestSupport::ScopedSystemPorts scope(ports);
     mac.tasks.notExecutable.insert("/bin/launchctl");
     static_cast<void>(SwiftUtils::execute(std::string("/bin/launchctl"), std::nullopt));

@@ -73,7 +73,7 @@ TEST(AllUsers, RewindsTheDatabaseFirstAndClosesItOnEveryWalk) {
 
 TEST(AllUsers, FollowsTheFolderThatTheSystemNames) {
     FakeMac mac;
-    mac.files.usersFolder = "/Volumes/Homes";
+    mac.folders.users = "/Volumes/Homes";
     mac.users.entries = {{501, "/Users/anna"}, {502, "/Volumes/Homes/bert"}};
 
     EXPECT_THAT(UIDUtil::allUsers(), UnorderedElementsAre(502));
@@ -84,11 +84,11 @@ TEST(UsersDirectoryPath, IsAskedForOncePerProcessAndKept) {
     mac.users.entries = {{501, "/Users/anna"}, {502, "/Users/bert"}};
 
     EXPECT_EQ(UIDUtil::usersDirectoryPath(), "/Users");
-    mac.files.usersFolder = "/elsewhere";
+    mac.folders.users = "/elsewhere";
     EXPECT_EQ(UIDUtil::usersDirectoryPath(), "/Users");
     EXPECT_THAT(UIDUtil::allUsers(), UnorderedElementsAre(501, 502));
 
-    EXPECT_EQ(mac.files.usersFolderQuestions, 1);
+    EXPECT_EQ(mac.folders.usersQuestions, 1);
 }
 
 TEST(PerformWithUid, RunsTheBlockUnderTheIdAndGoesBackToTheRealUserId) {

@@ -8,7 +8,7 @@
 #include "support/Scratch.h"
 
 /// What every FileManager promises, for any implementation that works on the real file system:
-///   INSTANTIATE_TYPED_TEST_SUITE_P(Linux, FileManagerContract, LinuxFileManager);
+///   INSTANTIATE_TYPED_TEST_SUITE_P(Posix, FileManagerContract, PosixFileManager);
 namespace PlatformTests {
 
 template <class Files>

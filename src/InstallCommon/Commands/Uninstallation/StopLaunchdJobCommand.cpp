@@ -41,7 +41,7 @@ void StopLaunchdJobCommand::bootoutDaemon() const {
         return;
     }
     if (SwiftUtils::LaunchctlUtil::bootoutDaemon(*launchdJob().plistLocation())) {
-        Platform::SystemPorts::current().clock.sleep(kPauseAfterBootout);
+        Platform::SystemPorts::current().clock->sleep(kPauseAfterBootout);
     }
 }
 

@@ -30,7 +30,7 @@ void UnloadKextCommand::execute() const {
         return;
     }
     const std::int32_t result =
-        Platform::SystemPorts::current().kernelExtensions.unload(*kext_.bundle->bundleId);
+        Platform::SystemPorts::current().kernelExtensions->unload(*kext_.bundle->bundleId);
     if (result != 0) {
         NorvikCommon::logInstallerLine("Kext " + kext_.bundle->name.value_or("") +
                                        " unload failed. Return code: " + signedHexadecimal(result));

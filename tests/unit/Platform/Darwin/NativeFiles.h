@@ -5,12 +5,8 @@
 
 #include <string>
 
-#include "Platform/Darwin/DarwinFileManager.h"
-
 /// What the tests of the file operations need of the system that they run on; the folder linux has the same.
 namespace PlatformTests {
-
-using NativeFileManager = Platform::Darwin::DarwinFileManager;
 
 inline const timespec& accessTime(const struct stat& status) {
     return status.st_atimespec;

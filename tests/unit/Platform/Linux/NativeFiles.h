@@ -5,12 +5,8 @@
 
 #include <string>
 
-#include "Platform/Linux/Files/LinuxFileManager.h"
-
 /// What the tests of the file operations need of the system that they run on; the folder darwin has the same.
 namespace PlatformTests {
-
-using NativeFileManager = Platform::Linux::LinuxFileManager;
 
 inline const timespec& accessTime(const struct stat& status) {
     return status.st_atim;

@@ -12,6 +12,7 @@
 
 #include "Interference.h"
 #include "NativeFiles.h"
+#include "Platform/Posix/PosixFileManager.h"
 #include "support/Scratch.h"
 
 /// Somebody swaps an item between two looks at it: each such moment, once, intentionally. (Races by the
@@ -74,7 +75,7 @@ class Interfered : public testing::Test {
     }
 
     Scratch scratch_;
-    NativeFileManager files_;
+    Platform::Posix::PosixFileManager files_;
     uid_t owner_ = 0;
     std::vector<std::pair<std::string, int>> failures_;
 };

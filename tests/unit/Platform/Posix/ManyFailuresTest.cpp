@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "NativeFiles.h"
+#include "Platform/Posix/PosixFileManager.h"
 #include "support/Scratch.h"
 
 namespace PlatformTests {
@@ -44,7 +45,7 @@ class ManyFailures : public testing::Test {
     }
 
     Scratch scratch_;
-    NativeFileManager files_;
+    Platform::Posix::PosixFileManager files_;
 };
 
 TEST_F(ManyFailures, OfAChangeOfOwnerAreReportedInTheTreesOrder) {

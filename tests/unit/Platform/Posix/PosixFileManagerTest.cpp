@@ -6,41 +6,22 @@
 
 #include "FileManagerContract.h"
 #include "OwnershipContract.h"
-#include "Platform/Linux/Files/LinuxFileManager.h"
+#include "Platform/Posix/PosixFileManager.h"
 #include "RemovalContract.h"
 
 namespace PlatformTests {
 
-using Platform::Linux::LinuxFileManager;
+using Platform::Posix::PosixFileManager;
 
-INSTANTIATE_TYPED_TEST_SUITE_P(Linux, FileManagerContract, LinuxFileManager);
-INSTANTIATE_TYPED_TEST_SUITE_P(Linux, OwnershipContract, LinuxFileManager);
-INSTANTIATE_TYPED_TEST_SUITE_P(Linux, RemovalContract, LinuxFileManager);
+INSTANTIATE_TYPED_TEST_SUITE_P(Posix, FileManagerContract, PosixFileManager);
+INSTANTIATE_TYPED_TEST_SUITE_P(Posix, OwnershipContract, PosixFileManager);
+INSTANTIATE_TYPED_TEST_SUITE_P(Posix, RemovalContract, PosixFileManager);
 
 namespace {
 
-TEST(LocalDirectory, IsCreatedWhenItIsMissing) {
-    const Scratch scratch;
-    LinuxFileManager files(scratch.path());
-    using enum Platform::SearchPathDirectory;
-    EXPECT_EQ(files.localDirectory(applications), scratch.url("Applications"));
-    EXPECT_EQ(files.localDirectory(applicationSupport), scratch.url("Library/Application Support"));
-    EXPECT_EQ(files.localDirectory(users), scratch.url("Users"));
-    EXPECT_TRUE(files.itemExists(scratch.url("Applications")));
-    EXPECT_TRUE(files.itemExists(scratch.url("Library/Application Support")));
-    EXPECT_TRUE(files.itemExists(scratch.url("Users")));
-}
-
-TEST(LocalDirectory, IsNamedAlsoWhenItCannotBeCreated) {
-    const Scratch scratch;
-    makeFile(scratch.path("file"));
-    LinuxFileManager files(scratch.path("file"));
-    EXPECT_EQ(files.localDirectory(Platform::SearchPathDirectory::users), scratch.url("file/Users"));
-}
-
 TEST(Identity, IsDeviceInodeAndTimeOfTheLastChange) {
     const Scratch scratch;
-    LinuxFileManager files;
+    PosixFileManager files;
     makeFile(scratch.path("file"));
     struct stat status {};
     ASSERT_EQ(::lstat(scratch.path("file").c_str(), &status), 0);
@@ -52,7 +33,7 @@ TEST(Identity, IsDeviceInodeAndTimeOfTheLastChange) {
 
 TEST(Identity, IsAnotherOneForAnItemThatTookTheFirstOnesPlace) {
     const Scratch scratch;
-    LinuxFileManager files;
+    PosixFileManager files;
     makeFile(scratch.path("file"));
     makeFile(scratch.path("other"));
     const auto first = files.identity(scratch.url("file"));
@@ -62,7 +43,7 @@ TEST(Identity, IsAnotherOneForAnItemThatTookTheFirstOnesPlace) {
 
 TEST(Identity, OfALinkIsItsOwnAndOfNothingIsNothing) {
     const Scratch scratch;
-    LinuxFileManager files;
+    PosixFileManager files;
     makeFile(scratch.path("file"));
     makeLink("file", scratch.path("link"));
     EXPECT_NE(files.identity(scratch.url("link")), std::nullopt);
@@ -79,7 +60,7 @@ TEST(RemoveItem, NeedsFewDescriptors) {
     if (child == 0) {
         const rlim_t allowed = static_cast<rlim_t>(openDescriptors()) + 40;
         const rlimit limit{allowed, allowed};
-        LinuxFileManager files;
+        PosixFileManager files;
         ::_exit(::setrlimit(RLIMIT_NOFILE, &limit) == 0 && !files.removeItem(scratch.url("top")) ? 0 : 1);
     }
     int status = -1;
@@ -96,7 +77,7 @@ TEST(RemoveItem, DoesNotEnterAMountPoint) {
     makeFile(scratch.path("top/file"));
     const pid_t child = ::fork();
     if (child == 0) {
-        LinuxFileManager files;
+        PosixFileManager files;
         const bool mounted = ::unshare(CLONE_NEWNS) == 0 &&
                              ::mount("", "/", "", MS_REC | MS_PRIVATE, nullptr) == 0 &&
                              ::mount("tmpfs", scratch.path("top/mounted").c_str(), "tmpfs", 0, nullptr) == 0;
@@ -135,7 +116,7 @@ TEST(SetOwnerOfContents, GoesOnBehindAMountPointThatItCameBackFromADeepWay) {
     makeFiles("behind ");
     const pid_t child = ::fork();
     if (child == 0) {
-        LinuxFileManager files;
+        PosixFileManager files;
         const std::string mounted = scratch.path("top/mounted");
         const bool ready = ::unshare(CLONE_NEWNS) == 0 &&
                            ::mount("", "/", "", MS_REC | MS_PRIVATE, nullptr) == 0 &&
@@ -161,14 +142,14 @@ TEST(SetOwnerOfContents, GoesOnBehindAMountPointThatItCameBackFromADeepWay) {
 TEST(SetMode, GivesOperationNotSupportedForALink) {
     const Scratch scratch;
     makeLink("nowhere", scratch.path("link"));
-    LinuxFileManager files;
+    PosixFileManager files;
     EXPECT_EQ(files.setMode(scratch.url("link"), 0600), EOPNOTSUPP);
 }
 
 TEST(SetMode, DoesNotWaitForTheOtherEndOfAFIFO) {
     const Scratch scratch;
     ASSERT_EQ(::mkfifo(scratch.path("fifo").c_str(), 0600), 0);
-    LinuxFileManager files;
+    PosixFileManager files;
     EXPECT_EQ(files.setMode(scratch.url("fifo"), 0640), 0);
     EXPECT_EQ(statusOf(scratch.path("fifo")).st_mode, S_IFIFO | mode_t{0640});
 }

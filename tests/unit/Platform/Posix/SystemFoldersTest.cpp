@@ -8,14 +8,14 @@
 
 #include "Interference.h"
 #include "OwnRoot.h"
-#include "Platform/Linux/Files/LinuxFileManager.h"
+#include "Platform/Posix/PosixFileManager.h"
 
 namespace PlatformTests {
 namespace {
 
 using Base::URL;
-using Platform::Linux::LinuxFileManager;
 using Platform::Posix::Moment;
+using Platform::Posix::PosixFileManager;
 
 /// Those that no other one of these lies in, so that each needs to be known for its own sake, and then the
 /// others.
@@ -62,7 +62,7 @@ void makeRest() {
 }
 
 void expectRefused(const std::string& folder) {
-    LinuxFileManager files;
+    PosixFileManager files;
     const URL url = URL::fileURL(folder);
     const struct stat before = statusOf(folder);
     EXPECT_EQ(files.removeItem(url),
@@ -101,7 +101,7 @@ TEST(SystemFolders, AreKnownByIdentity) {
             expectRefused(each);
         }
         // A link of the product's own that leads to one is its own.
-        LinuxFileManager files;
+        PosixFileManager files;
         EXPECT_FALSE(files.removeItem(URL::fileURL("/System/root")));
         EXPECT_TRUE(exists("/Library/LaunchDaemons"));
     }));
@@ -109,7 +109,7 @@ TEST(SystemFolders, AreKnownByIdentity) {
 
 TEST(SystemFolders, IncludeEveryHomeAndTheFoldersAboveIt) {
     EXPECT_TRUE(OwnRoot().run([] {
-        LinuxFileManager files;
+        PosixFileManager files;
         makeFile("/System/source");
         for (const char* each : {"/srv", "/srv/homes", "/srv/homes/bob", "/srv/more", "/srv/more/carol"}) {
             makeFolder(each);
@@ -134,7 +134,7 @@ TEST(SystemFolders, IncludeEveryHomeAndTheFoldersAboveIt) {
 
 TEST(SystemFolders, ProtectNothingThatLiesInThem) {
     EXPECT_TRUE(OwnRoot().run([] {
-        LinuxFileManager files;
+        PosixFileManager files;
         for (const std::string each : {"/Applications/x", "/Library/Application Support/x", "/Users/alice/x",
                                        "/private/tmp/x", "/x"}) {
             makeFolder(each);
@@ -149,7 +149,7 @@ TEST(SystemFolders, ProtectNothingThatLiesInThem) {
 // The item that was checked is the one that is opened.
 TEST(SystemFolders, AreRefusedAlsoWhenTheyTakeTheItemsPlace) {
     EXPECT_TRUE(OwnRoot().run([] {
-        LinuxFileManager files;
+        PosixFileManager files;
         makeFolder("/Applications/item");
         makeFile("/Users/alice/kept");
         const Interference swap(Moment::openingFolder, "item", [](int) {

@@ -9,19 +9,19 @@
 
 #include "CopyContract.h"
 #include "CopyDetailsContract.h"
-#include "Platform/Linux/Files/LinuxFileManager.h"
+#include "Platform/Posix/PosixFileManager.h"
 
 namespace PlatformTests {
 
-using Platform::Linux::LinuxFileManager;
+using Platform::Posix::PosixFileManager;
 
-INSTANTIATE_TYPED_TEST_SUITE_P(Linux, CopyContract, LinuxFileManager);
-INSTANTIATE_TYPED_TEST_SUITE_P(Linux, CopyDetailsContract, LinuxFileManager);
+INSTANTIATE_TYPED_TEST_SUITE_P(Posix, CopyContract, PosixFileManager);
+INSTANTIATE_TYPED_TEST_SUITE_P(Posix, CopyDetailsContract, PosixFileManager);
 
 namespace {
 
 // What this system's copies do beyond that.
-class CopyItem : public CopyContract<LinuxFileManager> {};
+class CopyItem : public CopyContract<PosixFileManager> {};
 
 // Otherwise a copy would run with the rights of whoever made it.
 TEST_F(CopyItem, DropsSetIdBitsWithTheOwner) {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "NativeFiles.h"
+#include "Platform/Posix/PosixFileManager.h"
 #include "support/Scratch.h"
 
 namespace PlatformTests {
@@ -44,7 +45,7 @@ class ChangeOfOwner : public testing::TestWithParam<mode_t> {
     }
 
     Scratch scratch_;
-    NativeFileManager files_;
+    Platform::Posix::PosixFileManager files_;
     std::vector<std::pair<std::string, int>> failures_;
 };
 

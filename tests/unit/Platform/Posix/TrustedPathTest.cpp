@@ -8,16 +8,16 @@
 
 #include "Interference.h"
 #include "OwnRoot.h"
-#include "Platform/Linux/Files/LinuxFileManager.h"
 #include "Platform/Posix/FolderChain.h"
+#include "Platform/Posix/PosixFileManager.h"
 
 namespace PlatformTests {
 namespace {
 
 using Base::URL;
-using Platform::Linux::LinuxFileManager;
 using Platform::Posix::Moment;
 using Platform::Posix::OpenedParent;
+using Platform::Posix::PosixFileManager;
 using Platform::Posix::WayEnd;
 
 /// Whether the way to `item` ends in `folder`, under the name that the item has.
@@ -179,7 +179,7 @@ TEST(TrustedPath, FollowsThirtyTwoLinksAndNoMore) {
 
 TEST(TrustedPath, MakesMissingFoldersOfThePathAlone) {
     EXPECT_TRUE(OwnRoot().run([] {
-        LinuxFileManager files;
+        PosixFileManager files;
         EXPECT_FALSE(files.createDirectory(URL::fileURL("/tmp/a/b/c"), true));
         EXPECT_TRUE(S_ISDIR(statusOf("/private/tmp/a/b/c").st_mode));
         makeLink("new/folder", "/System/dangling");
@@ -201,7 +201,7 @@ TEST(TrustedPath, MakesMissingFoldersOfThePathAlone) {
 // Every operation goes this way.
 TEST(TrustedPath, NoOperationChangesAnythingBehindSomebodysLink) {
     EXPECT_TRUE(OwnRoot().run([] {
-        LinuxFileManager files;
+        PosixFileManager files;
         makeFolder("/Users/alice/private", 0700);
         makeFile("/Users/alice/private/SNT", "alice's", 0600);
         makeFolder("/Users/alice/private/folder");
@@ -237,7 +237,7 @@ TEST(TrustedPath, NoOperationChangesAnythingBehindSomebodysLink) {
 // A folder becomes a link after it was seen, and before it is opened.
 TEST(TrustedPath, NoticesAFolderThatBecomesALink) {
     EXPECT_TRUE(OwnRoot().run([] {
-        LinuxFileManager files;
+        PosixFileManager files;
         makeFolder("/Applications/NORVIK");
         makeFile("/Applications/NORVIK/SNT");
         makeFile("/Users/alice/SNT");
@@ -255,7 +255,7 @@ TEST(TrustedPath, NoticesAFolderThatBecomesALink) {
 // A link that was met makes room for a folder: no way for this time.
 TEST(TrustedPath, NoticesALinkThatBecomesAFolder) {
     EXPECT_TRUE(OwnRoot().run([] {
-        LinuxFileManager files;
+        PosixFileManager files;
         makeFolder("/Applications/folder");
         makeFile("/Applications/folder/SNT");
         makeLink("/Users/alice", "/Applications/NORVIK");
@@ -272,7 +272,7 @@ TEST(TrustedPath, NoticesALinkThatBecomesAFolder) {
 // The walk stands in the folder, not at its path.
 TEST(TrustedPath, StaysInAFolderThatIsMovedAway) {
     EXPECT_TRUE(OwnRoot().run([] {
-        LinuxFileManager files;
+        PosixFileManager files;
         makeFolder("/Applications/NORVIK");
         makeFolder("/Applications/NORVIK/below");
         makeFile("/Applications/NORVIK/below/SNT");

@@ -1,19 +1,18 @@
-#include "Platform/Darwin/DarwinFileManager.h"
+#include "Platform/Darwin/DarwinStandardFolders.h"
 
 #include "Platform/Darwin/FoundationBridge.h"
-#include "Platform/Posix/LocalDomain.h"
 
 namespace Platform::Darwin {
 
 namespace {
 
-NSSearchPathDirectory foundationDirectory(SearchPathDirectory directory) {
-    switch (directory) {
-        case SearchPathDirectory::applications:
+NSSearchPathDirectory foundationDirectory(StandardFolder purpose) {
+    switch (purpose) {
+        case StandardFolder::applications:
             return NSApplicationDirectory;
-        case SearchPathDirectory::applicationSupport:
+        case StandardFolder::applicationSupport:
             return NSApplicationSupportDirectory;
-        case SearchPathDirectory::users:
+        case StandardFolder::users:
             return NSUserDirectory;
     }
     return NSApplicationDirectory;
@@ -21,14 +20,14 @@ NSSearchPathDirectory foundationDirectory(SearchPathDirectory directory) {
 
 }  // namespace
 
-Base::URL DarwinFileManager::localDirectory(SearchPathDirectory directory) {
+Base::URL DarwinStandardFolders::folder(StandardFolder purpose) {
     const Pool pool;
-    NSURL* const url = [[NSFileManager defaultManager] URLForDirectory:foundationDirectory(directory)
+    NSURL* const url = [[NSFileManager defaultManager] URLForDirectory:foundationDirectory(purpose)
                                                               inDomain:NSLocalDomainMask
                                                      appropriateForURL:nil
                                                                 create:YES
                                                                  error:nullptr];
-    return fileURL(url).value_or(Base::URL::fileURL(Posix::localDomainPath(directory)));
+    return fileURL(url).value_or(names_.folder(purpose));
 }
 
 }  // namespace Platform::Darwin
