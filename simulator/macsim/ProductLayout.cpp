@@ -5,8 +5,8 @@
 #include <filesystem>
 #include <set>
 
+#include "InstallCommon/ComponentPathProvider+Legacy.h"
 #include "NorvikCommon/DaemonConnector.h"
-#include "NorvikCommon/Product Paths Information/ComponentPathProvider.h"
 #include "NorvikCommon/Product Paths Information/FeaturePathProvider.h"
 #include "NorvikCommon/Product Paths Information/SystemPathProvider.h"
 #include "macsim/ProductBundles.h"
@@ -21,18 +21,15 @@ using NorvikCommon::BundleDaemonInfo;
 using NorvikCommon::BundleInfo;
 using NorvikCommon::FeaturePathProvider;
 using NorvikCommon::SystemPathProvider;
-using Paths = NorvikCommon::ComponentPathProvider;
+using Paths = InstallCommon::ComponentPathProvider;
 
 namespace {
 
 constexpr std::array<std::string_view, 7> kGenerations{"norvik-apps", "antivir",    "antivirus", "snt-plain",
                                                        "snt-folder",  "snt-bundle", "current"};
 
-/// Places in the catalogue's list of earlier installation folders.
-enum LegacyFolder : std::size_t { kAntiVir, kAntivirus, kSntFolder, kSntApplications };
-
-bool liesIn(const std::optional<BundleInfo>& bundle, const std::string& folder) {
-    return bundle && std::filesystem::path(pathOf(bundle->location)).parent_path() == folder;
+bool liesIn(const std::optional<BundleInfo>& bundle, const Base::URL& folder) {
+    return bundle && bundle->location && bundle->location->deletingLastPathComponent() == folder;
 }
 
 class Generations {
@@ -42,16 +39,16 @@ class Generations {
 
     void build(std::string_view generation) {
         if (generation == "norvik-apps") {
-            applicationsIn(pathOf(Paths::legacyProductsPaths().at(1)));
+            applicationsIn(Paths::legacyNorvikApplications());
         } else if (generation == "antivir") {
-            agentsIn(kAntiVir);
+            agentsIn(Paths::legacyAntiVirFolder());
         } else if (generation == "antivirus") {
-            agentsIn(kAntivirus);
-            bundles_.daemon(Paths::legacyVersionsDaemons().at(0));
+            agentsIn(Paths::legacyAntivirusFolder());
+            bundles_.daemon(Paths::legacyAntivirusDaemon());
         } else if (generation == "snt-plain") {
             plainDaemon();
         } else if (generation == "snt-folder") {
-            agentsIn(kSntFolder);
+            agentsIn(Paths::legacyFileAccessDaemonFolder());
         } else if (generation == "snt-bundle") {
             bundleGeneration();
         } else {
@@ -75,7 +72,7 @@ class Generations {
     }
 
   private:
-    void applicationsIn(const std::string& folder) {
+    void applicationsIn(const Base::URL& folder) {
         for (const ApplicationInfo& app : Paths::legacyVersionsGuiApps()) {
             if (liesIn(app.bundle, folder)) {
                 bundles_.application(app, PropertyListForm::binary);
@@ -83,17 +80,16 @@ class Generations {
         }
     }
 
-    void agentsIn(LegacyFolder folder) {
-        const std::string path = Paths::legacyInstallationPaths().at(folder).path();
+    void agentsIn(const Base::URL& folder) {
         for (const BundleDaemonInfo& agent : Paths::legacyVersionsUserAgents()) {
-            if (liesIn(agent.app.value().bundle, path)) {
+            if (liesIn(agent.app.value().bundle, folder)) {
                 bundles_.agent(agent);
             }
         }
     }
 
     void plainDaemon() {
-        const auto& daemon = Paths::legacyVersionsDaemons().at(1);
+        const auto daemon = Paths::legacySntDaemon();
         const std::string path = pathOf(daemon.executable.value().location);
         // The folder generation has a folder at this very place: then the daemon moves into it.
         const bool isFolder = std::find(options_.installed.begin(), options_.installed.end(), "snt-folder") !=
@@ -105,8 +101,8 @@ class Generations {
         for (const BundleDaemonInfo& daemon : Paths::legacyVersionsBundleDaemons()) {
             bundles_.daemon(daemon);
         }
-        agentsIn(kSntApplications);
-        applicationsIn(Paths::legacyInstallationPaths().at(kSntApplications).path());
+        agentsIn(Paths::legacySntApplications());
+        applicationsIn(Paths::legacySntApplications());
         for (const auto& kext : Paths::legacyVersionsFileAccessFilterKexts()) {
             bundles_.kernelExtension(kext);
         }

@@ -5,7 +5,7 @@
 
 #include "Helpers/LaunchdJob.h"
 #include "Helpers/PackageInstaller.h"
-#include "NorvikCommon/Product Paths Information/ComponentPathProvider.h"
+#include "InstallCommon/ComponentPathProvider+Legacy.h"
 #include "NorvikCommon/Product Paths Information/SystemPathProvider.h"
 #include "Platform/SystemPorts.h"
 
@@ -26,7 +26,7 @@ constexpr std::int64_t kAnswerPatience = 2 * kSecond;
 
 /// A helper tool in the place that launchd's blessing gives it.
 NorvikCommon::DaemonInfo blessedTool(const std::string& label) {
-    const Base::URL tools = Base::URL::fileURL("/Library/PrivilegedHelperTools");
+    const Base::URL tools = NorvikCommon::SystemPathProvider::privilegedHelperTools();
     const Base::URL plist =
         NorvikCommon::SystemPathProvider::daemonsPlists().appendingPathComponent(label + ".plist");
     return NorvikCommon::DaemonInfo::daemonWithExecutable(
@@ -44,7 +44,8 @@ std::optional<Platform::FileIdentity> identityOf(const NorvikCommon::DaemonInfo&
 }
 
 void takeRemovedToolsOutOfLaunchd(const std::string& ownLabel) {
-    for (const NorvikCommon::DaemonInfo& tool : NorvikCommon::ComponentPathProvider::auxiliaryHelperTools()) {
+    for (const NorvikCommon::DaemonInfo& tool :
+         InstallCommon::ComponentPathProvider::auxiliaryHelperTools()) {
         if (*tool.launchd->label != ownLabel && isGone(tool)) {
             bootOut(*tool.launchd->label);
         }

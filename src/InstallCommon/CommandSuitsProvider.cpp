@@ -8,14 +8,12 @@
 #include "InstallCommon/Commands/Uninstallation/StopLaunchdJobCommand.h"
 #include "InstallCommon/Commands/Uninstallation/UnloadKextCommand.h"
 #include "InstallCommon/ComponentLists.h"
-#include "NorvikCommon/Product Paths Information/ComponentPathProvider.h"
+#include "InstallCommon/ComponentPathProvider+Legacy.h"
 #include "NorvikCommon/Product Paths Information/FeaturePathProvider.h"
 
 namespace InstallCommon {
 
 namespace {
-
-using NorvikCommon::ComponentPathProvider;
 
 CommandList uninstallCommandsUnloadLaunchdJobAgentsAndDaemons() {
     CommandList commands;

@@ -1,13 +1,11 @@
 #include "InstallCommon/ComponentLists.h"
 
-#include "NorvikCommon/Product Paths Information/ComponentPathProvider.h"
+#include "InstallCommon/ComponentPathProvider+Legacy.h"
 #include "Platform/ProcessOnce.h"
 
 namespace InstallCommon {
 
 namespace {
-
-using NorvikCommon::ComponentPathProvider;
 
 Platform::ProcessOnce<std::vector<NorvikCommon::LaunchdInfo>> daemonJobList;
 Platform::ProcessOnce<std::vector<NorvikCommon::LaunchdInfo>> agentJobList;

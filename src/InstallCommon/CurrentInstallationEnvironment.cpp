@@ -4,10 +4,10 @@
 #include <memory>
 #include <string>
 
+#include "InstallCommon/ComponentPathProvider+Legacy.h"
 #include "InstallCommon/ProductVersionUtil.h"
 #include "NorvikCommon/InstallerLog.h"
 #include "NorvikCommon/PMProcessMonitor.h"
-#include "NorvikCommon/Product Paths Information/ComponentPathProvider.h"
 #include "Platform/ProcessOnce.h"
 #include "Platform/SystemPorts.h"
 
@@ -22,7 +22,7 @@ bool itemExists(const Base::URL& item) {
 }
 
 Base::URL consoleLocation() {
-    return *NorvikCommon::ComponentPathProvider::managementConsole().bundle->location;
+    return *ComponentPathProvider::managementConsole().bundle->location;
 }
 
 template <class List>
@@ -68,8 +68,8 @@ bool CurrentInstallationEnvironment::isOtherAntivirusRunning() {
 }
 
 CurrentInstallationEnvironment::Installed CurrentInstallationEnvironment::checkNorvikAntivirusInstalled() {
-    std::vector<Base::URL> folders{NorvikCommon::ComponentPathProvider::productAppSupport()};
-    const std::vector<Base::URL>& earlier = NorvikCommon::ComponentPathProvider::legacyInstallationPaths();
+    std::vector<Base::URL> folders{ComponentPathProvider::productAppSupport()};
+    const std::vector<Base::URL>& earlier = ComponentPathProvider::legacyInstallationPaths();
     folders.insert(folders.end(), earlier.begin(), earlier.end());
     if (std::none_of(folders.begin(), folders.end(), itemExists)) {
         return {};

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "DisplayText.h"
-#include "NorvikCommon/Product Paths Information/ComponentPathProvider.h"
+#include "InstallCommon/ComponentPathProvider+Legacy.h"
 #include "NorvikCommon/Product Paths Information/FeaturePathProvider.h"
 #include "NorvikCommon/Product Paths Information/SystemPathProvider.h"
 
@@ -43,7 +43,7 @@ Json currentComponents() {
 }
 
 Json legacyComponents() {
-    using Provider = NorvikCommon::ComponentPathProvider;
+    using Provider = InstallCommon::ComponentPathProvider;
     return {{"legacyInstallationPaths", toJson(Provider::legacyInstallationPaths())},
             {"legacyProductsPaths", toJson(Provider::legacyProductsPaths())},
             {"legacyWorkflowPaths", toJson(Provider::legacyWorkflowPaths())},

@@ -6,9 +6,9 @@
 
 #include "Base/FatalError.h"
 #include "InstallCommon/ComponentLists.h"
+#include "InstallCommon/ComponentPathProvider+Legacy.h"
 #include "InstallCommon/IntallHelper.h"
 #include "InstallCommon/SupportPrivilegedHelperClient.h"
-#include "NorvikCommon/Product Paths Information/ComponentPathProvider.h"
 #include "NorvikCommon/Product Paths Information/FeaturePathProvider.h"
 #include "NorvikCommon/Product Paths Information/SystemPathProvider.h"
 
@@ -17,13 +17,27 @@ namespace Inventory {
 namespace {
 
 using InstallCommon::ComponentLists;
-using NorvikCommon::ComponentPathProvider;
+using InstallCommon::ComponentPathProvider;
 using Platform::ItemKind;
 
 constexpr std::string_view kCurrent = "current";
 constexpr std::string_view kSntBundle = "snt-bundle";
-/// The generations whose folders ComponentPathProvider::legacyInstallationPaths lists, in its order.
-constexpr std::array<std::string_view, 4> kOfFolders{"antivir", "antivirus", "snt-folder", kSntBundle};
+constexpr std::string_view kAntivirus = "antivirus";
+
+/// The generation that this is an installation folder of.
+std::string_view generationOf(const Base::URL& folder) {
+    const std::array<std::pair<Base::URL, std::string_view>, 4> generations{
+        {{ComponentPathProvider::legacyAntiVirFolder(), "antivir"},
+         {ComponentPathProvider::legacyAntivirusFolder(), kAntivirus},
+         {ComponentPathProvider::legacyFileAccessDaemonFolder(), "snt-folder"},
+         {ComponentPathProvider::legacySntApplications(), kSntBundle}}};
+    const auto* const found = std::find_if(generations.begin(), generations.end(),
+                                           [&folder](const auto& each) { return each.first == folder; });
+    if (found == generations.end()) {
+        Base::fatalError("no generation has the folder " + folder.path());
+    }
+    return found->second;
+}
 
 class Items {
   public:
@@ -50,10 +64,10 @@ class Items {
 
 void addApplications(Items& items) {
     items.add(*ComponentPathProvider::managementConsole().bundle->location, {Role::application, kCurrent});
-    const std::string earliest = ComponentPathProvider::legacyProductsPaths().at(1).path();
+    const Base::URL earliest = ComponentPathProvider::legacyNorvikApplications();
     for (const NorvikCommon::ApplicationInfo& app : ComponentPathProvider::legacyVersionsGuiApps()) {
         const Base::URL& path = *app.bundle->location;
-        const bool isEarliest = path.deletingLastPathComponent().path() == earliest;
+        const bool isEarliest = path.deletingLastPathComponent() == earliest;
         items.add(path, {Role::application, isEarliest ? "norvik-apps" : kSntBundle});
     }
     items.add(ComponentPathProvider::workflow(), {Role::finderService});
@@ -64,18 +78,18 @@ void addBackgroundPrograms(Items& items) {
     for (const NorvikCommon::KextInfo& kext : ComponentLists::legacyKexts()) {
         items.add(*kext.bundle->location, {Role::kernelExtension, kSntBundle});
     }
-    const auto& agents = ComponentLists::legacyAgents();
-    const std::size_t ofOneFolder = agents.size() / kOfFolders.size();
-    for (std::size_t index = 0; index < agents.size(); ++index) {
-        items.add(*agents[index].app->bundle->location, {Role::agent, kOfFolders.at(index / ofOneFolder)});
+    for (const NorvikCommon::BundleDaemonInfo& agent : ComponentLists::legacyAgents()) {
+        const Base::URL& location = *agent.app->bundle->location;
+        items.add(location, {Role::agent, generationOf(location.deletingLastPathComponent())});
     }
     for (const NorvikCommon::BundleDaemonInfo& daemon : ComponentLists::legacyBundleDaemons()) {
         items.add(*daemon.app->bundle->location, {Role::daemon, kSntBundle});
     }
-    const auto& daemons = ComponentLists::legacyDaemons();
-    items.add(*daemons.at(0).executable->location, {Role::daemon, kOfFolders[1]});
+    items.add(*ComponentPathProvider::legacyAntivirusDaemon().executable->location,
+              {Role::daemon, kAntivirus});
     // A folder at the same place belongs to another generation.
-    items.add(*daemons.at(1).executable->location, {Role::daemon, "snt-plain", ItemKind::file});
+    items.add(*ComponentPathProvider::legacySntDaemon().executable->location,
+              {Role::daemon, "snt-plain", ItemKind::file});
 }
 
 void addJobs(Items& items) {
@@ -91,9 +105,7 @@ void addHelpers(Items& items) {
         items.add(*tool.executable->location, {Role::helperTool});
         items.add(*tool.launchd->plistLocation(), {Role::launchdJob});
     }
-    const Base::URL tools = ComponentPathProvider::auxiliaryHelperTools()
-                                .front()
-                                .executable->location->deletingLastPathComponent();
+    const Base::URL tools = NorvikCommon::SystemPathProvider::privilegedHelperTools();
     const std::string& support = uninstallersHelpers().back();
     items.add(tools.appendingPathComponent(support), {Role::helperTool});
     // The copy's location for the runtime package; it is gone again unless the helper was ended in between.

@@ -1,17 +1,14 @@
 #pragma once
 
 #include <string_view>
-#include <vector>
 
 #include "Base/URL.h"
 #include "NorvikCommon/Product Paths Information/ProductComponents.h"
 
 namespace NorvikCommon {
 
-/// Locations of the product's components: the current version's here, the earlier versions' in the members
-/// whose names begin with "legacy" (InstallCommon/LegacyComponents.cpp). Records are made anew on every call;
-/// the fixed lists are made once per process, safely against concurrent first use, and shared. Nothing is
-/// logged.
+/// Locations of the current version's components. Records are made anew on every call; nothing is logged. The
+/// install module's ComponentPathProvider adds the earlier versions'.
 struct ComponentPathProvider {
     ComponentPathProvider() = delete;
 
@@ -35,27 +32,6 @@ struct ComponentPathProvider {
     [[nodiscard]] static BundleDaemonInfo trayMenu();
     /// Lies inside the file access daemon's bundle, not in /Library/Extensions.
     [[nodiscard]] static KextInfo fileAccessFilterKext();
-
-    // Fixed lists of the earlier versions.
-
-    /// Folders that held a whole earlier installation.
-    [[nodiscard]] static const std::vector<Base::URL>& legacyInstallationPaths();
-    /// Folders of the maker's earlier products.
-    [[nodiscard]] static const std::vector<Base::URL>& legacyProductsPaths();
-    [[nodiscard]] static const std::vector<Base::URL>& legacyWorkflowPaths();
-    [[nodiscard]] static const std::vector<KextInfo>& legacyVersionsFileAccessFilterKexts();
-    /// Plain executables.
-    [[nodiscard]] static const std::vector<DaemonInfo>& legacyVersionsDaemons();
-    /// Bundles; they carry the labels of the current daemons.
-    [[nodiscard]] static const std::vector<BundleDaemonInfo>& legacyVersionsBundleDaemons();
-
-    // Lists that are computed on every call.
-
-    /// Two agents for each of the legacy installation paths.
-    [[nodiscard]] static std::vector<BundleDaemonInfo> legacyVersionsUserAgents();
-    [[nodiscard]] static std::vector<ApplicationInfo> legacyVersionsGuiApps();
-    /// The privileged helper tools that the product's applications bless, in no particular order.
-    [[nodiscard]] static std::vector<DaemonInfo> auxiliaryHelperTools();
 };
 
 }  // namespace NorvikCommon

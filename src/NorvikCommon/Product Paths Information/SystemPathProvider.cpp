@@ -16,6 +16,10 @@ Base::URL SystemPathProvider::extensions() {
     return Base::URL::fileURL("/Library/Extensions");
 }
 
+Base::URL SystemPathProvider::privilegedHelperTools() {
+    return Base::URL::fileURL("/Library/PrivilegedHelperTools");
+}
+
 Base::URL SystemPathProvider::lsRegisterDatabase() {
     return Base::URL::fileURL(
         "/System/Library/Frameworks/CoreServices.framework/Frameworks/LaunchServices.framework/Support/"

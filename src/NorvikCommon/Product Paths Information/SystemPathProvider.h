@@ -14,6 +14,8 @@ struct SystemPathProvider {
     [[nodiscard]] static Base::URL userAgentsPlists();
     /// /Library/Extensions
     [[nodiscard]] static Base::URL extensions();
+    /// /Library/PrivilegedHelperTools: where launchd puts the tools that it blesses.
+    [[nodiscard]] static Base::URL privilegedHelperTools();
     /// The Launch Services registration tool, despite the name.
     [[nodiscard]] static Base::URL lsRegisterDatabase();
     /// /bin/launchctl

@@ -1,4 +1,4 @@
-// The concurrent queue. (The serial one is in DarwinSerialQueue.cpp.)
+// The concurrent queue. (The serial one is in DarwinQueue+Serial.cpp.)
 #include "Platform/Darwin/DarwinQueue.h"
 
 #include <dispatch/dispatch.h>

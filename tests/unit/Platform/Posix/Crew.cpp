@@ -1,4 +1,4 @@
-// How the crews of this test program are made; takes the place of the product's CrewShape.cpp.
+// How the crews of this test program are made; takes the place of the product's FolderCrew+Shape.cpp.
 #include "Platform/Posix/FolderCrew.h"
 
 namespace Platform::Posix {

@@ -1,13 +1,15 @@
+#include "InstallCommon/ComponentPathProvider+Legacy.h"
+
 #include <gtest/gtest.h>
 
 #include <thread>
 
-#include "NorvikCommon/Product Paths Information/ComponentPathProvider.h"
 #include "support/FakeMac.h"
 
 namespace {
 
 using namespace NorvikCommon;
+using InstallCommon::ComponentPathProvider;
 
 class LegacyComponentsTest : public testing::Test {
   protected:

@@ -1,5 +1,3 @@
-// The install side of CommandSuitsProvider.
-
 #include <string>
 #include <string_view>
 
@@ -8,14 +6,13 @@
 #include "InstallCommon/Commands/Installation/CopyCommand.h"
 #include "InstallCommon/Commands/Installation/StartLaunchdJobCommand.h"
 #include "InstallCommon/Commands/Installation/UpdateLaunchServices.h"
-#include "NorvikCommon/Product Paths Information/ComponentPathProvider.h"
+#include "InstallCommon/ComponentPathProvider+Legacy.h"
 #include "NorvikCommon/Product Paths Information/FeaturePathProvider.h"
 
 namespace InstallCommon {
 
 namespace {
 
-using NorvikCommon::ComponentPathProvider;
 using NorvikCommon::FeaturePathProvider;
 
 /// Copies the item of this name from a payload folder.

@@ -1,37 +1,75 @@
-// Locations of earlier versions' components: the members of ComponentPathProvider whose names begin with
-// "legacy", and the helper tools.
+#include "InstallCommon/ComponentPathProvider+Legacy.h"
 
 #include <array>
 #include <map>
-#include <string>
+#include <string_view>
 
-#include "NorvikCommon/Product Paths Information/ComponentPathProvider.h"
 #include "NorvikCommon/Product Paths Information/SystemPathProvider.h"
 #include "Platform/ProcessOnce.h"
 
-namespace NorvikCommon {
+namespace InstallCommon {
+
+using NorvikCommon::ApplicationInfo;
+using NorvikCommon::BundleDaemonInfo;
+using NorvikCommon::DaemonInfo;
+using NorvikCommon::FilesystemItemInfo;
+using NorvikCommon::KextInfo;
+using NorvikCommon::LaunchdInfo;
+using NorvikCommon::SystemPathProvider;
 
 namespace {
 
 Platform::ProcessOnce<std::vector<Base::URL>> installationPaths;
 Platform::ProcessOnce<std::vector<Base::URL>> productsPaths;
 Platform::ProcessOnce<std::vector<Base::URL>> workflowPaths;
-Platform::ProcessOnce<std::vector<KextInfo>> kexts;
-Platform::ProcessOnce<std::vector<DaemonInfo>> daemons;
-Platform::ProcessOnce<std::vector<BundleDaemonInfo>> bundleDaemons;
+Platform::ProcessOnce<std::vector<KextInfo>> legacyKextRecords;
+Platform::ProcessOnce<std::vector<DaemonInfo>> legacyDaemonRecords;
+Platform::ProcessOnce<std::vector<BundleDaemonInfo>> legacyBundleDaemonRecords;
 
-Base::URL inLegacyDataFolder(std::string_view name) {
-    return Base::URL::fileURL("/Library/Application Support/NORVIK/SNT").appendingPathComponent(name);
+Base::URL legacyDataFolder() {
+    return Base::URL::fileURL("/Library/Application Support/NORVIK/SNT");
 }
 
 }  // namespace
 
+Base::URL ComponentPathProvider::legacyAntiVirFolder() {
+    return Base::URL::fileURL("/Library/Application Support/Norvik/AntiVir");
+}
+
+Base::URL ComponentPathProvider::legacyAntivirusFolder() {
+    return Base::URL::fileURL("/Library/Application Support/Norvik/Antivirus");
+}
+
+Base::URL ComponentPathProvider::legacyFileAccessDaemonFolder() {
+    return legacyDataFolder().appendingPathComponent("FileAccessDaemon");
+}
+
+Base::URL ComponentPathProvider::legacySntApplications() {
+    return Base::URL::fileURL("/Applications/NORVIK/SNT");
+}
+
+Base::URL ComponentPathProvider::legacyNorvikApplications() {
+    return Base::URL::fileURL("/Applications/Norvik");
+}
+
+DaemonInfo ComponentPathProvider::legacyAntivirusDaemon() {
+    // The label is all lower case, unlike the executable's name, and the folder is not legacyAntivirusFolder.
+    return DaemonInfo::daemonWithExecutable(
+        FilesystemItemInfo::itemWithPath(
+            Base::URL::fileURL("/Library/Application Support/Norvik/AntiVirus/FileAccessDaemon")),
+        LaunchdInfo::launchdWithLabel(
+            "com.norvik.fileaccessdaemon",
+            Base::URL::fileURL("/Library/LaunchDaemons/com.norvik.fileaccessdaemon.plist")));
+}
+
+DaemonInfo ComponentPathProvider::legacySntDaemon() {
+    return DaemonInfo::daemonWithName("FileAccessDaemon", legacyDataFolder());
+}
+
 const std::vector<Base::URL>& ComponentPathProvider::legacyInstallationPaths() {
     return installationPaths.get([] {
-        return std::vector{Base::URL::fileURL("/Library/Application Support/Norvik/AntiVir"),
-                           Base::URL::fileURL("/Library/Application Support/Norvik/Antivirus"),
-                           Base::URL::fileURL("/Library/Application Support/NORVIK/SNT/FileAccessDaemon"),
-                           Base::URL::fileURL("/Applications/NORVIK/SNT")};
+        return std::vector{legacyAntiVirFolder(), legacyAntivirusFolder(), legacyFileAccessDaemonFolder(),
+                           legacySntApplications()};
     });
 }
 
@@ -39,8 +77,7 @@ const std::vector<Base::URL>& ComponentPathProvider::legacyProductsPaths() {
     return productsPaths.get([] {
         // On a case-insensitive volume the last two are one folder; both stay.
         return std::vector{Base::URL::fileURL("/Library/Application Support/Norvik"),
-                           Base::URL::fileURL("/Applications/Norvik"),
-                           Base::URL::fileURL("/Applications/NORVIK")};
+                           legacyNorvikApplications(), Base::URL::fileURL("/Applications/NORVIK")};
     });
 }
 
@@ -51,33 +88,24 @@ const std::vector<Base::URL>& ComponentPathProvider::legacyWorkflowPaths() {
 }
 
 const std::vector<KextInfo>& ComponentPathProvider::legacyVersionsFileAccessFilterKexts() {
-    return kexts.get([] {
+    return legacyKextRecords.get([] {
         return std::vector{KextInfo::kextWithName("FileAccessFilter", "com.norvik.kext.FileAccessFilter")};
     });
 }
 
 const std::vector<DaemonInfo>& ComponentPathProvider::legacyVersionsDaemons() {
-    return daemons.get([] {
-        // The first one's label is all lower case, unlike its executable's name.
-        const auto executable = FilesystemItemInfo::itemWithPath(
-            Base::URL::fileURL("/Library/Application Support/Norvik/AntiVirus/FileAccessDaemon"));
-        const auto launchd = LaunchdInfo::launchdWithLabel(
-            "com.norvik.fileaccessdaemon",
-            Base::URL::fileURL("/Library/LaunchDaemons/com.norvik.fileaccessdaemon.plist"));
-        return std::vector{
-            DaemonInfo::daemonWithExecutable(executable, launchd),
-            DaemonInfo::daemonWithName("FileAccessDaemon",
-                                       Base::URL::fileURL("/Library/Application Support/NORVIK/SNT"))};
-    });
+    return legacyDaemonRecords.get([] { return std::vector{legacyAntivirusDaemon(), legacySntDaemon()}; });
 }
 
 const std::vector<BundleDaemonInfo>& ComponentPathProvider::legacyVersionsBundleDaemons() {
-    return bundleDaemons.get([] {
-        return std::vector{
-            BundleDaemonInfo::daemonWithName("fileaccessd", inLegacyDataFolder("FileAccessDaemon.bundle"),
-                                             "com.norvik.FileAccessDaemon"),
-            BundleDaemonInfo::daemonWithName("containmentd", inLegacyDataFolder("ContainmentDaemon.bundle"),
-                                             "com.norvik.ContainmentDaemon")};
+    return legacyBundleDaemonRecords.get([] {
+        const Base::URL folder = legacyDataFolder();
+        return std::vector{BundleDaemonInfo::daemonWithName(
+                               "fileaccessd", folder.appendingPathComponent("FileAccessDaemon.bundle"),
+                               "com.norvik.FileAccessDaemon"),
+                           BundleDaemonInfo::daemonWithName(
+                               "containmentd", folder.appendingPathComponent("ContainmentDaemon.bundle"),
+                               "com.norvik.ContainmentDaemon")};
     });
 }
 
@@ -100,15 +128,14 @@ std::vector<ApplicationInfo> ComponentPathProvider::legacyVersionsGuiApps() {
                                                {"View Logs", ""},
                                                {"NORVIK Scanner", ""},
                                                {"Sentrel Scanner", "com.NORVIK.Sentrel-Scanner"}}};
-    const Base::URL earliest = Base::URL::fileURL("/Applications/Norvik");
     std::vector<ApplicationInfo> apps;
-    for (const Base::URL& folder : {earliest, Base::URL::fileURL("/Applications/NORVIK/SNT")}) {
+    for (const Base::URL& folder : {legacyNorvikApplications(), legacySntApplications()}) {
         for (const App& app : kApps) {
             apps.push_back(ApplicationInfo::appWithName(app.name, app.bundleId, folder));
         }
     }
-    apps.push_back(
-        ApplicationInfo::appWithName("NORVIK Antivirus", earliest.appendingPathComponent("Sentrel.app"), ""));
+    apps.push_back(ApplicationInfo::appWithName(
+        "NORVIK Antivirus", legacyNorvikApplications().appendingPathComponent("Sentrel.app"), ""));
     return apps;
 }
 
@@ -118,7 +145,7 @@ std::vector<DaemonInfo> ComponentPathProvider::auxiliaryHelperTools() {
         {"com.norvik.SolutionUpdaterHelper", "com.norvik.SolutionUpdaterHelper.plist"},
         {"com.norvik.InstallerHelper", "com.norvik.InstallerHelper.plist"},
         {"com.norvik.UninstallerHelper", "com.norvik.UninstallerHelper.plist"}};
-    const Base::URL toolsFolder = Base::URL::fileURL("/Library/PrivilegedHelperTools");
+    const Base::URL toolsFolder = SystemPathProvider::privilegedHelperTools();
     std::vector<DaemonInfo> tools;
     tools.reserve(kPlistNames.size());
     for (const auto& [label, plistName] : kPlistNames) {
@@ -130,4 +157,4 @@ std::vector<DaemonInfo> ComponentPathProvider::auxiliaryHelperTools() {
     return tools;
 }
 
-}  // namespace NorvikCommon
+}  // namespace InstallCommon
