@@ -3,7 +3,7 @@
 namespace Platform::Linux {
 
 std::optional<bool> LinuxLoadedExtensions::isLoaded(const std::string& bundleIdentifier, Error& error) {
-    const auto reply = services_.request({"is-kext-loaded", bundleIdentifier});
+    const auto reply = services().request({"is-kext-loaded", bundleIdentifier});
     if (reply && reply->size() == 1 && (reply->front() == "0" || reply->front() == "1")) {
         return reply->front() == "1";
     }

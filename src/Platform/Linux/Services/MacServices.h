@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace Platform::Linux {
@@ -53,6 +54,19 @@ class MacServices {
 
   private:
     std::string socket_;
+};
+
+/// The base of a port that process 1 answers.
+template <typename PortInterface>
+class AnsweredByProcessOne : public PortInterface {
+  public:
+    explicit AnsweredByProcessOne(MacServices services = MacServices()) : services_(std::move(services)) {}
+
+  protected:
+    [[nodiscard]] const MacServices& services() const { return services_; }
+
+  private:
+    MacServices services_;
 };
 
 }  // namespace Platform::Linux

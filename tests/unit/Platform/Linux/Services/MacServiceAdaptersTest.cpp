@@ -3,11 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "FakeProcessOne.h"
-#include "Platform/Linux/Services/LinuxAuthorization.h"
-#include "Platform/Linux/Services/LinuxDistantObjects.h"
-#include "Platform/Linux/Services/LinuxKernelExtensions.h"
 #include "Platform/Linux/Services/LinuxLoadedExtensions.h"
-#include "Platform/Linux/Services/LinuxServiceManagement.h"
+#include "Platform/Linux/Services/LinuxServices.h"
 
 namespace {
 
