@@ -48,6 +48,28 @@ struct SystemPorts {
     static void setCurrent(const SystemPorts* ports);
 };
 
+/// The ports that the members of these names in `services` are.
+template <typename Services>
+[[nodiscard]] SystemPorts portsOf(Services& services) {
+    return {.log = services.log,
+            .files = services.files,
+            .folders = services.folders,
+            .tasks = services.tasks,
+            .processes = services.processes,
+            .users = services.users,
+            .kernelExtensions = services.kernelExtensions,
+            .authorization = services.authorization,
+            .serviceManagement = services.serviceManagement,
+            .xpc = services.xpc,
+            .bundles = services.bundles,
+            .clock = services.clock,
+            .dispatch = services.dispatch,
+            .distantObjects = services.distantObjects,
+            .codeModules = services.codeModules,
+            .privateCopies = services.privateCopies,
+            .termination = services.termination};
+}
+
 /// The real services of the system that the program was built for; made on first use, living until the
 /// process ends.
 [[nodiscard]] const SystemPorts& createSystemPorts();

@@ -17,25 +17,7 @@ ScopedSystemPorts::~ScopedSystemPorts() {
     Platform::SystemPorts::setCurrent(nullptr);
 }
 
-FakeMac::FakeMac()
-    : ports_{.log = log,
-             .files = files,
-             .folders = folders,
-             .tasks = tasks,
-             .processes = processes,
-             .users = users,
-             .kernelExtensions = kernelExtensions,
-             .authorization = authorization,
-             .serviceManagement = serviceManagement,
-             .xpc = xpc,
-             .bundles = bundles,
-             .clock = clock,
-             .dispatch = dispatch,
-             .distantObjects = distantObjects,
-             .codeModules = codeModules,
-             .privateCopies = privateCopies,
-             .termination = termination},
-      scope_(ports_) {}
+FakeMac::FakeMac() : ports_(Platform::portsOf(*this)), scope_(ports_) {}
 
 CallList FakeMac::callsOf(const std::string& operation, const std::string& start) const {
     CallList found;

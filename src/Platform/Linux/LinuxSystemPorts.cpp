@@ -37,23 +37,7 @@ struct Services {
     Posix::PosixPrivateCopies privateCopies;
     Posix::PosixTermination termination;
 
-    const SystemPorts ports{.log = log,
-                            .files = files,
-                            .folders = folders,
-                            .tasks = tasks,
-                            .processes = processes,
-                            .users = users,
-                            .kernelExtensions = kernelExtensions,
-                            .authorization = authorization,
-                            .serviceManagement = serviceManagement,
-                            .xpc = xpc,
-                            .bundles = bundles,
-                            .clock = clock,
-                            .dispatch = dispatch,
-                            .distantObjects = distantObjects,
-                            .codeModules = codeModules,
-                            .privateCopies = privateCopies,
-                            .termination = termination};
+    const SystemPorts ports = portsOf(*this);
 };
 
 }  // namespace
