@@ -6,10 +6,12 @@
 #include <cstring>
 #include <filesystem>
 #include <utility>
+#include <vector>
 
 #include <sys/socket.h>
 #include <sys/wait.h>
 
+#include "Platform/Linux/Services/MacServices.h"
 #include "Support/Passwords.h"
 #include "launchd/CodeIdentity.h"
 #include "launchd/Spawn.h"
@@ -68,9 +70,9 @@ void AdministratorDialog::open(const Caller& caller, const std::string& prompt, 
     wrongAnswers_ = 0;
     const auto user = machine_.user(session_.user);
     // The rest of the text is not much longer, so all of it fits into SecurityAgent's buffer.
-    const std::string separator(1, '\0');
-    const std::string text = nameOfProgram(caller.pid) + separator + prompt.substr(0, kLongestPrompt) +
-                             separator + (user && user->administrator ? user->name : "");
+    const std::string text =
+        Platform::Linux::joinFields({nameOfProgram(caller.pid), prompt.substr(0, kLongestPrompt),
+                                     user && user->administrator ? user->name : ""});
     agent_ = theirs.valid() ? startAgent(theirs.get()) : std::nullopt;
     if (!agent_ || ::send(socket_.get(), text.data(), text.size(), MSG_DONTWAIT | MSG_NOSIGNAL) < 0) {
         failure_ = loop_.after(std::chrono::milliseconds(0),
@@ -118,13 +120,12 @@ void AdministratorDialog::receive() {
         finish(isShown_ ? kAuthorizationCanceled : kAuthorizationInteractionNotAllowed);
         return;
     }
-    const std::string packet(buffer.data(), static_cast<std::size_t>(length));
-    const std::size_t name = packet.find('\0');
-    const std::size_t password = name == std::string::npos ? name : packet.find('\0', name + 1);
-    if (packet == "shown") {
+    const std::vector<std::string> words =
+        Platform::Linux::splitFields({buffer.data(), static_cast<std::size_t>(length)});
+    if (words.size() == 1 && words[0] == "shown") {
         isShown_ = true;
-    } else if (password != std::string::npos && packet.starts_with("answer")) {
-        answered(packet.substr(name + 1, password - name - 1), packet.substr(password + 1));
+    } else if (words.size() == 3 && words[0] == "answer") {
+        answered(words[1], words[2]);
     } else {
         finish(kAuthorizationCanceled);
     }

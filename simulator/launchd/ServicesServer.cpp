@@ -21,18 +21,6 @@ namespace {
 
 constexpr std::size_t kMaximumConnections = 256;
 
-std::vector<std::string> split(std::string_view packet) {
-    std::vector<std::string> fields;
-    for (;;) {
-        const std::size_t end = packet.find('\0');
-        fields.emplace_back(packet.substr(0, end));
-        if (end == std::string_view::npos) {
-            return fields;
-        }
-        packet.remove_prefix(end + 1);
-    }
-}
-
 /// Joins fields; the longest is cut if they do not fit into one packet.
 std::string join(std::vector<std::string> fields) {
     std::size_t total = fields.size();
@@ -44,11 +32,7 @@ std::string join(std::vector<std::string> fields) {
     if (total > Platform::Linux::kMaximumPacket) {
         longest->resize(longest->size() - std::min(longest->size(), total - Platform::Linux::kMaximumPacket));
     }
-    std::string packet;
-    for (std::size_t index = 0; index < fields.size(); ++index) {
-        packet += (index > 0 ? std::string(1, '\0') : std::string()) + fields[index];
-    }
-    return packet;
+    return Platform::Linux::joinFields(fields);
 }
 
 }  // namespace
@@ -110,7 +94,8 @@ void ServicesServer::receive(ConnectionId id) {
         return;
     }
     const Caller caller = found->second.caller;
-    if (!handle(id, caller, split({buffer.data(), static_cast<std::size_t>(length)}))) {
+    if (!handle(id, caller,
+                Platform::Linux::splitFields({buffer.data(), static_cast<std::size_t>(length)}))) {
         close(id);
     }
 }

@@ -30,6 +30,28 @@ int connectTo(const std::string& path) {
     return fd;
 }
 
+std::optional<std::string> exchange(int fd, const std::string& packet) {
+    ssize_t sent = 0;
+    do {
+        sent = ::send(fd, packet.data(), packet.size(), MSG_NOSIGNAL);
+    } while (sent < 0 && errno == EINTR);
+    if (sent < 0) {
+        return std::nullopt;
+    }
+    std::string reply(kMaximumPacket, '\0');
+    ssize_t received = 0;
+    do {
+        received = ::recv(fd, reply.data(), reply.size(), 0);
+    } while (received < 0 && errno == EINTR);
+    if (received <= 0) {
+        return std::nullopt;
+    }
+    reply.resize(static_cast<std::size_t>(received));
+    return reply;
+}
+
+}  // namespace
+
 std::string joinFields(const std::vector<std::string>& fields) {
     std::string packet;
     for (std::size_t index = 0; index < fields.size(); ++index) {
@@ -52,28 +74,6 @@ std::vector<std::string> splitFields(std::string_view packet) {
         packet.remove_prefix(end + 1);
     }
 }
-
-std::optional<std::string> exchange(int fd, const std::string& packet) {
-    ssize_t sent = 0;
-    do {
-        sent = ::send(fd, packet.data(), packet.size(), MSG_NOSIGNAL);
-    } while (sent < 0 && errno == EINTR);
-    if (sent < 0) {
-        return std::nullopt;
-    }
-    std::string reply(kMaximumPacket, '\0');
-    ssize_t received = 0;
-    do {
-        received = ::recv(fd, reply.data(), reply.size(), 0);
-    } while (received < 0 && errno == EINTR);
-    if (received <= 0) {
-        return std::nullopt;
-    }
-    reply.resize(static_cast<std::size_t>(received));
-    return reply;
-}
-
-}  // namespace
 
 std::optional<std::vector<std::string>> MacServices::request(const std::vector<std::string>& fields) const {
     for (const std::string& field : fields) {

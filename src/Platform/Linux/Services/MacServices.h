@@ -34,6 +34,11 @@ namespace Platform::Linux {
 inline constexpr std::string_view kServicesSocket = "/var/run/mac-services.socket";
 inline constexpr std::size_t kMaximumPacket = 65536;
 
+/// A packet of these fields, which hold no NUL bytes; not limited in length.
+[[nodiscard]] std::string joinFields(const std::vector<std::string>& fields);
+/// The fields of a packet, at least one.
+[[nodiscard]] std::vector<std::string> splitFields(std::string_view packet);
+
 /// The stream sockets of mach services: this folder, then the service's name. The owner is process 1, which
 /// hands the listening descriptors to the job, starting at kFirstServiceDescriptor and named in order by
 /// kServiceNamesVariable ("name:name").
