@@ -15,12 +15,14 @@ SupportHelper::SupportHelper(Platform::XPCListener& listener, PackageFingerprint
 
 void SupportHelper::message(std::string_view selector, std::vector<Platform::XPCValue> arguments,
                             Platform::XPCReply reply) {
-    if (selector != SupportPrivilegedHelperClient::installSelector) {
+    const auto request = SupportPrivilegedHelperClient::installPackage.received(selector, arguments);
+    if (!request) {
         reply(Platform::Error{"The support helper does not understand " + std::string(selector) + ".", 1});
         return;
     }
     const std::shared_ptr<void> transaction = listener_.transaction();
-    reply(installPackage(std::get<Base::URL>(arguments.at(0)), maker_));
+    const auto& [package] = *request;
+    reply(installPackage(package, maker_));
     listener_.disregardPeers();
 }
 

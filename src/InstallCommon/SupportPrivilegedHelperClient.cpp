@@ -3,7 +3,6 @@
 #include <memory>
 #include <string>
 #include <utility>
-#include <vector>
 
 #include "NorvikCommon/InstallerLog.h"
 #include "NorvikCommon/PrivilegedHelperUtils.h"
@@ -23,7 +22,7 @@ constexpr std::int64_t kReplyTimeout = 3600LL * 1'000'000'000;
 }  // namespace
 
 Platform::XPCInterface SupportPrivilegedHelperClient::xpcInterface() {
-    return {kProtocol, {{installSelector, {{Platform::XPCArgumentKind::url, {}, nullptr}}, true}}};
+    return {kProtocol, {installPackage.declaration()}};
 }
 
 bool SupportPrivilegedHelperClient::blessHelper(const Platform::SFAuthorization& auth) {
@@ -47,8 +46,6 @@ bool SupportPrivilegedHelperClient::installSwiftSupportPackage() {
     if (helper == nullptr || helper->protocolName() != kProtocol) {
         return false;
     }
-    std::vector<Platform::XPCValue> arguments;
-    arguments.emplace_back(*package);
     const std::unique_ptr<Platform::Timer> lastResort =
         ports.dispatch->makeTimer([waiting = std::weak_ptr(connection)] {
             if (const std::shared_ptr<Platform::XPCConnection> stuck = waiting.lock()) {
@@ -57,14 +54,13 @@ bool SupportPrivilegedHelperClient::installSwiftSupportPackage() {
         });
     lastResort->schedule(ports.clock->time(kReplyTimeout), kReplyTimeout, 0);
     lastResort->resume();
-    helper->message(installSelector, std::move(arguments),
-                    [&succeeded](const std::optional<Platform::Error>& error) {
-                        if (error) {
-                            NorvikCommon::logLine(error->description);
-                        } else {
-                            succeeded = true;
-                        }
-                    });
+    installPackage.send(*helper, *package, [&succeeded](const std::optional<Platform::Error>& error) {
+        if (error) {
+            NorvikCommon::logLine(error->description);
+        } else {
+            succeeded = true;
+        }
+    });
     return succeeded;
 }
 

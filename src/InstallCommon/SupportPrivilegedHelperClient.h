@@ -3,7 +3,7 @@
 #include <string_view>
 
 #include "Platform/Authorization.h"
-#include "Platform/XPC.h"
+#include "Platform/XPCMethod.h"
 
 namespace InstallCommon {
 
@@ -13,8 +13,9 @@ struct SupportPrivilegedHelperClient {
 
     /// The helper's launchd label and mach service.
     static constexpr std::string_view machServiceName = "com.norvik.SupportPrivilegedHelper";
-    /// The method that installs a package: one file URL; replies with an optional error.
-    static constexpr std::string_view installSelector = "installSwiftSupportPackage:completion:";
+    /// The method that installs a package; replies with an optional error.
+    static constexpr Platform::XPCTypedMethod<Base::URL> installPackage{
+        "installSwiftSupportPackage:completion:", true};
 
     /// Installs the helper with launchd; logs as BlessHelperWithLabel does.
     [[nodiscard]] static bool blessHelper(const Platform::SFAuthorization& auth);

@@ -110,13 +110,11 @@ Answer install(Platform::XPCConnection& client, const Base::URL& package) {
             ++answer->failures;
             answer->error = error;
         });
-    std::vector<Platform::XPCValue> arguments;
-    arguments.emplace_back(package);
-    proxy->message(SupportPrivilegedHelperClient::installSelector, std::move(arguments),
-                   [answer](const std::optional<Platform::Error>& error) {
-                       ++answer->replies;
-                       answer->error = error;
-                   });
+    SupportPrivilegedHelperClient::installPackage.send(*proxy, package,
+                                                       [answer](const std::optional<Platform::Error>& error) {
+                                                           ++answer->replies;
+                                                           answer->error = error;
+                                                       });
     return *answer;
 }
 

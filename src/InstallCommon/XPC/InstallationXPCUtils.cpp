@@ -12,6 +12,7 @@
 #include "InstallCommon/Commands/Uninstallation/UnloadKextCommand.h"
 #include "NorvikCommon/Product Paths Information/ProductComponents.h"
 #include "Platform/SystemPorts.h"
+#include "Platform/XPCMethod.h"
 
 namespace InstallCommon {
 
@@ -19,8 +20,10 @@ namespace {
 
 constexpr std::string_view kCommandExecuting = "CommandExecuting";
 constexpr std::string_view kCommandExecutingDelegate = "CommandExecutingDelegate";
-constexpr std::string_view kExecuteSelector = "executeWithCommands:delegate:";
-constexpr std::string_view kDidExecuteSelector = "commandExecutingDidExecuteCommand:withWeight:";
+constexpr Platform::XPCTypedMethod<Base::CodedObjectList, std::shared_ptr<Platform::XPCObject>> kExecute{
+    "executeWithCommands:delegate:"};
+constexpr Platform::XPCTypedMethod<std::string, std::int32_t> kDidExecute{
+    "commandExecutingDidExecuteCommand:withWeight:"};
 
 /// The delegate of a list, as the client exports it.
 class ExportedDelegate final : public Platform::XPCObject {
@@ -32,11 +35,10 @@ class ExportedDelegate final : public Platform::XPCObject {
 
     void message(std::string_view selector, std::vector<Platform::XPCValue> arguments,
                  Platform::XPCReply /*reply*/) override {
-        if (selector != kDidExecuteSelector) {
-            return;
+        if (const auto report = kDidExecute.received(selector, arguments)) {
+            const auto& [description, weight] = *report;
+            delegate_->commandExecutingDidExecuteCommand(description, weight);
         }
-        delegate_->commandExecutingDidExecuteCommand(std::get<std::string>(arguments.at(0)),
-                                                     std::get<std::int32_t>(arguments.at(1)));
     }
 
   private:
@@ -49,13 +51,9 @@ class DelegateProxy final : public CommandExecutingDelegate {
     explicit DelegateProxy(std::shared_ptr<Platform::XPCObject> proxy) : proxy_(std::move(proxy)) {}
 
     void commandExecutingDidExecuteCommand(const std::string& description, std::int32_t withWeight) override {
-        if (proxy_ == nullptr) {
-            return;
+        if (proxy_ != nullptr) {
+            kDidExecute.send(*proxy_, description, withWeight);
         }
-        std::vector<Platform::XPCValue> arguments;
-        arguments.emplace_back(description);
-        arguments.emplace_back(withWeight);
-        proxy_->message(kDidExecuteSelector, std::move(arguments), {});
     }
 
   private:
@@ -72,19 +70,18 @@ class ExportedExecutor final : public Platform::XPCObject {
 
     void message(std::string_view selector, std::vector<Platform::XPCValue> arguments,
                  Platform::XPCReply /*reply*/) override {
-        if (selector != kExecuteSelector) {
+        auto list = kExecute.received(selector, arguments);
+        if (!list) {
             refused_("a message that nothing here understands: " + std::string(selector));
             return;
         }
-        std::optional<CommandList> commands =
-            commandList(std::move(std::get<Base::CodedObjectList>(arguments.at(0))));
+        auto& [objects, delegate] = *list;
+        std::optional<CommandList> commands = commandList(std::move(objects));
         if (!commands) {
             refused_("a list: it contains an object that is not a command");
             return;
         }
-        auto delegate =
-            std::make_shared<DelegateProxy>(std::get<std::shared_ptr<Platform::XPCObject>>(arguments.at(1)));
-        executor_->executeWithCommands(std::move(*commands), std::move(delegate));
+        executor_->executeWithCommands(std::move(*commands), std::make_shared<DelegateProxy>(delegate));
     }
 
   private:
@@ -103,22 +100,12 @@ class ExecutorProxy final : public CommandExecuting {
         for (std::unique_ptr<Command>& command : commands) {
             objects.push_back(std::move(command));
         }
-        std::vector<Platform::XPCValue> arguments;
-        arguments.emplace_back(std::move(objects));
-        arguments.emplace_back(
-            std::shared_ptr<Platform::XPCObject>(std::make_shared<ExportedDelegate>(std::move(delegate))));
-        proxy_->message(kExecuteSelector, std::move(arguments), {});
+        kExecute.send(*proxy_, std::move(objects), std::make_shared<ExportedDelegate>(std::move(delegate)));
     }
 
   private:
     std::shared_ptr<Platform::XPCObject> proxy_;
 };
-
-Platform::XPCInterface delegateInterface() {
-    using Kind = Platform::XPCArgumentKind;
-    return {kCommandExecutingDelegate,
-            {{kDidExecuteSelector, {{Kind::string, {}, nullptr}, {Kind::int32, {}, nullptr}}, false}}};
-}
 
 }  // namespace
 
@@ -147,11 +134,11 @@ void registerCommandListClasses() {
 }
 
 Platform::XPCInterface CreateCommandExecutingXPCInterface() {
-    using Kind = Platform::XPCArgumentKind;
-    const Platform::XPCArgument commands{Kind::codedObjects, allowedCommandListClasses(), nullptr};
-    const Platform::XPCArgument delegate{
-        Kind::object, {}, std::make_shared<const Platform::XPCInterface>(delegateInterface())};
-    return {kCommandExecuting, {{kExecuteSelector, {commands, delegate}, false}}};
+    Platform::XPCMethod execute = kExecute.declaration();
+    execute.arguments[0].allowed = allowedCommandListClasses();
+    execute.arguments[1].proxy = std::make_shared<const Platform::XPCInterface>(
+        Platform::XPCInterface{kCommandExecutingDelegate, {kDidExecute.declaration()}});
+    return {kCommandExecuting, {std::move(execute)}};
 }
 
 std::optional<CommandList> commandList(Base::CodedObjectList objects) {

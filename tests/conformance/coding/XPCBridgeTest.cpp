@@ -159,10 +159,8 @@ using Replies = std::vector<std::optional<Platform::Error>>;
 
 Replies install(const BridgeLoop& loop, const URL& package) {
     Replies replies;
-    std::vector<XPCValue> arguments;
-    arguments.emplace_back(package);
-    loop.proxy()->message(
-        SupportPrivilegedHelperClient::installSelector, std::move(arguments),
+    SupportPrivilegedHelperClient::installPackage.send(
+        *loop.proxy(), package,
         [&replies](const std::optional<Platform::Error>& error) { replies.push_back(error); });
     return replies;
 }

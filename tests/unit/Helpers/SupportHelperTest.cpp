@@ -89,8 +89,8 @@ TEST_F(SupportHelper, ServesItsOwnServiceUntilItHasBeenIdleForTwoSeconds) {
     made->onRun = [&, listener = made.get()](const auto& accept, const auto& refused) {
         idleSeconds = listener->idleSeconds;
         EXPECT_TRUE(accept(connection, {}));
-        connection->exportedObject->message(SupportPrivilegedHelperClient::installSelector, package(),
-                                            [&](const auto& error) { refusal = error; });
+        connection->exportedObject->message(SupportPrivilegedHelperClient::installPackage.selector(),
+                                            package(), [&](const auto& error) { refusal = error; });
         for (int time = 0; time < 6; ++time) {
             refused("process 9 of user 502: no");
         }

@@ -55,38 +55,29 @@ void sendToSupportHelper(id target, const XPCMethod& /*method*/, std::vector<XPC
 
 /// One protocol with its one method.
 struct ProtocolBridge {
-    std::string_view name;
-    std::string_view selector;
+    Protocol* protocol;
+    SEL selector;
     Class exporter;
     Send send;
 };
 
 const ProtocolBridge& bridgeOf(std::string_view protocolName) {
     static const std::array<ProtocolBridge, 3> kBridges{{
-        {"CommandExecuting", "executeWithCommands:delegate:", [PlatformDarwinCommandExecutingExporter class],
-         &sendToExecutor},
-        {"CommandExecutingDelegate", "commandExecutingDidExecuteCommand:withWeight:",
+        {@protocol(CommandExecuting), @selector(executeWithCommands:delegate:),
+         [PlatformDarwinCommandExecutingExporter class], &sendToExecutor},
+        {@protocol(CommandExecutingDelegate), @selector(commandExecutingDidExecuteCommand:withWeight:),
          [PlatformDarwinDelegateExporter class], &sendToDelegate},
-        {"NVKSupportPrivilegedHelper", "installSwiftSupportPackage:completion:",
+        {@protocol(NVKSupportPrivilegedHelper), @selector(installSwiftSupportPackage:completion:),
          [PlatformDarwinSupportHelperExporter class], &sendToSupportHelper},
     }};
     const auto* const found =
-        std::find_if(kBridges.begin(), kBridges.end(),
-                     [protocolName](const ProtocolBridge& each) { return each.name == protocolName; });
+        std::find_if(kBridges.begin(), kBridges.end(), [protocolName](const ProtocolBridge& each) {
+            return protocolName == protocol_getName(each.protocol);
+        });
     if (found == kBridges.end()) {
         Base::fatalError("no connection knows the protocol " + std::string(protocolName));
     }
     return *found;
-}
-
-/// The runtime knows it by the exporter's class, which adopts it.
-Protocol* protocolOf(const XPCInterface& interface) {
-    const std::string name(bridgeOf(interface.protocolName).name);
-    Protocol* const protocol = objc_getProtocol(name.c_str());
-    if (protocol == nil) {
-        Base::fatalError("the runtime does not know the protocol " + name);
-    }
-    return protocol;
 }
 
 NSSet* classesOf(const Base::AllowedClasses& allowed) {
@@ -107,7 +98,8 @@ NSSet* classesOf(const Base::AllowedClasses& allowed) {
 }  // namespace
 
 NSXPCInterface* systemInterface(const XPCInterface& interface) {
-    NSXPCInterface* const result = [NSXPCInterface interfaceWithProtocol:protocolOf(interface)];
+    NSXPCInterface* const result =
+        [NSXPCInterface interfaceWithProtocol:bridgeOf(interface.protocolName).protocol];
     for (const XPCMethod& method : interface.methods) {
         const SEL selector = sel_registerName(std::string(method.selector).c_str());
         for (NSUInteger index = 0; index < method.arguments.size(); ++index) {
@@ -141,7 +133,7 @@ id exporterOf(std::shared_ptr<XPCObject> object, std::shared_ptr<const XPCInterf
 void sendMessage(id target, std::string_view protocolName, const XPCMethod& method,
                  std::vector<XPCValue> arguments, XPCReply reply) {
     const ProtocolBridge& bridge = bridgeOf(protocolName);
-    if (bridge.selector != method.selector || arguments.size() != method.arguments.size()) {
+    if (method.selector != sel_getName(bridge.selector) || arguments.size() != method.arguments.size()) {
         Base::fatalError("a message that the protocol " + std::string(protocolName) +
                          " does not have: " + std::string(method.selector));
     }

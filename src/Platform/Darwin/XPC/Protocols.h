@@ -2,10 +2,11 @@
 
 #import <Foundation/Foundation.h>
 
-/// The protocols of the helpers as the Objective-C runtime and NSXPCInterface see them. Their selectors are
-/// what travels; the C++ interfaces that stand for them are said beside each. The types travel too, and the
-/// two ends may run for different processors: so there is no BOOL here, which is a char on Intel and a bool
-/// on Apple silicon.
+/// The protocols of the helpers as NSXPCInterface needs them: it reads the types of arguments and blocks that
+/// only the compiler writes into a protocol, so none can be made from an XPCInterface at run time. The C++
+/// interface of the same name is said beside each; a message that is not in both ends the process. The types
+/// travel too, and the two ends may run for different processors: so there is no BOOL here, which is a char
+/// on Intel and a bool on Apple silicon.
 
 /// What the client of a command list offers to the helper (InstallCommon::CommandExecutingDelegate).
 @protocol CommandExecutingDelegate
