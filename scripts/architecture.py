@@ -14,17 +14,18 @@ PICTURE = CHECKOUT / "docs" / "images" / "architecture.svg"
 # Rooms from the top down, each with left edge, width and what it is for; a room may include those below it and, in its own row,
 # those to its left.
 ROWS = (
-    (("Uninstaller", 20, 200, "silent run and window"), ("Helpers", 240, 200, "what root runs")),
+    (("Helpers", 20, 200, "what root runs"), ("Uninstaller", 240, 760, "silent run and window")),
     (("InstallCommon", 20, 420, "commands, lists, clients, environment checks"),),
     (("SwiftUtils", 20, 420, "runs launchctl"),),
     (("NorvikCommon", 20, 420, "records, paths, processes, users, XPC client"),
-     ("Platform/Darwin", 500, 170, "macOS"), ("Platform/Linux", 690, 170, "the simulated Mac")),
+     ("Platform/Linux", 470, 165, "the simulated Mac"), ("Platform/Darwin", 645, 165, "macOS")),
     (("Platform", 20, 420, "the ports: one header for each service of the Mac"),
-     ("Platform/Posix", 500, 360, "what POSIX says alike for both")),
+     ("Platform/Posix", 470, 310, "what POSIX says alike for both"),
+     ("Platform/Foundation", 800, 200, "strings and exceptions")),
     (("Base", 20, 420, "no operating system: URLs, text, archives"),),
 )
 SUFFIXES = {".cpp", ".h", ".mm", ".m"}
-WIDTH, HEIGHT, GAP, MARGIN = 880, 54, 38, 20
+WIDTH, HEIGHT, GAP, MARGIN = 1020, 54, 38, 20
 
 
 def room_of(path):

@@ -31,6 +31,7 @@ above="Uninstaller InstallCommon SwiftUtils NorvikCommon Helpers Base"
 # The window's code for one system lies in its folders Cocoa/ and GNUstep/; the build chooses.
 forbid "$above ../tools" '__APPLE__|__linux__|_WIN32|__GNUstep__|\bGNUSTEP\b|TARGET_OS_' 'A system is named above the seam'
 forbid "$above" '#(include|import) [<"]Platform/(Linux|Darwin|Posix)/' "An adapter's header is named above the seam"
+forbid "$above" '#(include|import) [<"]Platform/Foundation/' "Foundation is named above the seam" --exclude-dir=AppKit
 forbid "$above Platform/Posix Platform/Darwin Platform/*.h" '#(include|import) <(filesystem|semaphore|latch|barrier|stop_token|memory_resource)>' 'Not on macOS 10.13'
 forbid "$above" '#(include|import) <((sys|linux|mach)/|(unistd|fcntl|pwd|dirent|spawn|poll|signal|dlfcn)\.h>)' \
     'A system header is named above the seam' --exclude-dir=Cocoa --exclude-dir=GNUstep
@@ -45,13 +46,15 @@ looks_up Helpers Uninstaller 'A helper knows the uninstaller'
 looks_up Uninstaller Helpers 'The uninstaller knows a helper'
 looks_up Platform/Darwin Platform/Linux 'The macOS side knows the Linux side'
 looks_up Platform/Linux Platform/Darwin 'The Linux side knows the macOS side'
-looks_up Platform/Posix 'Platform/(Linux|Darwin)' 'What both systems do alike knows one of them'
+looks_up Platform/Posix 'Platform/(Linux|Darwin|Foundation)' 'What both systems do alike knows one of them'
+looks_up Platform/Linux 'Platform/Foundation' 'The Linux side knows Foundation'
+looks_up Platform/Foundation 'Platform/(Linux|Darwin|Posix)' 'What the macOS side and the window share knows an adapter'
 for interface in Platform/*.h; do
-    looks_up "$interface" 'Platform/(Linux|Darwin|Posix)' 'A port knows an adapter'
+    looks_up "$interface" 'Platform/(Linux|Darwin|Foundation|Posix)' 'A port knows an adapter'
 done
 
 # The window toolkit is known to src/Uninstaller/AppKit alone, and that folder to nobody: the program loads it. Objective-C, and
-# Apple's other headers, are there and on the macOS side of the ports.
+# Apple's other headers, are there, on the macOS side of the ports, and in Platform/Foundation, which both use.
 elsewhere() {
     find . -type f \( -name '*.h' -o -name '*.cpp' -o -name '*.m' -o -name '*.mm' \) ! -path './Uninstaller/AppKit/*' "$@" -print0
 }
@@ -65,8 +68,8 @@ forbid_elsewhere() {
 forbid_elsewhere '#(include|import) (<(AppKit|Cocoa|X11|GNUstepGUI)/|"Uninstaller/AppKit/)' \
     'The window toolkit is named outside its folder'
 forbid_elsewhere '#(include|import) <(Foundation|CoreFoundation|Security|IOKit|ServiceManagement|xpc|dispatch|objc)/' \
-    "A header of Apple's is named outside src/Platform/Darwin and src/Uninstaller/AppKit" ! -path './Platform/Darwin/*'
-forbid_elsewhere '' 'Objective-C outside src/Platform/Darwin and src/Uninstaller/AppKit' ! -path './Platform/Darwin/*' -name '*.m*'
+    "A header of Apple's is named outside its folders" ! -path './Platform/Darwin/*' ! -path './Platform/Foundation/*'
+forbid_elsewhere '' 'Objective-C outside its folders' ! -path './Platform/Darwin/*' ! -path './Platform/Foundation/*' -name '*.m*'
 
 # A room's tests stand below tests/unit where the room stands below src/ or beside it; one ending tells a test's file.
 while IFS= read -r folder; do

@@ -3,8 +3,8 @@
 #include <fcntl.h>
 
 #include "Platform/Darwin/BundleLayout.h"
-#include "Platform/Darwin/ExceptionGuard.h"
 #include "Platform/Darwin/FoundationBridge.h"
+#include "Platform/Foundation/ExceptionGuard.h"
 #include "Platform/Posix/Descriptor.h"
 #include "Platform/Posix/TamePropertyList.h"
 
@@ -21,7 +21,7 @@ Retained<NSDictionary*> readInfo(const Base::URL& bundle) {
     }
     Retained<NSDictionary*> info;
     // A parser that meets nonsense may raise.
-    const bool parsed = runGuarded([&] {
+    const bool parsed = Foundation::runGuarded([&] {
         id plist = [NSPropertyListSerialization propertyListWithData:[NSData dataWithBytes:bytes->data()
                                                                                     length:bytes->size()]
                                                              options:NSPropertyListImmutable

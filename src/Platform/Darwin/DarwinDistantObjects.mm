@@ -1,7 +1,7 @@
 #include "Platform/Darwin/DarwinDistantObjects.h"
 
-#include "Platform/Darwin/ExceptionGuard.h"
 #include "Platform/Darwin/FoundationBridge.h"
+#include "Platform/Foundation/ExceptionGuard.h"
 
 // Distant objects are the daemon's interface; there is no newer one to it. (Clang knows this form too.)
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
@@ -20,8 +20,8 @@ class ConnectedProxy final : public DistantObject {
         // Letting go of a proxy tells the other process so.
         NSDistantObject* const proxy = proxy_.yield();
         NSConnection* const connection = connection_.yield();
-        (void)runGuarded([=] { [proxy release]; });
-        (void)runGuarded([=] { [connection release]; });
+        Foundation::runGuarded([=] { [proxy release]; });
+        Foundation::runGuarded([=] { [connection release]; });
     }
 
     bool isConnectionValid() const override {
@@ -34,14 +34,14 @@ class ConnectedProxy final : public DistantObject {
         return holds([this] { return [[connection_.get() receivePort] isValid]; });
     }
     void addCommonRequestModes() override {
-        (void)runGuarded([this] { [connection_.get() addRequestMode:NSRunLoopCommonModes]; });
+        Foundation::runGuarded([this] { [connection_.get() addRequestMode:NSRunLoopCommonModes]; });
     }
 
   private:
     template <class Question>
     [[nodiscard]] static bool holds(Question question) {
         bool answer = false;
-        const bool answered = runGuarded([&] { answer = question() == YES; });
+        const bool answered = Foundation::runGuarded([&] { answer = question() == YES; });
         return answered && answer;
     }
 
@@ -54,7 +54,7 @@ class ConnectedProxy final : public DistantObject {
 std::shared_ptr<DistantObject> DarwinDistantObjects::rootProxy(const std::string& name) {
     Retained<NSDistantObject*> proxy;
     Retained<NSConnection*> connection;
-    const bool answered = runGuarded([&] {
+    const bool answered = Foundation::runGuarded([&] {
         NSDistantObject* const found =
             [NSConnection rootProxyForConnectionWithRegisteredName:foundationString(name) host:nil];
         connection = Retained<NSConnection*>::of([found connectionForProxy]);

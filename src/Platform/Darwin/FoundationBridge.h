@@ -4,10 +4,10 @@
 
 #include <optional>
 #include <string>
-#include <string_view>
 #include <utility>
 
 #include "Base/URL.h"
+#include "Platform/Foundation/FoundationStrings.h"
 
 /// For the Objective-C++ files of this room only: conversions between Foundation's values and the program's.
 namespace Platform::Darwin {
@@ -59,11 +59,8 @@ class Retained {
     Object object_ = nil;
 };
 
-/// The string of a UTF-8 text, autoreleased, never nil. Each invalid byte becomes U+FFFD.
-[[nodiscard]] NSString* foundationString(std::string_view text);
-/// Its UTF-8 form, NUL characters included; half of a surrogate pair, which has none, becomes a replacement
-/// character. Nil becomes the empty text.
-[[nodiscard]] std::string text(NSString* string);
+using Foundation::foundationString;
+using Foundation::text;
 
 /// The path as Foundation takes it, autoreleased; nil if it is not valid UTF-8 or has a NUL byte in it: the
 /// file systems of a Mac hold no such name.

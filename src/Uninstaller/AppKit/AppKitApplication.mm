@@ -1,7 +1,7 @@
 #include <utility>
 
+#include "Platform/Foundation/ExceptionGuard.h"
 #include "Uninstaller/AppKit/AppKitFramework.h"
-#include "Uninstaller/AppKit/Guard.h"
 #include "Uninstaller/AppKit/System.h"
 
 /// A block on its way to the main thread.
@@ -38,21 +38,23 @@
 
 namespace Uninstall_Sentrel {
 
+using Platform::Foundation::runGuarded;
+
 void AppKitApplication::activateIgnoringOtherApps() {
-    guarded([] { [NSApp activateIgnoringOtherApps:YES]; });
+    runGuarded([] { [NSApp activateIgnoringOtherApps:YES]; });
 }
 
 void AppKitApplication::terminate() {
-    guarded([] { [NSApp terminate:[NSApp delegate]]; });
+    runGuarded([] { [NSApp terminate:[NSApp delegate]]; });
 }
 
 void AppKitApplication::run() {
-    guarded([] { [NSApp run]; });
+    runGuarded([] { [NSApp run]; });
 }
 
 void AppKitApplication::performOnMainQueue(std::function<void()> block) {
     const auto handOver = [](void* context) {
-        guarded([context] {
+        runGuarded([context] {
             SNTMainThreadBlock* handedOver = [[SNTMainThreadBlock alloc]
                 initWithBlock:new std::function<void()>(
                                   std::move(*static_cast<std::function<void()>*>(context)))];

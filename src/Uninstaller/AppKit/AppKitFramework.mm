@@ -2,15 +2,18 @@
 
 #include <utility>
 
+#include "Platform/Foundation/ExceptionGuard.h"
+#include "Platform/Foundation/FoundationStrings.h"
 #import "Uninstaller/AppKit/ApplicationMenu.h"
-#include "Uninstaller/AppKit/Guard.h"
 #import "Uninstaller/AppKit/InterfaceDelegate.h"
 #include "Uninstaller/AppKit/MakerClasses.h"
 #include "Uninstaller/AppKit/System.h"
-#include "Uninstaller/AppKit/Texts.h"
 #import "Uninstaller/AppKit/UninstallerInterface.h"
 
 namespace Uninstall_Sentrel {
+
+using Platform::Foundation::foundationString;
+using Platform::Foundation::runGuarded;
 
 namespace {
 
@@ -22,11 +25,11 @@ class MakerAlert : public Alert {
     MakerAlert(const MakerAlert&) = delete;
     MakerAlert& operator=(const MakerAlert&) = delete;
     ~MakerAlert() override {
-        guarded([this] { [alert_ release]; });
+        runGuarded([this] { [alert_ release]; });
     }
 
     void runModal() override {
-        guarded([this] { SNTRunAlert(alert_); });
+        runGuarded([this] { SNTRunAlert(alert_); });
     }
 
   private:
@@ -40,13 +43,13 @@ class MakerParentalControlAuthorization : public ParentalControlAuthorization {
     MakerParentalControlAuthorization(const MakerParentalControlAuthorization&) = delete;
     MakerParentalControlAuthorization& operator=(const MakerParentalControlAuthorization&) = delete;
     ~MakerParentalControlAuthorization() override {
-        guarded([this] { [authorization_ release]; });
+        runGuarded([this] { [authorization_ release]; });
     }
 
     bool parentalControlAuthorized() override {
         // A lock that cannot be made, or fails while it is asked, stays locked.
         BOOL authorized = NO;
-        guarded([&] { authorized = SNTParentalControlAuthorized(authorization_); });
+        runGuarded([&] { authorized = SNTParentalControlAuthorized(authorization_); });
         return !hasLock_ || authorized;
     }
 
@@ -60,7 +63,7 @@ class MakerParentalControlAuthorization : public ParentalControlAuthorization {
 NSImage* newIcon(const ApplicationProgram& program) {
     NSImage* icon = [[NSImage alloc] initWithSize:NSMakeSize(64, 64)];
     for (const char* name : {"AppIcon-64", "AppIcon-128", "AppIcon"}) {
-        NSData* data = [NSData dataWithContentsOfFile:toNSString(program.resourcePath(name, "png"))];
+        NSData* data = [NSData dataWithContentsOfFile:foundationString(program.resourcePath(name, "png"))];
         NSBitmapImageRep* representation = data == nil ? nil : [NSBitmapImageRep imageRepWithData:data];
         if (representation != nil) {
             [icon addRepresentation:representation];
@@ -74,15 +77,15 @@ NSImage* newIcon(const ApplicationProgram& program) {
 }
 
 NSString* text(const ApplicationProgram& program, const char* key) {
-    return toNSString(program.interfaceText(key));
+    return foundationString(program.interfaceText(key));
 }
 
 }  // namespace
 
 void AppKitFramework::applicationMain(int argc, char* argv[], ApplicationProgram& program) {
     program_ = &program;
-    if (guarded([&] { makeInterface(program); })) {
-        guarded([&] { SNTRunApplication(argc, argv); });
+    if (runGuarded([&] { makeInterface(program); })) {
+        runGuarded([&] { SNTRunApplication(argc, argv); });
     }
 }
 
@@ -127,7 +130,7 @@ AlertFactory& AppKitFramework::alertFactory() {
 std::unique_ptr<ParentalControlAuthorization> AppKitFramework::makeParentalControlAuthorization() {
     BOOL hasLock = YES;
     id authorization = nil;
-    guarded([&] { hasLock = SNTMakeParentalControlAuthorization(frameworkFolders(), &authorization); });
+    runGuarded([&] { hasLock = SNTMakeParentalControlAuthorization(frameworkFolders(), &authorization); });
     return std::make_unique<MakerParentalControlAuthorization>(hasLock, authorization);
 }
 
@@ -135,9 +138,9 @@ std::unique_ptr<Alert> AppKitFramework::alertWithButtonTitle(const std::string& 
                                                              const std::string& messageText,
                                                              const std::string& informativeText) {
     id alert = nil;
-    guarded([&] {
-        alert = SNTCopyAlert(frameworkFolders(), toNSString(buttonTitle), toNSString(messageText),
-                             toNSString(informativeText));
+    runGuarded([&] {
+        alert = SNTCopyAlert(frameworkFolders(), foundationString(buttonTitle), foundationString(messageText),
+                             foundationString(informativeText));
     });
     return alert == nil ? nullptr : std::make_unique<MakerAlert>(alert);
 }
@@ -146,7 +149,7 @@ NSArray* AppKitFramework::frameworkFolders() const {
     NSMutableArray* folders = [NSMutableArray array];
     if (program_ != nullptr) {
         for (const std::string& folder : program_->frameworkFolders()) {
-            [folders addObject:toNSString(folder)];
+            [folders addObject:foundationString(folder)];
         }
     }
     return folders;

@@ -2,9 +2,9 @@
 
 #include <utility>
 
-#include "Uninstaller/AppKit/Guard.h"
+#include "Platform/Foundation/ExceptionGuard.h"
+#include "Platform/Foundation/FoundationStrings.h"
 #include "Uninstaller/AppKit/System.h"
-#include "Uninstaller/AppKit/Texts.h"
 #import "Uninstaller/AppKit/UninstallerInterface.h"
 
 /// Target of a button.
@@ -37,6 +37,9 @@
 
 namespace Uninstall_Sentrel {
 
+using Platform::Foundation::foundationString;
+using Platform::Foundation::runGuarded;
+
 namespace {
 
 /// Work that follows on this thread may wait for the user elsewhere: by then the window shows the change.
@@ -51,19 +54,19 @@ class TextFieldOutlet : public TextField {
 
     std::string text() const override {
         std::string text;
-        guarded([&] { text = toString([field_ stringValue]); });
+        runGuarded([&] { text = Platform::Foundation::text([field_ stringValue]); });
         return text;
     }
 
     void setText(const std::string& text) override {
-        guarded([&] {
-            [field_ setStringValue:toNSString(text)];
+        runGuarded([&] {
+            [field_ setStringValue:foundationString(text)];
             [interface_ layOut];
         });
     }
 
     void setHidden(bool hidden) override {
-        guarded([&] {
+        runGuarded([&] {
             [field_ setHidden:hidden ? YES : NO];
             showNow(field_);
         });
@@ -87,21 +90,21 @@ class ButtonOutlet : public Button {
     }
 
     void setTitle(const std::string& title) override {
-        guarded([&] {
-            [button_ setTitle:toNSString(title)];
+        runGuarded([&] {
+            [button_ setTitle:foundationString(title)];
             [interface_ layOut];
         });
     }
 
     void setEnabled(bool enabled) override {
-        guarded([&] {
+        runGuarded([&] {
             [button_ setEnabled:enabled ? YES : NO];
             showNow(button_);
         });
     }
 
     void setHidden(bool hidden) override {
-        guarded([&] {
+        runGuarded([&] {
             [button_ setHidden:hidden ? YES : NO];
             // GNUstep lets a key press a hidden button.
             [button_ setKeyEquivalent:hidden ? @"" : keyEquivalent_];
@@ -110,7 +113,7 @@ class ButtonOutlet : public Button {
     }
 
     void setAction(std::function<void()> action) override {
-        guarded([&] { [target_ setAction:new std::function<void()>(std::move(action))]; });
+        runGuarded([&] { [target_ setAction:new std::function<void()>(std::move(action))]; });
     }
 
   private:
@@ -127,7 +130,7 @@ class ProgressIndicatorOutlet : public ProgressIndicator {
     explicit ProgressIndicatorOutlet(SNTUninstallerInterface* interface) : interface_(interface) {}
 
     void setDoubleValue(double value) override {
-        guarded([&] {
+        runGuarded([&] {
             NSProgressIndicator* indicator = [interface_ progressIndicator];
             setMoving(indicator, false);
             [indicator setDoubleValue:value];
@@ -136,7 +139,7 @@ class ProgressIndicatorOutlet : public ProgressIndicator {
     }
 
     void setHidden(bool hidden) override {
-        guarded([&] {
+        runGuarded([&] {
             NSProgressIndicator* indicator = [interface_ progressIndicator];
             setMoving(indicator, !hidden && [indicator doubleValue] <= [indicator minValue]);
             [indicator setHidden:hidden ? YES : NO];
@@ -164,7 +167,7 @@ class InterfaceControls::WindowOutlet : public Window {
     explicit WindowOutlet(NSWindow* window) : window_(window) {}
 
     void setTitle(const std::string& title) override {
-        guarded([&] { [window_ setTitle:toNSString(title)]; });
+        runGuarded([&] { [window_ setTitle:foundationString(title)]; });
     }
 
     WindowController* windowController() const override { return controller_; }

@@ -1,9 +1,9 @@
 #include <string>
 
+#include "Platform/Foundation/ExceptionGuard.h"
+#include "Platform/Foundation/FoundationStrings.h"
 #include "Uninstaller/AppKit/AppKitFramework.h"
-#include "Uninstaller/AppKit/Guard.h"
 #include "Uninstaller/AppKit/System.h"
-#include "Uninstaller/AppKit/Texts.h"
 
 using Uninstall_Sentrel::AppKitFramework;
 using Uninstall_Sentrel::ApplicationFramework;
@@ -14,18 +14,18 @@ namespace {
 std::string makeApplication() {
     NSString* reason = nil;
     std::string unavailable;
-    const BOOL made = Uninstall_Sentrel::guarded(
+    const BOOL made = Platform::Foundation::runGuarded(
         [&unavailable] {
             NSString* noDisplay = nil;
             if (!SNTDisplayIsAvailable(&noDisplay)) {
-                unavailable = Uninstall_Sentrel::toString(noDisplay);
+                unavailable = Platform::Foundation::text(noDisplay);
                 return;
             }
             SNTMakeApplication();
         },
         &reason);
     if (!made) {
-        Uninstall_Sentrel::guarded([&] { unavailable = Uninstall_Sentrel::toString(reason); });
+        Platform::Foundation::runGuarded([&] { unavailable = Platform::Foundation::text(reason); });
         if (unavailable.empty()) {
             unavailable = "The application framework cannot be started.";
         }

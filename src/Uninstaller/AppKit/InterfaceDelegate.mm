@@ -1,7 +1,7 @@
 #import "Uninstaller/AppKit/InterfaceDelegate.h"
 
+#include "Platform/Foundation/FoundationStrings.h"
 #import "Uninstaller/AppKit/System.h"
-#include "Uninstaller/AppKit/Texts.h"
 #include "Uninstaller/ApplicationFramework.h"
 
 using Uninstall_Sentrel::ApplicationProgram;
@@ -52,7 +52,7 @@ using Uninstall_Sentrel::ApplicationProgram;
 
 - (void)showAboutPanel:(id)sender {
     (void)sender;
-    SNTShowAboutPanel(name_, Uninstall_Sentrel::toNSString([self program]->version()), icon_);
+    SNTShowAboutPanel(name_, Platform::Foundation::foundationString([self program]->version()), icon_);
 }
 
 @end

@@ -1,12 +1,14 @@
 // The conversions between Foundation's values and the program's.
 #include <gtest/gtest.h>
 
-#include "Platform/Darwin/ExceptionGuard.h"
 #include "Platform/Darwin/FoundationBridge.h"
 #include "Platform/Darwin/FoundationError.h"
+#include "Platform/Foundation/ExceptionGuard.h"
 
 namespace Platform::Darwin {
 namespace {
+
+using Foundation::runGuarded;
 
 /// Says when it is taken apart.
 class Witness {
@@ -72,6 +74,20 @@ TEST(RunGuarded, TellsWhetherAnExceptionCameOut) {
     EXPECT_TRUE(runGuarded([&] { ran = true; }));
     EXPECT_TRUE(ran);
     EXPECT_FALSE(runGuarded([] { [NSException raise:NSGenericException format:@"raised"]; }));
+}
+
+TEST(RunGuarded, GivesTheReasonToACallerWhoAsks) {
+    const Pool pool;
+    NSString* reason = @"before";
+    EXPECT_TRUE(runGuarded([] {}, &reason));
+    EXPECT_EQ(reason, nil);
+    EXPECT_FALSE(runGuarded([] { [NSException raise:NSGenericException format:@"out of %d", 7]; }, &reason));
+    EXPECT_EQ(text(reason), "out of 7");
+    [reason release];
+    EXPECT_FALSE(runGuarded(
+        [] { [[NSException exceptionWithName:@"NoReason" reason:nil userInfo:nil] raise]; }, &reason));
+    EXPECT_EQ(text(reason), "NoReason");
+    [reason release];
 }
 
 TEST(RunGuarded, TakesCxxObjectsApartOnTheWay) {

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <vector>
 
+#include "Base/UTF16.h"
 #include "Platform/Darwin/FoundationBridge.h"
 
 namespace Platform::Darwin {
@@ -37,12 +38,7 @@ std::optional<std::string> stringValue(id value) {
     if (![value isKindOfClass:[NSString class]]) {
         return std::nullopt;
     }
-    // Nil, and not a replacement, for half of a surrogate pair.
-    NSData* const bytes = [value dataUsingEncoding:NSUTF8StringEncoding allowLossyConversion:NO];
-    if (bytes == nil) {
-        return std::nullopt;
-    }
-    return std::string(static_cast<const char*>([bytes bytes]), [bytes length]);
+    return Base::utf8FromUTF16(Foundation::units(value));
 }
 
 std::optional<Base::URL> urlValue(id value) {
