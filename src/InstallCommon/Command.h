@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "Base/Archive/Coder.h"
@@ -60,6 +61,32 @@ class CommandConcrete : public Command {
 
     std::int32_t weight_ = 1;
     std::string commandDescription_;
+};
+
+/// What every class of commands below CommandConcrete has alike. `Concrete` derives from this and states
+///   static constexpr std::string_view runtimeName;
+///   static std::unique_ptr<Base::CodedObject> decode(Base::Coder& coder);
+template <class Concrete, class Superclass = CommandConcrete>
+class CodedCommand : public Superclass {
+  public:
+    using Superclass::Superclass;
+
+    [[nodiscard]] static const Base::CodedClass& staticClass() {
+        static const Base::CodedClass kClass{Concrete::runtimeName, &Superclass::staticClass(),
+                                             &Concrete::decode};
+        return kClass;
+    }
+    [[nodiscard]] const Base::CodedClass& codedClass() const override { return staticClass(); }
+
+  protected:
+    /// Reads the description, then makes the command from it and from its own fields, which have been read.
+    /// Returns null without a description.
+    template <class... Fields>
+    [[nodiscard]] static std::unique_ptr<Base::CodedObject> decoded(Base::Coder& coder, Fields... fields) {
+        std::optional<std::string> description = CommandConcrete::decodeDescription(coder);
+        return description ? std::make_unique<Concrete>(std::move(*description), std::move(fields)...)
+                           : nullptr;
+    }
 };
 
 }  // namespace InstallCommon

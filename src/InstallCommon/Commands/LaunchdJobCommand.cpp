@@ -16,15 +16,7 @@ constexpr std::string_view kIsDaemonKey = "isDaemon";
 
 LaunchdJobCommand::LaunchdJobCommand(std::string commandDescription, NorvikCommon::LaunchdInfo launchdJob,
                                      bool isDaemon)
-    : CommandConcrete(std::move(commandDescription)),
-      launchdJob_(std::move(launchdJob)),
-      isDaemon_(isDaemon) {}
-
-const Base::CodedClass& LaunchdJobCommand::staticClass() {
-    static const Base::CodedClass kClass{"_TtC13InstallCommon17LaunchdJobCommand",
-                                         &CommandConcrete::staticClass(), &decodeJob<LaunchdJobCommand>};
-    return kClass;
-}
+    : CodedCommand(std::move(commandDescription)), launchdJob_(std::move(launchdJob)), isDaemon_(isDaemon) {}
 
 void LaunchdJobCommand::encode(Base::Coder& coder) const {
     coder.encodeObject(kJobKey, Base::CodedRecord(launchdJob_));

@@ -16,7 +16,7 @@ constexpr std::string_view kDestinationsKey = "destination";
 }  // namespace
 
 CopyCommand::CopyCommand(std::string commandDescription, std::vector<Item> items)
-    : CommandConcrete(std::move(commandDescription)), itemsToCopy_(std::move(items)) {}
+    : CodedCommand(std::move(commandDescription)), itemsToCopy_(std::move(items)) {}
 
 CopyCommand::CopyCommand(std::string commandDescription, const Base::URL& source,
                          const Base::URL& destination)
@@ -27,12 +27,6 @@ void CopyCommand::execute() const {
         FileSystemUtil::copy(item.source, item.destination);
         RepairItemsUtil::backup(item.destination);
     }
-}
-
-const Base::CodedClass& CopyCommand::staticClass() {
-    static const Base::CodedClass kClass{"_TtC13InstallCommon11CopyCommand", &CommandConcrete::staticClass(),
-                                         &decode};
-    return kClass;
 }
 
 void CopyCommand::encode(Base::Coder& coder) const {
@@ -65,8 +59,7 @@ std::unique_ptr<Base::CodedObject> CopyCommand::decode(Base::Coder& coder) {
     for (std::size_t i = 0; i < count; ++i) {
         items.push_back({std::move((*sources)[i]), std::move((*destinations)[i])});
     }
-    std::optional<std::string> description = decodeDescription(coder);
-    return description ? std::make_unique<CopyCommand>(std::move(*description), std::move(items)) : nullptr;
+    return decoded(coder, std::move(items));
 }
 
 }  // namespace InstallCommon

@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "Base/URL.h"
@@ -10,7 +11,7 @@
 namespace InstallCommon {
 
 /// Puts items into place and records a repair copy of each.
-class CopyCommand final : public CommandConcrete {
+class CopyCommand final : public CodedCommand<CopyCommand> {
   public:
     struct Item {
         Base::URL source;
@@ -29,13 +30,11 @@ class CopyCommand final : public CommandConcrete {
     /// are those of FileSystemUtil::copy and RepairItemsUtil::backup.
     void execute() const override;
 
-    [[nodiscard]] static const Base::CodedClass& staticClass();
-    [[nodiscard]] const Base::CodedClass& codedClass() const override { return staticClass(); }
+    static constexpr std::string_view runtimeName = "_TtC13InstallCommon11CopyCommand";
     void encode(Base::Coder& coder) const override;
-
-  private:
     [[nodiscard]] static std::unique_ptr<Base::CodedObject> decode(Base::Coder& coder);
 
+  private:
     std::vector<Item> itemsToCopy_;
 };
 

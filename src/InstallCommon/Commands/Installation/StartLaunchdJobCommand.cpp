@@ -1,7 +1,5 @@
 #include "InstallCommon/Commands/Installation/StartLaunchdJobCommand.h"
 
-#include <utility>
-
 #include "InstallCommon/FileSystemUtil.h"
 #include "SwiftUtils/LaunchctlUtil.h"
 
@@ -13,16 +11,6 @@ namespace {
 constexpr std::uint16_t kPlistMode = 644;
 
 }  // namespace
-
-std::unique_ptr<StartLaunchdJobCommand> StartLaunchdJobCommand::withAgent(std::string commandDescription,
-                                                                          NorvikCommon::LaunchdInfo agent) {
-    return std::make_unique<StartLaunchdJobCommand>(std::move(commandDescription), std::move(agent), false);
-}
-
-std::unique_ptr<StartLaunchdJobCommand> StartLaunchdJobCommand::withDaemon(std::string commandDescription,
-                                                                           NorvikCommon::LaunchdInfo daemon) {
-    return std::make_unique<StartLaunchdJobCommand>(std::move(commandDescription), std::move(daemon), true);
-}
 
 void StartLaunchdJobCommand::execute() const {
     if (!launchdJob().label || !launchdJob().plistLocation()) {
@@ -46,13 +34,6 @@ void StartLaunchdJobCommand::installAgent() const {
         SwiftUtils::LaunchctlUtil::enableAgent(*launchdJob().label, userId);
         SwiftUtils::LaunchctlUtil::bootstrapAgent(*launchdJob().plistLocation(), userId);
     });
-}
-
-const Base::CodedClass& StartLaunchdJobCommand::staticClass() {
-    static const Base::CodedClass kClass{"_TtC13InstallCommon22StartLaunchdJobCommand",
-                                         &LaunchdJobCommand::staticClass(),
-                                         &decodeJob<StartLaunchdJobCommand>};
-    return kClass;
 }
 
 }  // namespace InstallCommon

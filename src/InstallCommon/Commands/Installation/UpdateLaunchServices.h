@@ -1,24 +1,24 @@
 #pragma once
 
 #include <memory>
+#include <string_view>
 
 #include "InstallCommon/Command.h"
 
 namespace InstallCommon {
 
 /// Has the Launch Services database register the product's support folder again.
-class UpdateLaunchServices final : public CommandConcrete {
+class UpdateLaunchServices final : public CodedCommand<UpdateLaunchServices> {
   public:
-    using CommandConcrete::CommandConcrete;
+    using CodedCommand::CodedCommand;
 
     /// Runs lsregister; its result is ignored (its output is logged by SwiftUtils::execute).
     void execute() const override;
 
-    [[nodiscard]] static const Base::CodedClass& staticClass();
-    [[nodiscard]] const Base::CodedClass& codedClass() const override { return staticClass(); }
-
-  private:
-    [[nodiscard]] static std::unique_ptr<Base::CodedObject> decode(Base::Coder& coder);
+    static constexpr std::string_view runtimeName = "_TtC13InstallCommon20UpdateLaunchServices";
+    [[nodiscard]] static std::unique_ptr<Base::CodedObject> decode(Base::Coder& coder) {
+        return decoded(coder);
+    }
 };
 
 }  // namespace InstallCommon

@@ -14,16 +14,10 @@ constexpr std::string_view kProcessKey = "kext";
 }  // namespace
 
 KillProcessCommand::KillProcessCommand(std::string commandDescription, std::string process)
-    : CommandConcrete(std::move(commandDescription)), process_(std::move(process)) {}
+    : CodedCommand(std::move(commandDescription)), process_(std::move(process)) {}
 
 void KillProcessCommand::execute() const {
     InstallationUtils::killProcess(process_);
-}
-
-const Base::CodedClass& KillProcessCommand::staticClass() {
-    static const Base::CodedClass kClass{"_TtC13InstallCommon18KillProcessCommand",
-                                         &CommandConcrete::staticClass(), &decode};
-    return kClass;
 }
 
 void KillProcessCommand::encode(Base::Coder& coder) const {
@@ -36,9 +30,7 @@ std::unique_ptr<Base::CodedObject> KillProcessCommand::decode(Base::Coder& coder
     if (!process) {
         return nullptr;
     }
-    std::optional<std::string> description = decodeDescription(coder);
-    return description ? std::make_unique<KillProcessCommand>(std::move(*description), std::move(*process))
-                       : nullptr;
+    return decoded(coder, std::move(*process));
 }
 
 }  // namespace InstallCommon

@@ -2,13 +2,14 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "InstallCommon/Command.h"
 
 namespace InstallCommon {
 
 /// Kills every running process with a given name.
-class KillProcessCommand final : public CommandConcrete {
+class KillProcessCommand final : public CodedCommand<KillProcessCommand> {
   public:
     /// `process` is the name as the process monitor reports it.
     KillProcessCommand(std::string commandDescription, std::string process);
@@ -18,13 +19,11 @@ class KillProcessCommand final : public CommandConcrete {
     /// The lines are those of InstallationUtils::killProcess; none if there is no such process.
     void execute() const override;
 
-    [[nodiscard]] static const Base::CodedClass& staticClass();
-    [[nodiscard]] const Base::CodedClass& codedClass() const override { return staticClass(); }
+    static constexpr std::string_view runtimeName = "_TtC13InstallCommon18KillProcessCommand";
     void encode(Base::Coder& coder) const override;
-
-  private:
     [[nodiscard]] static std::unique_ptr<Base::CodedObject> decode(Base::Coder& coder);
 
+  private:
     std::string process_;
 };
 

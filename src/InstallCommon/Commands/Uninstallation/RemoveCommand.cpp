@@ -26,7 +26,7 @@ std::vector<RemoveCommand::Item> unconditional(const std::vector<Base::URL>& url
 }  // namespace
 
 RemoveCommand::RemoveCommand(std::string commandDescription, std::vector<Item> items)
-    : CommandConcrete(std::move(commandDescription)), itemsToRemove_(std::move(items)) {}
+    : CodedCommand(std::move(commandDescription)), itemsToRemove_(std::move(items)) {}
 
 RemoveCommand::RemoveCommand(std::string commandDescription, const std::vector<Base::URL>& items)
     : RemoveCommand(std::move(commandDescription), unconditional(items)) {}
@@ -43,12 +43,6 @@ void RemoveCommand::execute() const {
         const Base::URL repairFolder = NorvikCommon::FeaturePathProvider::repairFolder();
         FileSystemUtil::remove(repairFolder.appendingPathComponent(item.path.path()));
     }
-}
-
-const Base::CodedClass& RemoveCommand::staticClass() {
-    static const Base::CodedClass kClass{"_TtC13InstallCommon13RemoveCommand",
-                                         &CommandConcrete::staticClass(), &decode};
-    return kClass;
 }
 
 void RemoveCommand::encode(Base::Coder& coder) const {
@@ -81,8 +75,7 @@ std::unique_ptr<Base::CodedObject> RemoveCommand::decode(Base::Coder& coder) {
     for (std::size_t i = 0; i < count; ++i) {
         items.push_back({std::move((*paths)[i]), (*flags)[i]});
     }
-    std::optional<std::string> description = decodeDescription(coder);
-    return description ? std::make_unique<RemoveCommand>(std::move(*description), std::move(items)) : nullptr;
+    return decoded(coder, std::move(items));
 }
 
 }  // namespace InstallCommon

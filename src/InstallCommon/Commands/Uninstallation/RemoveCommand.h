@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "Base/URL.h"
@@ -10,7 +11,7 @@
 namespace InstallCommon {
 
 /// Deletes files and folders together with their repair copies.
-class RemoveCommand final : public CommandConcrete {
+class RemoveCommand final : public CodedCommand<RemoveCommand> {
   public:
     struct Item {
         Base::URL path;
@@ -31,13 +32,11 @@ class RemoveCommand final : public CommandConcrete {
     /// its repair copy, whether or not there is one.
     void execute() const override;
 
-    [[nodiscard]] static const Base::CodedClass& staticClass();
-    [[nodiscard]] const Base::CodedClass& codedClass() const override { return staticClass(); }
+    static constexpr std::string_view runtimeName = "_TtC13InstallCommon13RemoveCommand";
     void encode(Base::Coder& coder) const override;
-
-  private:
     [[nodiscard]] static std::unique_ptr<Base::CodedObject> decode(Base::Coder& coder);
 
+  private:
     std::vector<Item> itemsToRemove_;
 };
 

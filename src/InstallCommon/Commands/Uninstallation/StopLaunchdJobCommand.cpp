@@ -1,7 +1,5 @@
 #include "InstallCommon/Commands/Uninstallation/StopLaunchdJobCommand.h"
 
-#include <utility>
-
 #include "NorvikCommon/InstallerLog.h"
 #include "NorvikCommon/UIDUtil.h"
 #include "Platform/SystemPorts.h"
@@ -14,16 +12,6 @@ namespace {
 constexpr std::uint32_t kPauseAfterBootout = 5;
 
 }  // namespace
-
-std::unique_ptr<StopLaunchdJobCommand> StopLaunchdJobCommand::withAgent(std::string commandDescription,
-                                                                        NorvikCommon::LaunchdInfo agent) {
-    return std::make_unique<StopLaunchdJobCommand>(std::move(commandDescription), std::move(agent), false);
-}
-
-std::unique_ptr<StopLaunchdJobCommand> StopLaunchdJobCommand::withDaemon(std::string commandDescription,
-                                                                         NorvikCommon::LaunchdInfo daemon) {
-    return std::make_unique<StopLaunchdJobCommand>(std::move(commandDescription), std::move(daemon), true);
-}
 
 void StopLaunchdJobCommand::execute() const {
     if (!launchdJob().label || !launchdJob().plistLocation()) {
@@ -56,13 +44,6 @@ void StopLaunchdJobCommand::bootoutAgentOfUser(std::uint32_t userId) const {
     NorvikCommon::logInstallerLine("Disable & bootout agent " + *launchdJob().label + " for " +
                                    std::to_string(userId));
     static_cast<void>(SwiftUtils::LaunchctlUtil::bootoutAgent(*launchdJob().plistLocation(), userId));
-}
-
-const Base::CodedClass& StopLaunchdJobCommand::staticClass() {
-    static const Base::CodedClass kClass{"_TtC13InstallCommon21StopLaunchdJobCommand",
-                                         &LaunchdJobCommand::staticClass(),
-                                         &decodeJob<StopLaunchdJobCommand>};
-    return kClass;
 }
 
 }  // namespace InstallCommon

@@ -23,7 +23,7 @@ std::string signedHexadecimal(std::int32_t code) {
 }  // namespace
 
 UnloadKextCommand::UnloadKextCommand(std::string commandDescription, NorvikCommon::KextInfo kext)
-    : CommandConcrete(std::move(commandDescription)), kext_(std::move(kext)) {}
+    : CodedCommand(std::move(commandDescription)), kext_(std::move(kext)) {}
 
 void UnloadKextCommand::execute() const {
     if (!kext_.bundle || !kext_.bundle->bundleId) {
@@ -37,12 +37,6 @@ void UnloadKextCommand::execute() const {
     }
 }
 
-const Base::CodedClass& UnloadKextCommand::staticClass() {
-    static const Base::CodedClass kClass{"_TtC13InstallCommon17UnloadKextCommand",
-                                         &CommandConcrete::staticClass(), &decode};
-    return kClass;
-}
-
 void UnloadKextCommand::encode(Base::Coder& coder) const {
     coder.encodeObject(kKextKey, Base::CodedRecord(kext_));
     CommandConcrete::encode(coder);
@@ -54,9 +48,7 @@ std::unique_ptr<Base::CodedObject> UnloadKextCommand::decode(Base::Coder& coder)
     if (!kext) {
         return nullptr;
     }
-    std::optional<std::string> description = decodeDescription(coder);
-    return description ? std::make_unique<UnloadKextCommand>(std::move(*description), std::move(*kext))
-                       : nullptr;
+    return decoded(coder, std::move(*kext));
 }
 
 }  // namespace InstallCommon

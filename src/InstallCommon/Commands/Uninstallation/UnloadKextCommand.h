@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "InstallCommon/Command.h"
 #include "NorvikCommon/Product Paths Information/ProductComponents.h"
@@ -9,7 +10,7 @@
 namespace InstallCommon {
 
 /// Unloads a kernel extension.
-class UnloadKextCommand final : public CommandConcrete {
+class UnloadKextCommand final : public CodedCommand<UnloadKextCommand> {
   public:
     UnloadKextCommand(std::string commandDescription, NorvikCommon::KextInfo kext);
 
@@ -19,13 +20,11 @@ class UnloadKextCommand final : public CommandConcrete {
     /// bundle identifier unloads nothing.
     void execute() const override;
 
-    [[nodiscard]] static const Base::CodedClass& staticClass();
-    [[nodiscard]] const Base::CodedClass& codedClass() const override { return staticClass(); }
+    static constexpr std::string_view runtimeName = "_TtC13InstallCommon17UnloadKextCommand";
     void encode(Base::Coder& coder) const override;
-
-  private:
     [[nodiscard]] static std::unique_ptr<Base::CodedObject> decode(Base::Coder& coder);
 
+  private:
     NorvikCommon::KextInfo kext_;
 };
 
