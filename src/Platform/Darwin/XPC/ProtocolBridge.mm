@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdlib>
+#include <memory>
 #include <utility>
 
 #include "Base/FatalError.h"
@@ -53,26 +55,38 @@ void sendToSupportHelper(id target, const XPCMethod& /*method*/, std::vector<XPC
                         }];
 }
 
-/// One protocol with its one method.
+/// The protocol that an exporter's class adopts, with its one method.
 struct ProtocolBridge {
-    Protocol* protocol;
-    SEL selector;
     Class exporter;
+    SEL selector;
     Send send;
+
+    [[nodiscard]] Protocol* protocol() const {
+        unsigned count = 0;
+        const std::unique_ptr<Protocol*[], void (*)(void*)> adopted(class_copyProtocolList(exporter, &count),
+                                                                    &std::free);
+        if (count != 1) {
+            Base::fatalError("an exporter adopts one protocol");
+        }
+        return adopted[0];
+    }
 };
 
 const ProtocolBridge& bridgeOf(std::string_view protocolName) {
     static const std::array<ProtocolBridge, 3> kBridges{{
-        {@protocol(CommandExecuting), @selector(executeWithCommands:delegate:),
-         [PlatformDarwinCommandExecutingExporter class], &sendToExecutor},
-        {@protocol(CommandExecutingDelegate), @selector(commandExecutingDidExecuteCommand:withWeight:),
-         [PlatformDarwinDelegateExporter class], &sendToDelegate},
-        {@protocol(NVKSupportPrivilegedHelper), @selector(installSwiftSupportPackage:completion:),
-         [PlatformDarwinSupportHelperExporter class], &sendToSupportHelper},
+        {[PlatformDarwinCommandExecutingExporter class],
+         @selector(executeWithCommands:delegate:),
+         &sendToExecutor},
+        {[PlatformDarwinDelegateExporter class],
+         @selector(commandExecutingDidExecuteCommand:withWeight:),
+         &sendToDelegate},
+        {[PlatformDarwinSupportHelperExporter class],
+         @selector(installSwiftSupportPackage:completion:),
+         &sendToSupportHelper},
     }};
     const auto* const found =
         std::find_if(kBridges.begin(), kBridges.end(), [protocolName](const ProtocolBridge& each) {
-            return protocolName == protocol_getName(each.protocol);
+            return protocolName == protocol_getName(each.protocol());
         });
     if (found == kBridges.end()) {
         Base::fatalError("no connection knows the protocol " + std::string(protocolName));
@@ -99,7 +113,7 @@ NSSet* classesOf(const Base::AllowedClasses& allowed) {
 
 NSXPCInterface* systemInterface(const XPCInterface& interface) {
     NSXPCInterface* const result =
-        [NSXPCInterface interfaceWithProtocol:bridgeOf(interface.protocolName).protocol];
+        [NSXPCInterface interfaceWithProtocol:bridgeOf(interface.protocolName).protocol()];
     for (const XPCMethod& method : interface.methods) {
         const SEL selector = sel_registerName(std::string(method.selector).c_str());
         for (NSUInteger index = 0; index < method.arguments.size(); ++index) {
