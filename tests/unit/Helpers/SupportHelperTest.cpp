@@ -74,6 +74,18 @@ TEST_F(SupportHelper, AnswersAnotherSelectorWithAnErrorAndInstallsNothing) {
     EXPECT_EQ(listener_.opened, 0);
 }
 
+TEST_F(SupportHelper, AnswersArgumentsThatDoNotFitWithAnErrorAndInstallsNothing) {
+    Helpers::SupportHelper helper(listener_, kMaker);
+    std::optional<Platform::Error> refusal;
+    helper.message("installSwiftSupportPackage:completion:", {},
+                   [&refusal](const auto& error) { refusal = error; });
+    EXPECT_EQ(refusal,
+              (Platform::Error{
+                  "The support helper does not understand installSwiftSupportPackage:completion:.", 1}));
+    EXPECT_EQ(mac_.callsOf("launch "), CallList());
+    EXPECT_EQ(listener_.opened, 0);
+}
+
 TEST_F(SupportHelper, SaysThatLaunchdHandedOverNoService) {
     EXPECT_FALSE(Helpers::SupportHelper::serve(kMaker));
     EXPECT_EQ(mac_.log.lines,

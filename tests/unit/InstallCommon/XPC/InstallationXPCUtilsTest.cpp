@@ -82,6 +82,17 @@ TEST(ExportedExecutor, RefusesAMessageWithAnotherSelector) {
     EXPECT_EQ(refused.size(), 1U);
 }
 
+TEST(ExportedExecutor, RefusesArgumentsThatDoNotFitTheMethod) {
+    const auto executor = std::make_shared<Executor>();
+    Lines refused;
+    const auto exported = InstallCommon::exportedCommandExecuting(
+        executor, [&refused](const std::string& why) { refused.push_back(why); });
+    exported->message("executeWithCommands:delegate:", report("no list"), {});
+    exported->message("executeWithCommands:delegate:", {}, {});
+    EXPECT_EQ(executor->lists, Lines());
+    EXPECT_EQ(refused, Lines(2, "a message that nothing here understands: executeWithCommands:delegate:"));
+}
+
 TEST(ExportedExecutor, RefusesAListWithAnObjectThatIsNotACommand) {
     const auto executor = std::make_shared<Executor>();
     Lines refused;
