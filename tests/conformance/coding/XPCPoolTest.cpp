@@ -56,18 +56,19 @@ TEST(ForeignThread, LeavesNothingBehindOfAConnectionThatIsNeverResumed) {
 
 TEST(ForeignThread, LeavesNothingBehindOfAProxy) {
     int replies = 0;
-    EXPECT_EQ(litterOf([&replies] {
-                  const auto client = SystemDoubles::makeClient();
-                  client->setRemoteObjectInterface(SupportPrivilegedHelperClient::xpcInterface());
-                  for (const auto& proxy : {client->remoteObjectProxy(),
-                                            client->synchronousRemoteObjectProxy([](const auto&) {})}) {
-                      std::vector<Platform::XPCValue> arguments;
-                      arguments.emplace_back(URL::fileURL("/a.pkg"));
-                      proxy->message(SupportPrivilegedHelperClient::installSelector, std::move(arguments),
-                                     [&replies](const auto& error) { replies += error ? 0 : 1; });
-                  }
-              }),
-              0);
+    EXPECT_EQ(
+        litterOf([&replies] {
+            const auto client = SystemDoubles::makeClient();
+            client->setRemoteObjectInterface(SupportPrivilegedHelperClient::xpcInterface());
+            for (const auto& proxy :
+                 {client->remoteObjectProxy(), client->synchronousRemoteObjectProxy([](const auto&) {})}) {
+                std::vector<Platform::XPCValue> arguments;
+                arguments.emplace_back(URL::fileURL("/a.pkg"));
+                proxy->message(SupportPrivilegedHelperClient::installPackage.selector(), std::move(arguments),
+                               [&replies](const auto& error) { replies += error ? 0 : 1; });
+            }
+        }),
+        0);
     EXPECT_EQ(replies, 2);
 }
 

@@ -5,6 +5,7 @@
 
 #include <cerrno>
 
+#include "Platform/FileManager.h"
 #include "support/Scratch.h"
 
 /// What every FileManager promises, for any implementation that works on the real file system:
