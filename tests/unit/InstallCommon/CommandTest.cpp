@@ -4,6 +4,7 @@
 
 #include "InstallCommon/Commands/Installation/CopyCommand.h"
 #include "InstallCommon/Commands/Installation/UpdateLaunchServices.h"
+#include "InstallCommon/Commands/LaunchdJobCommand.h"
 #include "InstallCommon/Commands/Uninstallation/KillProcessCommand.h"
 #include "InstallCommon/Commands/Uninstallation/RemoveCommand.h"
 #include "InstallCommon/Commands/Uninstallation/UnloadKextCommand.h"

@@ -6,6 +6,7 @@
 
 #include "InstallCommon/Commands/Uninstallation/KillProcessCommand.h"
 #include "NorvikCommon/PMProcessMonitor.h"
+#include "NorvikCommon/Product Paths Information/ProductComponents.h"
 #include "support/FakeMac.h"
 #include "support/InstallerLine.h"
 #include "unit/InstallCommon/CommandArchives.h"
