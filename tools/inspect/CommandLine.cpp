@@ -79,14 +79,6 @@ std::vector<std::string> optionNames(const CommandDefinition* command) {
     return names;
 }
 
-std::vector<std::string> commandNames() {
-    std::vector<std::string> names;
-    for (const CommandDefinition& command : commandDefinitions()) {
-        names.emplace_back(command.name);
-    }
-    return names;
-}
-
 /// The message about an unexpected word.
 std::string unexpected(const std::string& word, const CommandDefinition* command) {
     const std::string of = command != nullptr ? " of " + std::string(command->name) : std::string();

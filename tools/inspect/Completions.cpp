@@ -27,14 +27,6 @@ std::vector<std::string> wordsOf(const CommandDefinition& command) {
     return words;
 }
 
-std::vector<std::string> commandNames() {
-    std::vector<std::string> names;
-    for (const CommandDefinition& command : commandDefinitions()) {
-        names.emplace_back(command.name);
-    }
-    return names;
-}
-
 /// The options that take a value.
 std::vector<std::string> optionsWithValue() {
     std::vector<std::string> options;

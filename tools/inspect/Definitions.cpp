@@ -171,4 +171,12 @@ const std::vector<CommandDefinition>& commandDefinitions() {
     return definitions;
 }
 
+std::vector<std::string> commandNames() {
+    std::vector<std::string> names;
+    for (const CommandDefinition& command : commandDefinitions()) {
+        names.emplace_back(command.name);
+    }
+    return names;
+}
+
 }  // namespace Inspect

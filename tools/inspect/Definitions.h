@@ -75,6 +75,8 @@ struct CommandDefinition {
 
 /// All commands, in the order of their explanation.
 [[nodiscard]] const std::vector<CommandDefinition>& commandDefinitions();
+/// Their names, in the same order.
+[[nodiscard]] std::vector<std::string> commandNames();
 
 /// The purpose of the whole program.
 inline constexpr std::string_view kProgramSummary =
