@@ -10,7 +10,7 @@
 namespace Simulator {
 
 using Features = NorvikCommon::FeaturePathProvider;
-using Paths = NorvikCommon::ComponentPathProvider;
+using ProductPaths = NorvikCommon::ComponentPathProvider;
 
 namespace {
 
@@ -44,7 +44,8 @@ void manyFiles(MacBuilder& mac, const std::string& root, int folders, int files,
 constexpr int kBlocksOfBases = 19;
 
 void consoleHelp(MacBuilder& mac, std::string_view block) {
-    manyFiles(mac, pathOf(Paths::managementConsole().bundle.value().resources()) + "/Help", 100, 120, block);
+    manyFiles(mac, pathOf(ProductPaths::managementConsole().bundle.value().resources()) + "/Help", 100, 120,
+              block);
 }
 
 void settings(MacBuilder& mac) {
@@ -55,7 +56,7 @@ void settings(MacBuilder& mac) {
 
 void realAmount(MacBuilder& mac, bool current) {
     const std::string block = randomBlock();
-    const std::string support = Paths::productAppSupport().path();
+    const std::string support = ProductPaths::productAppSupport().path();
     if (current) {
         consoleHelp(mac, block);
     }
@@ -68,13 +69,13 @@ void realAmount(MacBuilder& mac, bool current) {
 
 void repairCopies(MacBuilder& mac) {
     const std::string repair = Features::repairFolder().path();
-    const auto console = Paths::managementConsole();
+    const auto console = ProductPaths::managementConsole();
     const std::string contents = repair + pathOf(console.bundle.value().contents());
     mac.propertyList(contents + "/Info.plist", {{"CFBundleIdentifier", console.bundle->bundleId.value()}},
                      PropertyListForm::binary);
     mac.program("simulated-app", repair + pathOf(console.executable.value().location));
-    mac.program("simulated-app", repair + pathOf(Paths::scanner().executable.value().location));
-    const auto launchd = Paths::fileAccessDaemon().launchd.value();
+    mac.program("simulated-app", repair + pathOf(ProductPaths::scanner().executable.value().location));
+    const auto launchd = ProductPaths::fileAccessDaemon().launchd.value();
     mac.propertyList(repair + pathOf(launchd.plistLocation()), {{"Label", launchd.label.value()}},
                      PropertyListForm::xml);
 }
@@ -83,7 +84,7 @@ void repairCopies(MacBuilder& mac) {
 
 void buildProductData(MacBuilder& mac, const CreateOptions& options) {
     const std::uint32_t user = options.users.empty() ? 0 : options.users.front().uid;
-    const std::string support = Paths::productAppSupport().path();
+    const std::string support = ProductPaths::productAppSupport().path();
     mac.folder(support);
     settings(mac);
     mac.file(pathOf(Features::avBases().location), std::string(kSmallBases, 'b'));
