@@ -207,6 +207,7 @@ int Connection::invalidated() const {
 }
 
 std::shared_ptr<Platform::XPCConnection> makeClient() {
+    installInterfaceDouble();
     const SEL selector = @selector(initWithMachServiceName:options:);
     class_replaceMethod([NSXPCConnection class], selector, reinterpret_cast<IMP>(makeConnectionDouble),
                         "@@:@Q");

@@ -5,7 +5,20 @@
 #include "Platform/Darwin/FoundationError.h"
 #include "Platform/Foundation/ExceptionGuard.h"
 
+/// GNUstep makes up a reason where there is none.
+@interface ReasonlessException : NSException
+@end
+
+@implementation ReasonlessException
+
+- (NSString*)reason {
+    return nil;
+}
+
+@end
+
 namespace Platform::Darwin {
+
 namespace {
 
 using Foundation::runGuarded;
@@ -85,7 +98,8 @@ TEST(RunGuarded, GivesTheReasonToACallerWhoAsks) {
     EXPECT_EQ(text(reason), "out of 7");
     [reason release];
     EXPECT_FALSE(runGuarded(
-        [] { [[NSException exceptionWithName:@"NoReason" reason:nil userInfo:nil] raise]; }, &reason));
+        [] { [[ReasonlessException exceptionWithName:@"NoReason" reason:nil userInfo:nil] raise]; },
+        &reason));
     EXPECT_EQ(text(reason), "NoReason");
     [reason release];
 }
