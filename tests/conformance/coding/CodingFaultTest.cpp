@@ -16,7 +16,6 @@ namespace {
 
 using namespace CodingSamples;
 using namespace InstallCommon;
-using namespace NorvikCommon;
 using CodingFaultTests::Fault;
 using CodingFaultTests::faults;
 using SystemArchives::FailurePolicy;
