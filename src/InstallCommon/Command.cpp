@@ -13,10 +13,8 @@ void CommandConcrete::execute() const {
     Base::fatalError("Should be overriden by subclasses.");
 }
 
-const Base::CodedClass& CommandConcrete::staticClass() {
-    static constexpr Base::CodedClass kClass{"_TtC13InstallCommon15CommandConcrete", nullptr, &decode};
-    return kClass;
-}
+constinit const Base::CodedClass CommandConcrete::kClass{"_TtC13InstallCommon15CommandConcrete", nullptr,
+                                                         &decode};
 
 void CommandConcrete::encode(Base::Coder& coder) const {
     coder.encodeString(CodingKey::commandDescription, commandDescription_);

@@ -47,12 +47,14 @@ class CommandConcrete : public Command {
     /// Must be overridden: here it ends the process.
     void execute() const override;
 
-    [[nodiscard]] static const Base::CodedClass& staticClass();
-    [[nodiscard]] const Base::CodedClass& codedClass() const override { return staticClass(); }
+    [[nodiscard]] static const Base::CodedClass& staticClass() { return kClass; }
+    [[nodiscard]] const Base::CodedClass& codedClass() const override { return kClass; }
     /// Subclasses write their own keys first and then call this.
     void encode(Base::Coder& coder) const override;
 
   protected:
+    static const Base::CodedClass kClass;
+
     /// Subclasses read their own keys first and then this, each stopping at the first missing key.
     [[nodiscard]] static std::optional<std::string> decodeDescription(Base::Coder& coder);
 
@@ -71,14 +73,12 @@ class CodedCommand : public Superclass {
   public:
     using Superclass::Superclass;
 
-    [[nodiscard]] static const Base::CodedClass& staticClass() {
-        static const Base::CodedClass kClass{Concrete::runtimeName, &Superclass::staticClass(),
-                                             &Concrete::decode};
-        return kClass;
-    }
-    [[nodiscard]] const Base::CodedClass& codedClass() const override { return staticClass(); }
+    [[nodiscard]] static const Base::CodedClass& staticClass() { return kClass; }
+    [[nodiscard]] const Base::CodedClass& codedClass() const override { return kClass; }
 
   protected:
+    static const Base::CodedClass kClass;
+
     /// Reads the description, then makes the command from it and from its own fields, which have been read.
     /// Returns null without a description.
     template <class... Fields>
@@ -88,5 +88,11 @@ class CodedCommand : public Superclass {
                            : nullptr;
     }
 };
+
+/// A constant, not a static that the first call makes: compilers divide the making between data and code in
+/// ways of their own, and a program linked from the objects of two would get half of each.
+template <class Concrete, class Superclass>
+constinit const Base::CodedClass CodedCommand<Concrete, Superclass>::kClass{
+    Concrete::runtimeName, &Superclass::kClass, &Concrete::decode};
 
 }  // namespace InstallCommon

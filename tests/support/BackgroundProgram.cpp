@@ -15,6 +15,7 @@ namespace {
 pid_t start(const std::vector<std::string>& command, const std::string& outputFile) {
     std::vector<std::string> words = command;
     std::vector<char*> pointers;
+    pointers.reserve(words.size() + 1);
     for (std::string& word : words) {
         pointers.push_back(word.data());
     }
