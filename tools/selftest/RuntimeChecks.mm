@@ -21,9 +21,15 @@ namespace {
 using Platform::Darwin::carrierClass;
 using Platform::Darwin::foundationString;
 
-/// The classes that travel, and those that they derive from.
-std::set<const Base::CodedClass*> codedClasses() {
-    std::set<const Base::CodedClass*> classes;
+struct ByName {
+    bool operator()(const Base::CodedClass* left, const Base::CodedClass* right) const {
+        return left->runtimeName < right->runtimeName;
+    }
+};
+
+/// The classes that travel, and those that they derive from, in the order of their names.
+std::set<const Base::CodedClass*, ByName> codedClasses() {
+    std::set<const Base::CodedClass*, ByName> classes;
     for (const Base::CodedClass* each : InstallCommon::allowedCommandListClasses().objects) {
         for (; each != nullptr; each = each->superclass) {
             classes.insert(each);

@@ -38,7 +38,7 @@ fails_with() {
 # The two that this system answers otherwise than a Mac, with their reasons; everything else passes.
 run "" 1
 diff - <(grep -E '^(FAIL|SKIP)' "$scratch/out" | tr -s ' ') <<'END' >&2 || fault "other lines than expected: $(cat "$scratch/out")"
-FAIL runtime.second-names the runtime does not find InstallCommon.CommandConcrete
+FAIL runtime.second-names the runtime does not find InstallCommon.CopyCommand
 SKIP runtime.protocol-types the runtime does not tell the types of a protocol
 END
 says '^PASS  xpc.list +75 commands, [0-9]+ bytes alike$'
