@@ -19,11 +19,12 @@ std::string plist(const std::string& label, const std::string& program, const st
            "</string></array><key>RunAtLoad</key><true/>" + more + "</dict></plist>\n";
 }
 
-/// Shell: pid prints the daemon's process id; await waits at most some seconds until a line of shell
-/// succeeds.
+/// Shell: pid prints the daemon's process id; await waits until a line of shell succeeds; anew succeeds when
+/// the daemon is another process than the one given. It asks once: between two questions the daemon can end.
 constexpr const char* kFunctions =
     "pid() { launchctl list com.example.sleeper | sed -n 's/.*pid = //p'; }\n"
-    "await() { n=0; until eval \"$1\"; do n=$((n+1)); [ $n -gt 20000 ] && return 1; sleep 0.02; done; }\n";
+    "await() { n=0; until eval \"$1\"; do n=$((n+1)); [ $n -gt 20000 ] && return 1; sleep 0.02; done; }\n"
+    "anew() { now=$(pid); [ -n \"$now\" ] && [ \"$now\" != \"$1\" ]; }\n";
 
 class MacsimLaunchctl : public ::testing::Test {
   protected:
@@ -182,7 +183,7 @@ TEST_F(MacsimLaunchctl, KickstartAndKillReachTheProcess) {
     const ProgramResult result =
         mac_.shell(std::string(kFunctions) +
                    "a=$(pid); launchctl kickstart -k system/com.example.sleeper; "
-                   "await '[ -n \"$(pid)\" ] && [ \"$(pid)\" != $a ]' || exit 1; "
+                   "await 'anew $a' || exit 1; "
                    "launchctl kill KILL system/com.example.sleeper; await '[ -z \"$(pid)\" ]'");
     EXPECT_EQ(result.status, 0) << result.err;
 }
@@ -200,9 +201,9 @@ TEST_F(MacsimLaunchctl, KeptAliveJobsComeBackAfterTheirThrottle) {
     const ProgramResult result =
         mac_.shell(std::string(kFunctions) +
                    "a=$(pid); begin=$(date +%s%N); launchctl kickstart -k system/com.example.sleeper; "
-                   "await '[ -n \"$(pid)\" ] && [ \"$(pid)\" != $a ]' || exit 1; "
+                   "await 'anew $a' || exit 1; "
                    "b=$(pid); launchctl kill KILL system/com.example.sleeper; "
-                   "await '[ -n \"$(pid)\" ] && [ \"$(pid)\" != $b ]' || exit 2; "
+                   "await 'anew $b' || exit 2; "
                    "[ $(($(date +%s%N) - begin)) -ge 1000000000 ] || exit 3");
     EXPECT_EQ(result.status, 0) << result.err;
 }
