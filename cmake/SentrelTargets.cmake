@@ -8,7 +8,8 @@ if(SENTREL_WARNINGS_ARE_ERRORS)
 endif()
 if(CMAKE_UNITY_BUILD AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     # GCC takes a source that another one includes for a header, where a type of an anonymous namespace would be a mistake.
-    target_compile_options(sentrel_options INTERFACE -Wno-subobject-linkage)
+    target_compile_options(sentrel_options INTERFACE
+        $<$<COMPILE_LANGUAGE:CXX,OBJCXX>:-Wno-subobject-linkage>)
 endif()
 target_include_directories(sentrel_options INTERFACE "${CMAKE_SOURCE_DIR}/src")
 if(SENTREL_SANITIZE)
