@@ -29,7 +29,7 @@ class EntryReader {
     /// Used by getdents64(2).
     [[maybe_unused]] int folder_ = -1;
     /// Used by readdir(3).
-    DIR* stream_ = nullptr;
+    [[maybe_unused]] DIR* stream_ = nullptr;
 };
 
 }  // namespace Platform::Posix
