@@ -68,15 +68,7 @@ with open("/tmp/time", "w") as out:
     print(round((end - begin) * 1000), round(((last or end) - (first or begin)) * 1000), file=out)
 sys.exit(os.path.exists("/Library/Application Support/NORVIK"))
 END
-    python3 - "$1/Library/Application Support/NORVIK/SNT/Bases" "$2" <<'END'
-import os, sys
-top, count = sys.argv[1], int(sys.argv[2])
-for number in range(count):
-    folder = f"{top}/{number // 10000}/{number // 100}"
-    if number % 100 == 0:
-        os.makedirs(folder)
-    os.close(os.open(f"{folder}/{number}", os.O_CREAT | os.O_WRONLY))
-END
+    python3 "$(dirname "$0")/fill_mac.py" "$1" "$2"
 }
 
 # measure MAC COMMAND...: the milliseconds that the command takes in the Mac.
