@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
 #include <memory>
 #include <thread>
 
@@ -69,7 +70,8 @@ int runHere(const std::string& name, const Checks& checks) {
         return kMisuse;
     }
     printOutcome(found->run());
-    return 0;
+    // The queues of connections still run: nothing is destroyed under them.
+    std::_Exit(0);
 }
 
 int runAll(const std::string& path, const Checks& checks) {
