@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cstdlib>
 #include <filesystem>
 #include <sstream>
@@ -10,6 +9,7 @@
 #include <unistd.h>
 
 #include "Support/Files.h"
+#include "Support/WholeNumber.h"
 
 namespace Simulator {
 
@@ -71,11 +71,8 @@ std::vector<pid_t> allProcesses() {
     std::error_code error;
     for (std::filesystem::directory_iterator entry("/proc", error), end; !error && entry != end;
          entry.increment(error)) {
-        const std::string name = entry->path().filename().string();
-        pid_t pid = 0;
-        const auto [last, failure] = std::from_chars(name.data(), name.data() + name.size(), pid);
-        if (failure == std::errc() && last == name.data() + name.size()) {
-            pids.push_back(pid);
+        if (const auto pid = wholeNumber<pid_t>(entry->path().filename().string())) {
+            pids.push_back(*pid);
         }
     }
     std::sort(pids.begin(), pids.end());

@@ -1,10 +1,10 @@
 #include "launchd/LaunchctlVerbs.h"
 
-#include <charconv>
 #include <csignal>
 #include <map>
 #include <memory>
 
+#include "Support/WholeNumber.h"
 #include "launchd/LaunchctlMessages.h"
 
 namespace Simulator {
@@ -36,11 +36,8 @@ std::optional<int> signalNumber(const std::string& text) {
     if (found != names.end()) {
         return found->second;
     }
-    int number = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    return error == std::errc() && end == text.data() + text.size() && number > 0 && number < NSIG
-               ? std::optional(number)
-               : std::nullopt;
+    const auto number = wholeNumber<int>(text);
+    return number && *number > 0 && *number < NSIG ? number : std::nullopt;
 }
 
 }  // namespace
@@ -61,13 +58,11 @@ std::optional<LaunchctlVerbs::Target> LaunchctlVerbs::parseTarget(const std::str
         return std::nullopt;
     }
     const std::size_t end = rest.find('/');
-    const std::string number = rest.substr(0, end);
-    std::uint32_t uid = 0;
-    const auto [last, error] = std::from_chars(number.data(), number.data() + number.size(), uid);
-    if (error != std::errc() || last != number.data() + number.size()) {
+    const auto uid = wholeNumber<std::uint32_t>(rest.substr(0, end));
+    if (!uid) {
         return std::nullopt;
     }
-    target.domain.uid = uid;
+    target.domain.uid = *uid;
     target.known = kind == "gui";
     target.label = end == std::string::npos ? "" : rest.substr(end + 1);
     return target;

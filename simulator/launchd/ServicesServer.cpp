@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <charconv>
 #include <cstring>
 #include <span>
 
@@ -13,6 +12,7 @@
 #include <unistd.h>
 
 #include "Platform/Linux/Services/MacServices.h"
+#include "Support/WholeNumber.h"
 #include "launchd/CodeIdentity.h"
 
 namespace Simulator {
@@ -152,8 +152,7 @@ void ServicesServer::record(ConnectionId id, const Caller& caller, const Fields&
 
 bool ServicesServer::authorize(ConnectionId id, const Caller& caller, const Fields& request) {
     AuthorizationRequest wanted;
-    static_cast<void>(
-        std::from_chars(request[1].data(), request[1].data() + request[1].size(), wanted.flags));
+    wanted.flags = wholeNumber<std::uint32_t>(request[1]).value_or(0);
     const auto end = std::find(request.begin() + 2, request.end(), "");
     wanted.rights.assign(request.begin() + 2, end);
     if (end != request.end()) {
@@ -173,9 +172,7 @@ bool ServicesServer::authorize(ConnectionId id, const Caller& caller, const Fiel
 }
 
 void ServicesServer::identify(ConnectionId id, const std::string& process) {
-    pid_t pid = 0;
-    static_cast<void>(std::from_chars(process.data(), process.data() + process.size(), pid));
-    const auto identifier = codeIdentifier(pid);
+    const auto identifier = codeIdentifier(wholeNumber<pid_t>(process).value_or(0));
     reply(id, {identifier ? "0" : "1", identifier.value_or("")});
 }
 

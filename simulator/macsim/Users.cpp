@@ -2,11 +2,11 @@
 
 #include <algorithm>
 #include <cctype>
-#include <charconv>
 #include <set>
 #include <sstream>
 
 #include "Support/Passwords.h"
+#include "Support/WholeNumber.h"
 #include "macsim/Commands.h"
 #include "macsim/Refusal.h"
 
@@ -41,14 +41,12 @@ void checkName(const std::string& name) {
 }
 
 std::uint32_t parseUserId(const std::string& text) {
-    std::uint32_t uid = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), uid);
-    if (error != std::errc() || end != text.data() + text.size() || uid < kMinimumUser ||
-        uid > kMaximumUser) {
+    const auto uid = wholeNumber<std::uint32_t>(text);
+    if (!uid || *uid < kMinimumUser || *uid > kMaximumUser) {
         throw misuse("'" + text + "' is not a user id from " + std::to_string(kMinimumUser) + " to " +
                      std::to_string(kMaximumUser));
     }
-    return uid;
+    return *uid;
 }
 
 User parseUser(const std::string& text) {
