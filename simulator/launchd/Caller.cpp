@@ -8,8 +8,8 @@
 
 #include <unistd.h>
 
+#include "Base/WholeNumber.h"
 #include "Support/Files.h"
-#include "Support/WholeNumber.h"
 
 namespace Simulator {
 
@@ -71,7 +71,7 @@ std::vector<pid_t> allProcesses() {
     std::error_code error;
     for (std::filesystem::directory_iterator entry("/proc", error), end; !error && entry != end;
          entry.increment(error)) {
-        if (const auto pid = wholeNumber<pid_t>(entry->path().filename().string())) {
+        if (const auto pid = Base::wholeNumber<pid_t>(entry->path().filename().string())) {
             pids.push_back(*pid);
         }
     }

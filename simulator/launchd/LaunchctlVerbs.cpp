@@ -4,7 +4,7 @@
 #include <map>
 #include <memory>
 
-#include "Support/WholeNumber.h"
+#include "Base/WholeNumber.h"
 #include "launchd/LaunchctlMessages.h"
 
 namespace Simulator {
@@ -36,7 +36,7 @@ std::optional<int> signalNumber(const std::string& text) {
     if (found != names.end()) {
         return found->second;
     }
-    const auto number = wholeNumber<int>(text);
+    const auto number = Base::wholeNumber<int>(text);
     return number && *number > 0 && *number < NSIG ? number : std::nullopt;
 }
 
@@ -58,7 +58,7 @@ std::optional<LaunchctlVerbs::Target> LaunchctlVerbs::parseTarget(const std::str
         return std::nullopt;
     }
     const std::size_t end = rest.find('/');
-    const auto uid = wholeNumber<std::uint32_t>(rest.substr(0, end));
+    const auto uid = Base::wholeNumber<std::uint32_t>(rest.substr(0, end));
     if (!uid) {
         return std::nullopt;
     }

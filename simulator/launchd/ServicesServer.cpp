@@ -11,8 +11,8 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include "Base/WholeNumber.h"
 #include "Platform/Linux/Services/MacServices.h"
-#include "Support/WholeNumber.h"
 #include "launchd/CodeIdentity.h"
 
 namespace Simulator {
@@ -152,7 +152,7 @@ void ServicesServer::record(ConnectionId id, const Caller& caller, const Fields&
 
 bool ServicesServer::authorize(ConnectionId id, const Caller& caller, const Fields& request) {
     AuthorizationRequest wanted;
-    wanted.flags = wholeNumber<std::uint32_t>(request[1]).value_or(0);
+    wanted.flags = Base::wholeNumber<std::uint32_t>(request[1]).value_or(0);
     const auto end = std::find(request.begin() + 2, request.end(), "");
     wanted.rights.assign(request.begin() + 2, end);
     if (end != request.end()) {
@@ -172,7 +172,7 @@ bool ServicesServer::authorize(ConnectionId id, const Caller& caller, const Fiel
 }
 
 void ServicesServer::identify(ConnectionId id, const std::string& process) {
-    const auto identifier = codeIdentifier(wholeNumber<pid_t>(process).value_or(0));
+    const auto identifier = codeIdentifier(Base::wholeNumber<pid_t>(process).value_or(0));
     reply(id, {identifier ? "0" : "1", identifier.value_or("")});
 }
 

@@ -5,8 +5,8 @@
 #include <set>
 #include <sstream>
 
+#include "Base/WholeNumber.h"
 #include "Support/Passwords.h"
-#include "Support/WholeNumber.h"
 #include "macsim/Commands.h"
 #include "macsim/Refusal.h"
 
@@ -41,7 +41,7 @@ void checkName(const std::string& name) {
 }
 
 std::uint32_t parseUserId(const std::string& text) {
-    const auto uid = wholeNumber<std::uint32_t>(text);
+    const auto uid = Base::wholeNumber<std::uint32_t>(text);
     if (!uid || *uid < kMinimumUser || *uid > kMaximumUser) {
         throw misuse("'" + text + "' is not a user id from " + std::to_string(kMinimumUser) + " to " +
                      std::to_string(kMaximumUser));

@@ -1,7 +1,8 @@
 #include "Platform/Linux/Services/LinuxServices.h"
 
-#include <charconv>
 #include <vector>
+
+#include "Base/WholeNumber.h"
 
 namespace Platform::Linux {
 
@@ -11,14 +12,6 @@ using Fields = std::vector<std::string>;
 
 /// kOSKextReturnInternalError: stands for an answer that never came.
 constexpr std::int32_t kInternalError = static_cast<std::int32_t>(0xdc008001);
-
-/// A whole field as a signed decimal number.
-std::optional<std::int32_t> decimal(const std::string& field) {
-    const char* const last = field.data() + field.size();
-    std::int32_t number = 0;
-    const auto [end, failure] = std::from_chars(field.data(), last, number);
-    return failure == std::errc() && end == last ? std::optional(number) : std::nullopt;
-}
 
 Fields authorizationRequest(const std::vector<AuthorizationItem>& rights, std::uint32_t flags,
                             const std::vector<AuthorizationItem>& environment) {
@@ -107,7 +100,7 @@ std::optional<Error> LinuxServiceManagement::blessJob(LaunchdDomain /*domain*/, 
     if (!reply || reply->size() != 2) {
         return Error{"launchd does not answer (blessing " + label + ").", 0};
     }
-    const std::optional<std::int32_t> code = decimal(reply->front());
+    const std::optional<std::int32_t> code = Base::wholeNumber<std::int32_t>(reply->front());
     if (!code) {
         return Error{"launchd gave an invalid answer (blessing " + label + ").", 0};
     }
@@ -116,7 +109,9 @@ std::optional<Error> LinuxServiceManagement::blessJob(LaunchdDomain /*domain*/, 
 
 std::int32_t LinuxKernelExtensions::unload(const std::string& bundleIdentifier) {
     const auto reply = services().request({"unload-kext", bundleIdentifier});
-    return reply && reply->size() == 1 ? decimal(reply->front()).value_or(kInternalError) : kInternalError;
+    return reply && reply->size() == 1
+               ? Base::wholeNumber<std::int32_t>(reply->front()).value_or(kInternalError)
+               : kInternalError;
 }
 
 std::shared_ptr<DistantObject> LinuxDistantObjects::rootProxy(const std::string& name) {
