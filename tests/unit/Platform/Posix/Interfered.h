@@ -68,10 +68,14 @@ class Interfered : public testing::Test {
         const auto error = files_.removeItem(url("top"));
         return error ? error->code : 0;
     }
-    void giveTop() {
-        files_.setOwnerOfContents(
-            url("top"), ::geteuid() == 0 ? 2222 : ::geteuid(), ::getegid(),
-            [this](const Base::URL& item, int error) { failures_.emplace_back(item.path(), error); });
+    static constexpr uid_t kSomebodyElse = 2222;
+
+    /// To somebody else or, where that is not permitted, to the owner.
+    void giveTop() { giveTop(::geteuid() == 0 ? kSomebodyElse : ::geteuid()); }
+    void giveTop(uid_t owner) {
+        files_.setOwnerOfContents(url("top"), owner, ::getegid(), [this](const Base::URL& item, int error) {
+            failures_.emplace_back(item.path(), error);
+        });
     }
 
     Scratch scratch_;

@@ -3,6 +3,7 @@
 
 #include <cerrno>
 #include <utility>
+#include <vector>
 
 #include "Interfered.h"
 
@@ -48,17 +49,17 @@ TEST_F(Ownership, ReportsABadDescriptorForAVanishedItem) {
 }
 
 TEST_F(Ownership, RefusesAHardLinkInAFilesPlace) {
-    if (::geteuid() != 0) {
-        GTEST_SKIP() << "only root can give items to others";
-    }
     const Interference swap(Moment::givingOwner, "file", [this](int) {
         rename(path("top/file"), path("away"));
         ASSERT_EQ(::link(path("victim/file").c_str(), path("top/file").c_str()), 0);
     });
-    giveTop();
+    giveTop(kSomebodyElse);
     EXPECT_EQ(swap.count(), 1);
-    ASSERT_EQ(failures_.size(), 1U);
-    EXPECT_EQ(failures_[0], (std::pair{path("top/file"), EMLINK}));
+    if (::geteuid() != 0) {
+        // The other items cannot be given either, for another reason.
+        std::erase_if(failures_, [](const auto& failure) { return failure.second == EPERM; });
+    }
+    EXPECT_EQ(failures_, (std::vector{std::pair{path("top/file"), EMLINK}}));
 }
 
 // The place that the walk would go on from lies elsewhere: said once, and no more is changed.
