@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <limits>
 #include <utility>
 
 #include "Platform/Linux/XPC/LinuxXPCConnection.h"
@@ -43,6 +44,12 @@ struct LinuxXPCListener::Activity {
     }
 };
 
+int pollTimeout(std::uint32_t seconds) {
+    constexpr std::uint64_t kMillisecondsPerSecond = 1000;
+    constexpr std::uint64_t kLongest = std::numeric_limits<int>::max();
+    return static_cast<int>(std::min(seconds * kMillisecondsPerSecond, kLongest));
+}
+
 LinuxXPCListener::LinuxXPCListener(Posix::Descriptor socket, std::vector<std::string> clientRequirements,
                                    Identify identify)
     : socket_(std::move(socket)),
@@ -69,8 +76,7 @@ void LinuxXPCListener::stop() {
 
 void LinuxXPCListener::run(const Accept& accept, const Refused& refused, std::uint32_t idleSeconds) {
     constexpr int kForever = -1;
-    constexpr int kMillisecondsPerSecond = 1000;
-    const int idleTime = static_cast<int>(idleSeconds) * kMillisecondsPerSecond;
+    const int idleTime = pollTimeout(idleSeconds);
     for (;;) {
         std::array<pollfd, 2> polled{pollfd{socket_.get(), POLLIN, 0},
                                      pollfd{activity_->changed.get(), POLLIN, 0}};

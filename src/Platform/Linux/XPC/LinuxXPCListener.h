@@ -13,6 +13,9 @@
 
 namespace Platform::Linux {
 
+/// The timeout of poll(2), in milliseconds, that waits this long, or as long as poll can.
+[[nodiscard]] int pollTimeout(std::uint32_t seconds);
+
 /// A mach service's listener: the stream socket that process 1 handed to this job.
 class LinuxXPCListener final : public XPCListener {
   public:
