@@ -3,6 +3,7 @@
 import os
 import random
 import shutil
+import signal
 import statistics
 import subprocess
 import sys
@@ -158,6 +159,8 @@ def compare_removal(place, scratch, what, build, counts, cold=False, rounds=ROUN
 
 
 def main():
+    # Whoever ends it finds no scratch folder either.
+    signal.signal(signal.SIGTERM, lambda number, _: sys.exit(128 + number))
     for place in places:
         for table in tables:
             scratch = tempfile.mkdtemp(prefix="compare-files-", dir=place)
