@@ -68,10 +68,10 @@ def faults_of(window):
                 yield f"{name_of(control)} overlaps {name_of(other)}"
 
 
-def wait_for(report, condition):
-    """The window as the spy last saw it, when it shows what it should."""
+def wait_for(probe, report, condition):
+    """The window as the spy last saw it, when it shows what it should; nothing if the probe ends before."""
     until = time.monotonic() + PATIENCE
-    while time.monotonic() < until:
+    while time.monotonic() < until and probe.poll() is None:
         try:
             windows = json.loads(report.read_text())["windows"]
         except (OSError, ValueError):
@@ -92,9 +92,10 @@ def measure(display, command, spy, texts, output, language):
             for state, told, condition in states(texts):
                 probe.stdin.write("".join(line + "\n" for line in told))
                 probe.stdin.flush()
-                window = wait_for(report, condition)
+                window = wait_for(probe, report, condition)
                 if window is None:
-                    yield f"{language}, {state}: the window does not get there"
+                    ended = "" if probe.poll() is None else f"; the probe ended with status {probe.returncode}"
+                    yield f"{language}, {state}: the window does not get there{ended}"
                     break
                 for fault in faults_of(window):
                     yield f"{language}, {state}: {fault}"

@@ -43,8 +43,9 @@ def states(texts):
 class Display:
     def __enter__(self):
         reading, writing = os.pipe()
+        # Without -noreset it drops whoever connects while it starts anew because the last client has left.
         self.server = subprocess.Popen(
-            ["Xvfb", "-displayfd", str(writing), "-screen", "0", SCREEN, "-nolisten", "tcp"],
+            ["Xvfb", "-displayfd", str(writing), "-screen", "0", SCREEN, "-nolisten", "tcp", "-noreset"],
             pass_fds=[writing], stderr=subprocess.DEVNULL)
         os.close(writing)
         with os.fdopen(reading) as number:
