@@ -9,7 +9,6 @@
 #include <array>
 #include <cstdlib>
 #include <fstream>
-#include <sstream>
 #include <utility>
 
 namespace PlatformTests {
@@ -154,13 +153,6 @@ struct stat statusOf(const std::string& path) {
     struct stat status {};
     EXPECT_EQ(::lstat(path.c_str(), &status), 0) << path;
     return status;
-}
-
-std::string contentsOf(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    std::ostringstream text;
-    text << file.rdbuf();
-    return text.str();
 }
 
 std::string targetOf(const std::string& path) {

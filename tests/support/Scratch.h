@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "Base/URL.h"
+#include "support/WholeFile.h"
 
 namespace PlatformTests {
 
@@ -50,7 +51,7 @@ struct Depth {
 [[nodiscard]] bool exists(const std::string& path);
 /// lstat; fails the test if there is no such item.
 [[nodiscard]] struct stat statusOf(const std::string& path);
-[[nodiscard]] std::string contentsOf(const std::string& path);
+using TestSupport::contentsOf;
 [[nodiscard]] std::string targetOf(const std::string& path);
 [[nodiscard]] int openDescriptors();
 

@@ -10,6 +10,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "support/WholeFile.h"
+
 namespace TestSupport {
 
 namespace fs = std::filesystem;
@@ -18,13 +20,6 @@ namespace {
 
 /// Seconds for helpers that are still at work when the command has ended.
 constexpr const char* kHelpersPatience = "600";
-
-std::string readWhole(const std::string& file) {
-    std::ifstream stream(file, std::ios::binary);
-    std::ostringstream text;
-    text << stream.rdbuf();
-    return text.str();
-}
 
 std::vector<std::string> linesOf(const std::string& text) {
     std::vector<std::string> lines;
@@ -126,7 +121,7 @@ std::vector<std::string> SimulatedMac::processes() const {
 }
 
 std::string SimulatedMac::contents(const std::string& macPath) const {
-    return readWhole(path(macPath));
+    return contentsOf(path(macPath));
 }
 
 bool SimulatedMac::exists(const std::string& macPath) const {

@@ -1,6 +1,4 @@
 #include <algorithm>
-#include <fstream>
-#include <iterator>
 #include <sstream>
 
 #include <gtest/gtest.h>
@@ -8,6 +6,7 @@
 
 #include "BlessingMac.h"
 #include "Support/PropertyList.h"
+#include "support/WholeFile.h"
 
 namespace {
 
@@ -16,6 +15,7 @@ using BlessingTests::kLabel;
 using BlessingTests::kReports;
 using BlessingTests::kTool;
 using BlessingTests::MacsimBlessing;
+using TestSupport::contentsOf;
 
 /// A helper that was blessed once and is to be blessed again.
 class MacsimBlessingAgain : public MacsimBlessing {
@@ -37,15 +37,11 @@ class MacsimBlessingAgain : public MacsimBlessing {
     }
     /// The same when the application carries another version the second time: 10.2.1 is installed.
     bool isReplacedBy(const std::string& version) {
-        std::string tool = contents(SENTREL_FIXTURES "/macsim_helper");
+        std::string tool = contentsOf(SENTREL_FIXTURES "/macsim_helper");
         tool.replace(tool.find("10.2.1"), 6, version);
         mac_.put("/tmp/tool", tool, 0755);
         return isReplacedAfter(
             std::string("cp /tmp/tool /Applications/Client.app/Contents/Library/LaunchServices/") + kLabel);
-    }
-    static std::string contents(const std::string& hostFile) {
-        std::ifstream file(hostFile, std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
     }
 };
 

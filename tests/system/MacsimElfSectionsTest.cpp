@@ -1,11 +1,10 @@
 #include <cstdint>
-#include <fstream>
 #include <random>
-#include <sstream>
 
 #include <gtest/gtest.h>
 
 #include "launchd/ElfSections.h"
+#include "support/WholeFile.h"
 
 namespace {
 
@@ -14,10 +13,7 @@ using Simulator::kInfoPlistSection;
 using Simulator::kLaunchdPlistSection;
 
 std::string helper() {
-    std::ifstream file(SENTREL_FIXTURES "/macsim_helper", std::ios::binary);
-    std::ostringstream bytes;
-    bytes << file.rdbuf();
-    return bytes.str();
+    return TestSupport::contentsOf(SENTREL_FIXTURES "/macsim_helper");
 }
 
 TEST(MacsimElfSections, FindsBothEmbeddedPropertyLists) {

@@ -25,6 +25,7 @@
 
 #include "Platform/Posix/FolderCrew.h"
 #include "Platform/Posix/PosixFileManager.h"
+#include "support/WholeFile.h"
 
 namespace Platform::Posix {
 
@@ -101,11 +102,7 @@ void readState(const std::string& path, State& state) {
     if (::lstat(path.c_str(), &status) != 0) {
         return;
     }
-    std::string contents;
-    if (S_ISREG(status.st_mode)) {
-        std::ifstream file(path);
-        contents.assign(std::istreambuf_iterator<char>(file), {});
-    }
+    const std::string contents = S_ISREG(status.st_mode) ? TestSupport::contentsOf(path) : "";
     state[path] = std::to_string(status.st_uid) + " " + std::to_string(status.st_gid) + " " +
                   std::to_string(status.st_mode) + " " + contents;
     if (!S_ISDIR(status.st_mode)) {

@@ -1,12 +1,11 @@
 #include "TortureMac.h"
 #include "support/InstallerLine.h"
+#include "support/WholeFile.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <filesystem>
-#include <fstream>
 #include <set>
-#include <sstream>
 #include <stdexcept>
 
 #include <sys/stat.h>
@@ -37,10 +36,7 @@ bool isEmptiedFolder(const std::string& path) {
 }
 
 std::string hashOfFile(const fs::path& file) {
-    std::ifstream stream(file, std::ios::binary);
-    std::ostringstream text;
-    text << stream.rdbuf();
-    return std::to_string(std::hash<std::string>()(text.str()));
+    return std::to_string(std::hash<std::string>()(TestSupport::contentsOf(file)));
 }
 
 std::string descriptionOf(const fs::path& item) {

@@ -26,6 +26,7 @@
 #include "InstallCommon/XPC/InstallationXPCUtils.h"
 #include "NorvikCommon/Product Paths Information/ProductComponents.h"
 #include "Platform/FolderNames.h"
+#include "support/WholeFile.h"
 
 extern char** environ;
 
@@ -85,8 +86,8 @@ void write(const std::string& file, const Bytes& bytes) {
 }
 
 Bytes read(const std::string& file) {
-    std::ifstream stream(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
+    const std::string bytes = TestSupport::contentsOf(file);
+    return {bytes.begin(), bytes.end()};
 }
 
 template <class List>

@@ -8,19 +8,16 @@
 
 #include <algorithm>
 #include <fstream>
-#include <iterator>
 #include <stdexcept>
+
+#include "support/WholeFile.h"
 
 namespace InspectTest {
 
 namespace {
 
 namespace fs = std::filesystem;
-
-std::string contents(const fs::path& file) {
-    std::ifstream stream(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
-}
+using TestSupport::contentsOf;
 
 void redirect(int descriptor, const fs::path& file, int flags) {
     const int opened = ::open(file.c_str(), flags, 0600);
@@ -75,8 +72,8 @@ Outcome Inspect::run(const std::vector<std::string>& command, std::string_view i
     if (child < 0 || ::waitpid(child, &status, 0) != child) {
         throw std::runtime_error("no child process");
     }
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, contents(scratch_ / "out"),
-            contents(scratch_ / "err")};
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, contentsOf(scratch_ / "out"),
+            contentsOf(scratch_ / "err")};
 }
 
 Outcome Inspect::inspect(const std::vector<std::string>& arguments, std::string_view input) const {
@@ -111,7 +108,7 @@ void Inspect::write(std::string_view name, std::string_view bytes) const {
 }
 
 std::string Inspect::read(std::string_view name) const {
-    return contents(folder_ / name);
+    return contentsOf(folder_ / name);
 }
 
 std::vector<std::string> Inspect::entries() const {

@@ -2,13 +2,13 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <ostream>
 #include <sstream>
 #include <stdexcept>
 
 #include <sys/stat.h>
+
+#include "support/WholeFile.h"
 
 namespace SystemTests {
 
@@ -22,11 +22,7 @@ std::string contentsOf(const fs::path& item, mode_t mode) {
     if (S_ISLNK(mode)) {
         return fs::read_symlink(item).string();
     }
-    if (!S_ISREG(mode)) {
-        return "";
-    }
-    std::ifstream file(item, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
+    return S_ISREG(mode) ? TestSupport::contentsOf(item) : "";
 }
 
 char kindOf(mode_t mode) {

@@ -7,6 +7,7 @@
 #include <fstream>
 
 #include "support/ProductMac.h"
+#include "support/WholeFile.h"
 
 namespace {
 
@@ -15,6 +16,7 @@ using namespace SystemTests;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::UnorderedElementsAre;
+using TestSupport::contentsOf;
 using TestSupport::ProgramResult;
 using TestSupport::runProgram;
 
@@ -24,11 +26,6 @@ std::vector<std::string> namesIn(const std::string& folder) {
         names.push_back(entry.path().filename().string());
     }
     return names;
-}
-
-std::string readWhole(const std::string& file) {
-    std::ifstream stream(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
 }
 
 void expectOneLine(const ProgramResult& result, const std::string& what) {
@@ -50,7 +47,7 @@ TEST(Payload, HoldsTheProductUnderTheNamesThatAnInstallationDemands) {
     const std::string contents = payload + "/Applications/Sentrel.app/Contents";
     for (const std::string& bundle :
          {std::string(), std::string("/Applications/Uninstall Sentrel.app/Contents")}) {
-        const std::string information = readWhole(contents + bundle + "/Info.plist");
+        const std::string information = contentsOf(contents + bundle + "/Info.plist");
         EXPECT_THAT(information, HasSubstr("<string>7.1</string>")) << bundle;
         EXPECT_THAT(information, HasSubstr("<string>7100</string>")) << bundle;
     }

@@ -5,15 +5,15 @@
 
 #include <chrono>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <regex>
 
 #include "support/InstallerLine.h"
 #include "support/ProductMac.h"
+#include "support/WholeFile.h"
 
 namespace {
 
+using TestSupport::contentsOf;
 using TestSupport::installerLine;
 using namespace SystemTests;
 using Lines = std::vector<std::string>;
@@ -84,11 +84,6 @@ TEST_F(SilentFailure, RuntimePackageNotInstalled) {
     EXPECT_EQ(log[1], "Failed to install Swift runtime support. Quitting...");
     EXPECT_EQ(log[2], kFailed);
     mac_.expectInstalled();
-}
-
-std::string contentsOf(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
 }
 
 /// An application in a folder of alice's, who replaces the runtime package in it.

@@ -5,7 +5,6 @@
 
 #include <cctype>
 #include <cstdio>
-#include <fstream>
 #include <sstream>
 
 #include "Base/Archive/KeyedArchiver.h"
@@ -21,12 +20,14 @@
 #include "InstallCommon/XPC/InstallationXPCUtils.h"
 #include "Platform/Posix/SHA256.h"
 #include "support/FakeMac.h"
+#include "support/WholeFile.h"
 
 namespace {
 
 using namespace InstallCommon;
 using namespace NorvikCommon;
 using Base::URL;
+using TestSupport::contentsOf;
 using Bytes = std::vector<std::uint8_t>;
 
 const URL kFolder = URL::fileURL("/Library/Some Folder");
@@ -92,12 +93,6 @@ std::string hexDump(const Bytes& bytes) {
         dump += "  " + readable + "\n";
     }
     return dump;
-}
-
-std::string contentsOf(const std::string& path) {
-    std::ostringstream contents;
-    contents << std::ifstream(path, std::ios::binary).rdbuf();
-    return contents.str();
 }
 
 /// The bytes of a hex dump.
