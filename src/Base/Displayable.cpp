@@ -46,10 +46,22 @@ void appendEscaped(std::string& result, std::string_view bytes) {
     }
 }
 
+/// How many characters at the start are printable ASCII and cannot begin an escaped byte: most texts are nothing else.
+std::size_t plainLength(std::string_view text) {
+    const auto end = std::ranges::find_if_not(text, [](char c) { return c >= ' ' && c <= '~' && c != '\\'; });
+    return static_cast<std::size_t>(end - text.begin());
+}
+
 std::string escaped(std::string_view text, std::string_view kept) {
     std::string result;
     result.reserve(text.size());
-    while (!text.empty()) {
+    while (true) {
+        const std::size_t plain = plainLength(text);
+        result += text.substr(0, plain);
+        text.remove_prefix(plain);
+        if (text.empty()) {
+            return result;
+        }
         const UTF8Character character = firstUTF8Character(text);
         const bool isValid = character.bytes != 0;
         const std::string_view bytes = text.substr(0, isValid ? character.bytes : 1);
@@ -61,7 +73,6 @@ std::string escaped(std::string_view text, std::string_view kept) {
         }
         text.remove_prefix(bytes.size());
     }
-    return result;
 }
 
 }  // namespace
