@@ -90,10 +90,10 @@ TEST(InstallationFails, WithoutTheRuntimeSupport) {
 TEST(InstallationFails, WhenTheHelperDiesAndTimeIsUp) {
     ProductMac mac({});
     const std::string payload = mac.makePayload("6.4/640");
-    const auto result = mac.install(payload, {"--fault", "helper-exit-after=2", "--timeout", "2"});
+    const auto result = mac.install(payload, {"--fault", "helper-exit-after=2", "--timeout", "60"});
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.out, "  7.7 %  Installing settings...\n 15.4 %  Installing AV bases...\n");
-    EXPECT_EQ(result.err, "Install Sentrel: no report of the end came within 2 seconds\n");
+    EXPECT_EQ(result.err, "Install Sentrel: no report of the end came within 60 seconds\n");
     EXPECT_FALSE(mac.exists("/Library/LaunchDaemons/com.norvik.fileaccessd.plist"));
     EXPECT_TRUE(std::filesystem::is_empty(mac.path("/Volumes")));
     // The data without a console counts as an installation that cannot be updated.
