@@ -96,8 +96,8 @@ bool VirtualDisplay::waitForWindow(const std::string& title, std::chrono::second
     return comesTrue([&] { return xdotool({"getwindowfocus", "getwindowname"}) == title + "\n"; }, limit);
 }
 
-bool VirtualDisplay::waitUntilGone(const std::string& title) const {
-    return comesTrue([&] { return xdotool({"search", "--onlyvisible", "--name", title}).empty(); });
+bool VirtualDisplay::waitUntilGone(const std::string& title, std::chrono::seconds limit) const {
+    return comesTrue([&] { return xdotool({"search", "--onlyvisible", "--name", title}).empty(); }, limit);
 }
 
 int VirtualDisplay::windowHeight(const std::string& title) const {

@@ -29,7 +29,7 @@ class VirtualDisplay {
     /// Waits until the window of that title has the keyboard.
     [[nodiscard]] bool waitForWindow(const std::string& title, std::chrono::seconds limit = kPatience) const;
     /// Waits until no window of that title is on the screen.
-    [[nodiscard]] bool waitUntilGone(const std::string& title) const;
+    [[nodiscard]] bool waitUntilGone(const std::string& title, std::chrono::seconds limit = kPatience) const;
     /// Its height in pixels; 0 if there is none.
     [[nodiscard]] int windowHeight(const std::string& title) const;
     /// Runs xdotool with these arguments: what it says; empty when it fails.

@@ -8,16 +8,11 @@
 #include <unistd.h>
 
 #include <array>
-#include <chrono>
 #include <cstdlib>
-#include <thread>
 
 namespace WindowTests {
 
 namespace {
-
-/// In milliseconds; only a hang takes that long.
-constexpr int kPatience = 1'200'000;
 
 std::vector<char*> pointers(std::vector<std::string>& words) {
     std::vector<char*> result;
@@ -98,11 +93,11 @@ void ProbeProcess::tell(const std::string& command) const {
     [[maybe_unused]] const ssize_t written = write(input_, line.data(), line.size());
 }
 
-bool ProbeProcess::readLine(std::string& line, int milliseconds) {
+bool ProbeProcess::readLine(std::string& line, std::chrono::milliseconds limit) {
     while (rest_.find('\n') == std::string::npos) {
         pollfd ready{output_, POLLIN, 0};
         std::array<char, 512> buffer{};
-        if (poll(&ready, 1, milliseconds) != 1) {
+        if (poll(&ready, 1, static_cast<int>(limit.count())) != 1) {
             return false;
         }
         const ssize_t count = read(output_, buffer.data(), buffer.size());
@@ -117,9 +112,9 @@ bool ProbeProcess::readLine(std::string& line, int milliseconds) {
     return true;
 }
 
-bool ProbeProcess::hears(const std::string& line) {
+bool ProbeProcess::hears(const std::string& line, std::chrono::seconds limit) {
     std::string next;
-    while (readLine(next, kPatience)) {
+    while (readLine(next, limit)) {
         heard_.push_back(next);
         if (next == line) {
             return true;
@@ -129,15 +124,12 @@ bool ProbeProcess::hears(const std::string& line) {
 }
 
 int ProbeProcess::status() {
-    for (int waited = 0; waited < kPatience; waited += 20) {
-        int status = 0;
-        if (child_ > 0 && waitpid(child_, &status, WNOHANG) == child_) {
-            child_ = -1;
-            return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    int status = 0;
+    if (child_ <= 0 || !TestSupport::comesTrue([&] { return waitpid(child_, &status, WNOHANG) == child_; })) {
+        return -1;
     }
-    return -1;
+    child_ = -1;
+    return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
 }
 
 }  // namespace WindowTests
