@@ -46,7 +46,8 @@ void appendEscaped(std::string& result, std::string_view bytes) {
     }
 }
 
-/// How many characters at the start are printable ASCII and cannot begin an escaped byte: most texts are nothing else.
+/// How many characters at the start are printable ASCII and cannot begin an escaped byte: most texts are
+/// nothing else.
 std::size_t plainLength(std::string_view text) {
     const auto end = std::ranges::find_if_not(text, [](char c) { return c >= ' ' && c <= '~' && c != '\\'; });
     return static_cast<std::size_t>(end - text.begin());

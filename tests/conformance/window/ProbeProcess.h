@@ -25,8 +25,8 @@ class ProbeProcess {
 
     [[nodiscard]] pid_t pid() const { return child_; }
     void tell(const std::string& command) const;
-    /// Waits for a line that is equal to `line`. False when it did not come, or nothing at all for `limit`; what came instead is
-    /// in `heard`.
+    /// Waits for a line that is equal to `line`. False when it did not come, or nothing at all for `limit`;
+    /// what came instead is in `heard`.
     bool hears(const std::string& line, std::chrono::seconds limit = TestSupport::kPatience);
     /// Every line that was read so far.
     [[nodiscard]] const std::vector<std::string>& heard() const { return heard_; }

@@ -57,8 +57,8 @@ class WindowUnderAManager : public testing::Test {
         std::filesystem::remove_all(scratch_);
     }
 
-    /// Clicks the close box that the manager draws, at the right end of its bar above the window, until `outcome` says within
-    /// its time that it came. A manager that is busy can miss a click.
+    /// Clicks the close box that the manager draws, at the right end of its bar above the window, until
+    /// `outcome` says within its time that it came. A manager that is busy can miss a click.
     bool closeBoxLeadsTo(const std::function<bool(std::chrono::seconds limit)>& outcome) {
         constexpr int kClicks = 100;
         for (int clicks = 0; clicks < kClicks; ++clicks) {

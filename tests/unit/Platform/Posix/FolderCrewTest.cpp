@@ -52,22 +52,26 @@ class Told : public Errand {
     const Action action_;
 };
 
-/// Whether a task of /proc lives: one that has been joined can be listed for another moment (PF_EXITING in proc(5)).
+/// Whether a task of /proc lives: one that has been joined can be listed for another moment (PF_EXITING in
+/// proc(5)).
 bool lives(const std::filesystem::path& task) {
     const std::string words = contentsOf(task / "stat");
     std::istringstream rest(words.substr(std::min(words.rfind(')') + 1, words.size())));
     std::string skipped;
     unsigned flags = 0;
     constexpr unsigned kExiting = 4;
-    return rest >> skipped >> skipped >> skipped >> skipped >> skipped >> skipped >> flags && (flags & kExiting) == 0;
+    return rest >> skipped >> skipped >> skipped >> skipped >> skipped >> skipped >> flags &&
+           (flags & kExiting) == 0;
 }
 
 int threadsNow() {
     const std::filesystem::directory_iterator tasks("/proc/self/task");
-    return static_cast<int>(std::count_if(begin(tasks), end(tasks), [](const auto& task) { return lives(task.path()); }));
+    return static_cast<int>(
+        std::count_if(begin(tasks), end(tasks), [](const auto& task) { return lives(task.path()); }));
 }
 
-/// A thread that does nothing. A sanitizer starts one of its own with the first: counting begins when both are there.
+/// A thread that does nothing. A sanitizer starts one of its own with the first: counting begins when both
+/// are there.
 class IdleThread {
   public:
     ~IdleThread() {
