@@ -112,7 +112,9 @@ void readState(const std::string& path, State& state) {
     while (const dirent* entry = folder != nullptr ? ::readdir(folder) : nullptr) {
         const std::string name = entry->d_name;
         if (name != "." && name != "..") {
-            readState(path + "/" + name, state);
+            std::string below = path;
+            below.append("/").append(name);
+            readState(below, state);
         }
     }
     ::closedir(folder);

@@ -66,6 +66,7 @@ int run(std::vector<std::string> arguments, const std::string& output = {}) {
                                          O_WRONLY | O_CREAT | O_TRUNC, 0600);
     }
     std::vector<char*> pointers;
+    pointers.reserve(arguments.size() + 1);
     for (std::string& argument : arguments) {
         pointers.push_back(argument.data());
     }
@@ -93,6 +94,7 @@ Bytes read(const std::string& file) {
 template <class List>
 Bytes archiveOf(const List& objects) {
     std::vector<const Base::CodedObject*> pointers;
+    pointers.reserve(objects.size());
     for (const auto& each : objects) {
         pointers.push_back(each.get());
     }

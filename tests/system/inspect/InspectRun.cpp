@@ -49,6 +49,7 @@ Outcome Inspect::run(const std::vector<std::string>& command, std::string_view i
                      const Conditions& conditions) const {
     std::ofstream(scratch_ / "in", std::ios::binary) << input;
     std::vector<char*> words;
+    words.reserve(command.size() + 1);
     for (const std::string& word : command) {
         words.push_back(const_cast<char*>(word.c_str()));
     }
