@@ -121,7 +121,18 @@ void VirtualDisplay::press(const std::string& keys) const {
 
 void VirtualDisplay::click(double x, double y) const {
     xdotool({"mousemove", std::to_string(static_cast<int>(x)), std::to_string(static_cast<int>(y)), "sleep",
-             "0.2", "mousedown", "1", "sleep", "0.15", "mouseup", "1", "sleep", "0.2"});
+             "0.2", "mousedown", "1", "sleep", "0.4", "mouseup", "1", "sleep", "0.2"});
+}
+
+bool VirtualDisplay::clickUntil(double x, double y, const Outcome& outcome) const {
+    constexpr std::chrono::seconds kBetweenClicks{30};
+    for (std::chrono::seconds waited{0}; waited < kPatience; waited += kBetweenClicks) {
+        click(x, y);
+        if (outcome(kBetweenClicks)) {
+            return true;
+        }
+    }
+    return false;
 }
 
 bool VirtualDisplay::writeScreenshot(const std::string& file) const {

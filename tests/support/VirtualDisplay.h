@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -40,6 +41,10 @@ class VirtualDisplay {
     /// Moves the mouse to a place counted from the upper left corner and clicks, as slowly as a hand: a
     /// button that goes up as it goes down is missed when the machine is busy.
     void click(double x, double y) const;
+    /// Clicks there until `outcome` says within its time that it came: even a slow click can be missed, and a
+    /// hand would click again. False if it never comes.
+    using Outcome = std::function<bool(std::chrono::seconds limit)>;
+    [[nodiscard]] bool clickUntil(double x, double y, const Outcome& outcome) const;
     /// Writes the windows, without menu bar and empty surroundings, as a PNG file. False when nothing was
     /// written.
     [[nodiscard]] bool writeScreenshot(const std::string& file) const;

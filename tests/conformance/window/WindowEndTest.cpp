@@ -18,8 +18,8 @@ TEST_F(Window, CloseBoxAsksAndStaysWhenRefused) {
     ASSERT_TRUE(probe.hears("launched"));
     probe.tell("may-close no");
     const Frame window = frame(kTitle);
-    click(window.x + window.width - 16, window.y + 16);
-    EXPECT_TRUE(probe.hears("should-close"));
+    EXPECT_TRUE(display_.clickUntil(window.x + window.width - 16, window.y + 16,
+                                    [&](auto limit) { return probe.hears("should-close", limit); }));
     EXPECT_TRUE(staysSilentAbout(probe, "should-terminate"));
     EXPECT_EQ(frame(kTitle).width, window.width);
 }
@@ -48,8 +48,8 @@ TEST_F(Window, QuitOfTheMenuEndsWithStatusZero) {
     // What GNUstep calls the window of a menu. Quit is the last item.
     const Frame menu = frame("Window");
     ASSERT_GT(menu.width, 0);
-    click(menu.x + menu.width / 2, menu.y + menu.height - 13);
-    EXPECT_TRUE(probe.hears("should-terminate"));
+    EXPECT_TRUE(display_.clickUntil(menu.x + menu.width / 2, menu.y + menu.height - 13,
+                                    [&](auto limit) { return probe.hears("should-terminate", limit); }));
     EXPECT_EQ(probe.status(), 0);
 }
 

@@ -45,10 +45,11 @@ TEST_F(Window, ButtonsStandAtTheBottomRight) {
     ProbeProcess probe(display_.name(), texts());
     ASSERT_TRUE(probe.hears("launched"));
     const Frame window = frame(kTitle);
-    click(window.x + window.width - 40, window.y + window.height - 34);
-    EXPECT_TRUE(probe.hears("uninstall"));
-    click(window.x + window.width - 150, window.y + window.height - 34);
-    EXPECT_TRUE(probe.hears("cancel"));
+    const int y = window.y + window.height - 34;
+    EXPECT_TRUE(display_.clickUntil(window.x + window.width - 40, y,
+                                    [&](auto limit) { return probe.hears("uninstall", limit); }));
+    EXPECT_TRUE(display_.clickUntil(window.x + window.width - 150, y,
+                                    [&](auto limit) { return probe.hears("cancel", limit); }));
 }
 
 TEST_F(Window, NeitherKeyPressesAHiddenOrDisabledButton) {

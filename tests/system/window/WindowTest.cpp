@@ -42,7 +42,8 @@ TEST(WindowedUninstallation, RemovesTheProductFromReadyThroughRunningToFinished)
     EXPECT_EQ(finished->main()->progress()->value, 100);
     ASSERT_NE(finished->main()->button("Done"), nullptr);
     EXPECT_NE(finished->main()->text("Sentrel has been uninstalled from this Mac."), nullptr);
-    mac.click(*finished->main()->button("Done"));
+    EXPECT_TRUE(mac.clickUntil(*finished->main()->button("Done"),
+                               [&](auto limit) { return mac.exitStatus(limit) != -1; }));
     EXPECT_EQ(mac.exitStatus(), 0) << mac.terminal();
     mac.mac().expectClean();
 }
@@ -61,8 +62,9 @@ TEST(WindowedUninstallation, SpeaksTheLanguageOfTheUser) {
     EXPECT_TRUE(mac.writeScreenshot("finished-de"));
     EXPECT_EQ(finished->main()->buttons().front()->text, "Fertig");
     // Without a window manager nobody gives the keyboard back after the administrator dialog; a click does.
-    mac.click(*finished->main()->progress());
-    ASSERT_TRUE(mac.display().waitForWindow("Sentrel deinstallieren"));
+    ASSERT_TRUE(mac.clickUntil(*finished->main()->progress(), [&](auto limit) {
+        return mac.display().waitForWindow("Sentrel deinstallieren", limit);
+    }));
     mac.display().press("Return");
     EXPECT_EQ(mac.exitStatus(), 0) << mac.terminal();
     mac.mac().expectClean();
@@ -91,7 +93,8 @@ TEST(WindowedUninstallation, WhileReadyTheCloseBoxQuits) {
     ASSERT_TRUE(ready) << mac.terminal();
     const auto closeBox = ready->main()->closeBox;
     ASSERT_TRUE(closeBox);
-    mac.display().click(closeBox->first, closeBox->second);
+    EXPECT_TRUE(mac.display().clickUntil(closeBox->first, closeBox->second,
+                                         [&](auto limit) { return mac.exitStatus(limit) != -1; }));
     EXPECT_EQ(mac.exitStatus(), 0) << mac.terminal();
     mac.mac().expectInstalled();
 }
@@ -104,7 +107,8 @@ TEST_P(EndsTheReadyWindow, AndChangesNothing) {
     const auto ready = mac.waitFor(isReady);
     ASSERT_TRUE(ready) << mac.terminal();
     if (std::string(GetParam()) == "Cancel") {
-        mac.click(*ready->main()->button("Cancel"));
+        EXPECT_TRUE(mac.clickUntil(*ready->main()->button("Cancel"),
+                                   [&](auto limit) { return mac.exitStatus(limit) != -1; }));
     } else {
         EXPECT_TRUE(mac.display().waitForWindow(kTitle));
         mac.display().press(GetParam());

@@ -71,6 +71,10 @@ class WindowedMac {
     /// The current contents of the window.
     [[nodiscard]] Interface now() const;
     void click(const Interface::Control& control) const { display_.click(control.x, control.y); }
+    [[nodiscard]] bool clickUntil(const Interface::Control& control,
+                                  const TestSupport::VirtualDisplay::Outcome& outcome) const {
+        return display_.clickUntil(control.x, control.y, outcome);
+    }
     /// Waits for the ready window and presses its Uninstall button. False when the window does not come.
     [[nodiscard]] bool pressUninstall() const;
     /// Waits for the administrator dialog, writes a screenshot if it has a name for it, and answers with this
