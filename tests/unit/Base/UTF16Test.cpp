@@ -37,6 +37,7 @@ TEST(UTF16, ConvertsUTF16ToUTF8) {
     EXPECT_EQ(Base::utf8FromUTF16({}), "");
     EXPECT_EQ(fromUnits({0}), "\0"s);
     EXPECT_EQ(fromUnits({0xDBFF, 0xDFFF, 0xFFFF}), "\xF4\x8F\xBF\xBF\xEF\xBF\xBF");
+    EXPECT_EQ(fromUnits({0xD800, 0xDC00}), "\xF0\x90\x80\x80") << "the first pair";
 }
 
 TEST(UTF16, RefusesLoneSurrogates) {
@@ -45,6 +46,9 @@ TEST(UTF16, RefusesLoneSurrogates) {
     EXPECT_FALSE(fromUnits({0xD83D, 'a'}));
     EXPECT_FALSE(fromUnits({0xD83D, 0xD83D, 0xDE00}));
     EXPECT_FALSE(fromUnits({'a', 0xDE00, 0xD83D}));
+    EXPECT_FALSE(fromUnits({0xD800, 0xDBFF})) << "below the low ones";
+    EXPECT_FALSE(fromUnits({0xD800, 0xE000})) << "above them";
+    EXPECT_FALSE(fromUnits({0xDC00, 0xDC00})) << "above the high ones";
 }
 
 TEST(UTF16, ReplacesLoneSurrogatesWhereItIsToldTo) {
