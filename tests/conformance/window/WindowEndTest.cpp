@@ -48,7 +48,8 @@ TEST_F(Window, QuitOfTheMenuEndsWithStatusZero) {
     // What GNUstep calls the window of a menu. Quit is the last item.
     const Frame menu = frame("Window");
     ASSERT_GT(menu.width, 0);
-    EXPECT_TRUE(display_.clickUntil(menu.x + menu.width / 2, menu.y + menu.height - 13,
+    const int middle = menu.x + menu.width / 2;
+    EXPECT_TRUE(display_.clickUntil(middle, menu.y + menu.height - 13,
                                     [&](auto limit) { return probe.hears("should-terminate", limit); }));
     EXPECT_EQ(probe.status(), 0);
 }
