@@ -26,6 +26,13 @@ class Events {
         });
     }
     [[nodiscard]] bool waitFor(const std::string& wanted) { return waitForAny({wanted}); }
+    /// Waits until one has happened whose name begins so.
+    [[nodiscard]] bool waitForBeginning(const std::string& beginning) {
+        return waitUntil([&](const std::vector<std::string>& events) {
+            return std::any_of(events.begin(), events.end(),
+                               [&](const std::string& event) { return event.starts_with(beginning); });
+        });
+    }
     /// Waits until there are `count` events.
     [[nodiscard]] bool waitForCount(std::size_t count) {
         return waitUntil([count](const std::vector<std::string>& events) { return events.size() >= count; });

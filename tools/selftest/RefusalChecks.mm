@@ -77,6 +77,10 @@ Outcome outcomeOfSending(NSArray* items) {
     const std::string executed = "list of " + std::to_string([items count]) + " commands";
     const bool isAnswered = events->waitForAny(
         {executed, "list of 0 commands", "service: invalid", "client: invalid", "client: interrupted"});
+    if (isAnswered && !events->has("list of 0 commands") && !events->has(executed)) {
+        // The client can hear of the end before the service tells the reason.
+        static_cast<void>(events->waitForBeginning("service: refused: "));
+    }
     const std::string seen = events->asText();
     [client invalidate];
     if (!isAnswered) {
