@@ -22,4 +22,18 @@ template <typename Condition>
     return true;
 }
 
+/// Acts until `outcome` says within its time that it came: what a busy machine can miss, a hand would do
+/// again. False if it never comes.
+template <typename Action, typename Outcome>
+[[nodiscard]] bool repeatUntil(const Action& act, const Outcome& outcome) {
+    constexpr std::chrono::seconds kBetween{30};
+    for (std::chrono::seconds waited{0}; waited < kPatience; waited += kBetween) {
+        act();
+        if (outcome(kBetween)) {
+            return true;
+        }
+    }
+    return false;
+}
+
 }  // namespace TestSupport

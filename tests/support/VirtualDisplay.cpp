@@ -125,14 +125,7 @@ void VirtualDisplay::click(double x, double y) const {
 }
 
 bool VirtualDisplay::clickUntil(double x, double y, const Outcome& outcome) const {
-    constexpr std::chrono::seconds kBetweenClicks{30};
-    for (std::chrono::seconds waited{0}; waited < kPatience; waited += kBetweenClicks) {
-        click(x, y);
-        if (outcome(kBetweenClicks)) {
-            return true;
-        }
-    }
-    return false;
+    return repeatUntil([&] { click(x, y); }, outcome);
 }
 
 bool VirtualDisplay::writeScreenshot(const std::string& file) const {

@@ -41,9 +41,8 @@ class VirtualDisplay {
     /// Moves the mouse to a place counted from the upper left corner and clicks, as slowly as a hand: a
     /// button that goes up as it goes down is missed when the machine is busy.
     void click(double x, double y) const;
-    /// Clicks there until `outcome` says within its time that it came: even a slow click can be missed, and a
-    /// hand would click again. False if it never comes.
     using Outcome = std::function<bool(std::chrono::seconds limit)>;
+    /// Clicks there as often as repeatUntil does: even a slow click can be missed.
     [[nodiscard]] bool clickUntil(double x, double y, const Outcome& outcome) const;
     /// Writes the windows, without menu bar and empty surroundings, as a PNG file. False when nothing was
     /// written.

@@ -6,7 +6,6 @@
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
-#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -57,17 +56,10 @@ class WindowUnderAManager : public testing::Test {
         std::filesystem::remove_all(scratch_);
     }
 
-    /// Clicks the close box that the manager draws, at the right end of its bar above the window, until
-    /// `outcome` says within its time that it came. A manager that is busy can miss a click.
-    bool closeBoxLeadsTo(const std::function<bool(std::chrono::seconds limit)>& outcome) {
-        constexpr int kClicks = 100;
-        for (int clicks = 0; clicks < kClicks; ++clicks) {
-            clickWindow(kWidth - 10, -10);
-            if (outcome(std::chrono::seconds(10))) {
-                return true;
-            }
-        }
-        return false;
+    /// Clicks the close box that the manager draws, at the right end of its bar above the window, as often as
+    /// repeatUntil does: a manager that is busy can miss a click.
+    bool closeBoxLeadsTo(const TestSupport::VirtualDisplay::Outcome& outcome) {
+        return TestSupport::repeatUntil([this] { clickWindow(kWidth - 10, -10); }, outcome);
     }
 
     /// Clicks at a place counted from the upper left corner of the window, if it is there.

@@ -2,11 +2,11 @@
 
 #include <chrono>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 #include <thread>
 
 #include <nlohmann/json.hpp>
+
+#include "support/WholeFile.h"
 
 namespace SystemTests {
 
@@ -220,9 +220,7 @@ bool WindowedMac::answerAlert(const std::string& message, const std::string& scr
 }
 
 std::string WindowedMac::terminal() const {
-    std::ostringstream text;
-    text << std::ifstream(mac_.scratch() + "/terminal.txt").rdbuf();
-    return text.str();
+    return TestSupport::contentsOf(mac_.scratch() + "/terminal.txt");
 }
 
 bool WindowedMac::writeScreenshot(const std::string& name) const {

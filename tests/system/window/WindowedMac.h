@@ -71,6 +71,7 @@ class WindowedMac {
     /// The current contents of the window.
     [[nodiscard]] Interface now() const;
     void click(const Interface::Control& control) const { display_.click(control.x, control.y); }
+    /// Clicks it again until `outcome` comes, as VirtualDisplay::clickUntil.
     [[nodiscard]] bool clickUntil(const Interface::Control& control,
                                   const TestSupport::VirtualDisplay::Outcome& outcome) const {
         return display_.clickUntil(control.x, control.y, outcome);
