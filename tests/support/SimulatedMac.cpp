@@ -80,6 +80,10 @@ ProgramResult SimulatedMac::shell(const std::string& line, const std::string& us
     return run({}, {"sh", "-c", line}, user);
 }
 
+std::string SimulatedMac::startOf(const std::string& program) {
+    return program + " 1000 & p=$!\nuntil [ /proc/$p/exe -ef " + program + " ]; do :; done\n";
+}
+
 std::vector<std::string> SimulatedMac::log() const {
     return linesOf(contents("/var/log/system.log"));
 }

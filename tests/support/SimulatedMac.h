@@ -29,6 +29,10 @@ class SimulatedMac {
     /// The same for a line of shell, without faults.
     ProgramResult shell(const std::string& line, const std::string& user = "root");
 
+    /// Lines of shell that start a copy of sleep for 1,000 seconds as process $p, and go on when it is what
+    /// that process runs: until then, the process is still a shell. `program` is a word of shell.
+    [[nodiscard]] static std::string startOf(const std::string& program);
+
     /// The system log of all runs, line by line.
     [[nodiscard]] std::vector<std::string> log() const;
     /// The texts that `program` logged, without time and process id; a text with line breaks is one element.

@@ -199,8 +199,8 @@ TEST(HostileNames, AreNoCommandsAndLeaveNoLine) {
     // Alice may write there, and her process is one of the product's by its place.
     mac.putCopy("/Users/Shared/Norvik/$(touch x)`touch x`;touch x\n\"\t'\x1b[2J\nleftover\tfolder\t",
                 "/usr/bin/sleep");
-    const auto result =
-        mac.shell("/Users/Shared/Norvik/* 1000 & cd /tmp; " + kScript + " --log /var/log/removal.log");
+    const auto result = mac.shell(RemovalMac::startOf("/Users/Shared/Norvik/*") + "cd /tmp; " + kScript +
+                                  " --log /var/log/removal.log");
     expectOutcome(result, 0, "removed", true);
     EXPECT_EQ(lineOf(result).at("cleaned"), 2);
     EXPECT_FALSE(mac.exists("/tmp/x"));

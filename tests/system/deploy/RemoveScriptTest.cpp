@@ -14,8 +14,6 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-/// Has two agents, which stop at once, and no daemon, which would take five seconds each.
-
 /// One Mac, its fault, and the end of the removal.
 struct Outcome {
     const char* name;
@@ -208,8 +206,9 @@ TEST(RemovalOfLeftovers, TakesAwayAJobWhoseFilesAreGone) {
 TEST(RemovalOfLeftovers, TakesAwayAProcessWhoseFileIsGone) {
     RemovalMac mac({"--empty"});
     mac.putCopy("/Users/Shared/Norvik/tool", "/usr/bin/sleep");
-    expectOutcome(mac.shell("/Users/Shared/Norvik/tool 1000 & rm -r /Users/Shared/Norvik; " + kScript), 0,
-                  "removed", true);
+    expectOutcome(mac.shell(RemovalMac::startOf("/Users/Shared/Norvik/tool") +
+                            "rm -r /Users/Shared/Norvik; " + kScript),
+                  0, "removed", true);
     EXPECT_EQ(mac.processes(), Lines());
 }
 
@@ -234,10 +233,8 @@ TEST(RemovalOfLeftovers, WaitsForAnUninstallerOfSomebodyElse) {
     RemovalMac mac({"--empty"});
     mac.putCopy("/Volumes/Uninstall Sentrel", "/usr/bin/sleep");
     mac.put("/Users/Shared/Norvik/file", "");
-    const auto result = mac.shell(
-        "'/Volumes/Uninstall Sentrel' 1000 & p=$!\n"
-        "until [ \"$(readlink /proc/$p/exe)\" = '/Volumes/Uninstall Sentrel' ]; do :; done\n" +
-        kScript + " --time-limit 1; s=$?; kill $p; exit $s");
+    const auto result = mac.shell(RemovalMac::startOf("'/Volumes/Uninstall Sentrel'") + kScript +
+                                  " --time-limit 1; s=$?; kill $p; exit $s");
     expectOutcome(result, 14, "running", false);
     EXPECT_TRUE(mac.exists("/Users/Shared/Norvik/file"));
     expectOutcome(mac.shell(kScript), 0, "removed", true);

@@ -171,10 +171,8 @@ class Script {
         const bool isProducts = chance(70);
         const std::string folder = isProducts ? "/Users/Shared/Norvik" : "/opt";
         text_ << "rm -rf '" << folder << "'; mkdir -p '" << folder << "'; cp /usr/bin/sleep '" << folder
-              << "/Sentrel'; '" << folder
-              << "/Sentrel' 1000 & p=$!\n"
-              // Until the copy is what runs.
-              << "while [ \"$(readlink /proc/$p/exe)\" != '" << folder << "/Sentrel' ]; do :; done\n";
+              << "/Sentrel'\n"
+              << TestSupport::SimulatedMac::startOf(folder + "/Sentrel");
         if (chance(60)) {
             text_ << "rm -rf '" << folder << "'\n";
         }

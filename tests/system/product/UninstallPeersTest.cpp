@@ -64,6 +64,7 @@ TEST(InstallerHelperPeers, AProgramWithoutTheIdentityIsRefusedWhileTheUninstalla
     ProductMac mac({"--installed", "current"});
     mac.put("/tmp/knock.py", R"(
 import os, socket, time
+open("/tmp/knocks", "w").close()
 while not os.path.exists("/tmp/over"):
     try:
         s = socket.socket(socket.AF_UNIX)
@@ -73,8 +74,10 @@ while not os.path.exists("/tmp/over"):
         pass
     time.sleep(0.1)
 )");
-    const auto result = mac.shell("/usr/bin/python3 /tmp/knock.py & '" + kInstalledUninstaller +
-                                  "' --silent; touch /tmp/over; wait");
+    const auto result = mac.shell(
+        "/usr/bin/python3 /tmp/knock.py & "
+        "until [ -e /tmp/knocks ]; do sleep 0.1; done; '" +
+        kInstalledUninstaller + "' --silent; touch /tmp/over; wait");
     EXPECT_EQ(result.status, 0) << result.err;
     EXPECT_THAT(mac.helperLog(),
                 Contains(AllOf(StartsWith(installerLine("Refused process ")),
