@@ -97,7 +97,11 @@ bool VirtualDisplay::waitForWindow(const std::string& title, std::chrono::second
 }
 
 bool VirtualDisplay::waitUntilGone(const std::string& title, std::chrono::seconds limit) const {
-    return comesTrue([&] { return xdotool({"search", "--onlyvisible", "--name", title}).empty(); }, limit);
+    return comesTrue([&] { return !shows(title); }, limit);
+}
+
+bool VirtualDisplay::shows(const std::string& title) const {
+    return !xdotool({"search", "--onlyvisible", "--name", title}).empty();
 }
 
 int VirtualDisplay::windowHeight(const std::string& title) const {

@@ -31,6 +31,8 @@ class VirtualDisplay {
     [[nodiscard]] bool waitForWindow(const std::string& title, std::chrono::seconds limit = kPatience) const;
     /// Waits until no window of that title is on the screen.
     [[nodiscard]] bool waitUntilGone(const std::string& title, std::chrono::seconds limit = kPatience) const;
+    /// Whether a window of that title is on the screen.
+    [[nodiscard]] bool shows(const std::string& title) const;
     /// Its height in pixels; 0 if there is none.
     [[nodiscard]] int windowHeight(const std::string& title) const;
     /// Runs xdotool with these arguments: what it says; empty when it fails.

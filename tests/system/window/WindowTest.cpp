@@ -201,7 +201,9 @@ INSTANTIATE_TEST_SUITE_P(WindowedUninstallation, FailedSetUp,
 TEST(WindowedUninstallation, ParentalControlThatRefusesLeavesTheWindowReady) {
     WindowedMac mac({"--installed", "current", "--parental-control", "refused"});
     mac.start();
-    ASSERT_TRUE(mac.pressUninstall()) << mac.terminal();
+    const auto ready = mac.waitFor(isReady);
+    ASSERT_TRUE(ready) << mac.terminal();
+    mac.click(*ready->main()->button("Uninstall"));
     EXPECT_FALSE(mac.display().waitForWindow("SecurityAgent", std::chrono::seconds(3)))
         << "no administrator is asked";
     EXPECT_TRUE(mac.now().isReady());

@@ -15,6 +15,7 @@ namespace {
 constexpr const char* kSpy = "/Users/alice/InterfaceSpy.so";
 constexpr const char* kReport = "/tmp/interface.json";
 constexpr const char* kAdministratorDialog = "SecurityAgent";
+constexpr const char* kParentalControlDialog = "Parental control";
 
 Interface::Control control(const nlohmann::json& facts) {
     Interface::Control control;
@@ -177,11 +178,24 @@ bool WindowedMac::pressUninstall() const {
     }
     for (const Interface::Control* button : shown->main()->buttons()) {
         if (button->isDefault) {
-            click(*button);
-            return true;
+            return clickUntil(*button, [this](auto limit) { return waitForAnswer(limit); });
         }
     }
     return false;
+}
+
+bool WindowedMac::hasEnded() const {
+    return program_->wait(std::chrono::seconds(0)) != -1;
+}
+
+bool WindowedMac::waitForAnswer(std::chrono::seconds limit) const {
+    return TestSupport::comesTrue(
+        [this] {
+            const Interface shown = now();
+            return hasEnded() || !shown.isReady() || shown.windows.size() > 1 ||
+                   display_.shows(kParentalControlDialog) || display_.shows(kAdministratorDialog);
+        },
+        limit);
 }
 
 bool WindowedMac::giveAdministratorPassword(const std::string& password,
@@ -215,8 +229,10 @@ bool WindowedMac::answerAlert(const std::string& message, const std::string& scr
     if (buttons.size() != 1) {
         return false;
     }
-    click(*buttons.front());
-    return true;
+    return clickUntil(*buttons.front(), [&](auto limit) {
+        return TestSupport::comesTrue([&] { return hasEnded() || now().windowWithText(message) == nullptr; },
+                                      limit);
+    });
 }
 
 std::string WindowedMac::terminal() const {

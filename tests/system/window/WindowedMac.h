@@ -76,7 +76,9 @@ class WindowedMac {
                                   const TestSupport::VirtualDisplay::Outcome& outcome) const {
         return display_.clickUntil(control.x, control.y, outcome);
     }
-    /// Waits for the ready window and presses its Uninstall button. False when the window does not come.
+    /// Waits for the ready window and presses its Uninstall button until it is answered: by a dialog, an
+    /// alert, another state of the window or the program's end. False when the window or the answer does not
+    /// come.
     [[nodiscard]] bool pressUninstall() const;
     /// Waits for the administrator dialog, writes a screenshot if it has a name for it, and answers with this
     /// password, or with Escape. False if there is no dialog.
@@ -84,7 +86,8 @@ class WindowedMac {
                                                  const std::string& screenshot = "") const;
     [[nodiscard]] bool cancelAdministratorDialog() const;
     /// Waits for an alert with this message, writes a screenshot if it has a name for it, and presses its one
-    /// button. False if there is no such alert or it does not have exactly one button.
+    /// button until the alert goes or the program ends. False if there is no such alert, it does not have
+    /// exactly one button, or stays.
     [[nodiscard]] bool answerAlert(const std::string& message, const std::string& screenshot = "") const;
     /// The uninstaller's exit status, waited for; -1 when it still runs.
     int exitStatus(std::chrono::seconds limit = TestSupport::kPatience) {
@@ -99,6 +102,9 @@ class WindowedMac {
     [[nodiscard]] bool writeScreenshot(const std::string& name) const;
 
   private:
+    [[nodiscard]] bool hasEnded() const;
+    [[nodiscard]] bool waitForAnswer(std::chrono::seconds limit) const;
+
     ProductMac mac_;
     TestSupport::VirtualDisplay display_;
     std::vector<std::string> faults_;
