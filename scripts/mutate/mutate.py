@@ -156,7 +156,7 @@ class Run:
                 chosen, refused = shop.compile_many(path, together[0].text, together)
             for mutant in refused:
                 self.keep(self.make(room, mutant, "invalid", "", 0))
-            usual = self.judge(room, shop, path) if chosen else ("passed", "")
+            usual = self.judge(room, shop, path, kinds=("known", "quick")) if chosen else ("passed", "")
             if usual[0] != "passed":
                 raise workshop.Refusal(f"{path} with its mutants, none of them chosen: {usual[0]} ({usual[1]})")
             survivors = []
@@ -187,13 +187,15 @@ class Run:
             return verdict, test
         return ("identical" if shop.makes_no_difference(mutant) else "survived"), ""
 
-    def judge(self, room, shop, path, number=0):
+    def judge(self, room, shop, path, number=0, kinds=("known", "quick", "slow")):
         """What the tests of the room say to the object that was compiled last, and the test that noticed it."""
-        # The tests that noticed other mutants of the file notice most of the rest.
+        # The tests that noticed other mutants of the file notice most of the rest, quick ones most of what is left.
         known = ":".join(self.killers[path])
-        for tests in [known, None] if known else [None]:
+        for kind in kinds:
             for program in room.programs:
-                outcome, test = shop.test(program, path, tests or program.tests, number)
+                slow = shop.slow[program.target]
+                tests = {"known": known, "quick": f"{program.tests}-{slow}", "slow": slow}[kind]
+                outcome, test = shop.test(program, path, tests, number) if tests else ("passed", "")
                 if outcome != "passed":
                     return {"failed": "killed"}.get(outcome, outcome), test
         return "passed", ""

@@ -57,6 +57,7 @@ class Workshop:
         self.messages = ""  # the compiler's last
         self.unmutated = {}  # digests of objects
         self.limits = {}  # seconds of wall clock and of processor time, by test program
+        self.slow = {}  # a filter for the tests that take long, by test program
 
     def prepare(self):
         """Brings the copy up to date. Raises Refusal."""
@@ -92,6 +93,7 @@ class Workshop:
             if outcome != "passed":
                 raise Refusal(f"{program.target} {outcome} unmutated ({test}); see {self.log}")
             self.limits[program.target] = (20 + 10 * wall, 10 + 5 * processor)
+            self.slow[program.target] = ":".join(slow_tests(self.log))
 
     # Compiling and linking
 
@@ -204,8 +206,9 @@ class Workshop:
 
     def sandboxed(self, command):
         """The command where it can neither change this machine nor see its processes: mutants remove trees and kill."""
-        shutil.rmtree(self.scratch, ignore_errors=True)
-        self.scratch.mkdir(parents=True)
+        # Deeper folders may be left than Python's own removal can take.
+        run_quietly(["rm", "-rf", self.scratch], self.source)
+        self.scratch.mkdir(parents=True, exist_ok=True)
         self.scratch.chmod(0o1777)
         capabilities = ["--cap-add", "ALL"] if os.geteuid() == 0 else []
         return ["bwrap", "--ro-bind", "/", "/", "--bind", self.scratch, "/tmp", "--dev", "/dev", "--proc", "/proc",
@@ -251,6 +254,12 @@ def noticing_test(log):
         if line.startswith("[ RUN      ] "):
             running = line[13:]
     return running
+
+
+def slow_tests(log):
+    """The tests that took longer than a second by the log."""
+    times = re.findall(r"^\[       OK \] (\S+).* \((\d+) ms\)$", log.read_text(encoding="utf-8", errors="replace"), re.MULTILINE)
+    return [test for test, milliseconds in times if int(milliseconds) > 1000]
 
 
 def top_level_names(checkout):
