@@ -36,7 +36,7 @@ ROOMS = (
     Room("Uninstaller", ("src/Uninstaller/*.cpp",), (PRODUCT,), without=("src/Uninstaller/main.cpp",)),
     Room("Helpers", ("src/Helpers/*.cpp",), (Program("HelperTests"),), without=("src/Helpers/*Main.cpp",)),
     Room("Platform/Posix", ("src/Platform/Posix/*.cpp", "src/Platform/*.cpp"),
-         (Program("PlatformTests"), Program("PlatformReaddirTests"), Program("XPCTests"), PRODUCT,
+         (Program("PlatformTests"), Program("PlatformReaddirTests"), Program("PlatformCrewTests"), Program("XPCTests"), PRODUCT,
           Program("InspectUnitTests")),
          without=("src/Platform/Linux/*", "src/Platform/Darwin/*")),
     Room("Platform/Linux", ("src/Platform/Linux/*.cpp",), (Program("PlatformTests"), Program("XPCTests"))),
