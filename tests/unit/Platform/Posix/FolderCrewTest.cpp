@@ -121,6 +121,26 @@ TEST(FolderCrew, GivesWorkToAnotherThreadAndEndsWithThePart) {
     EXPECT_NE(other, std::this_thread::get_id());
 }
 
+TEST(FolderCrew, WantsNoMoreThanItsIdleThreadsCanDo) {
+    const unsigned others = Platform::Posix::crewShape().threads - 1;
+    FolderCrew crew(64);
+    crew.run(std::make_unique<Told>([&](FolderCrew& own, Told&) {
+        own.met(kMany);
+        for (unsigned round = 0; round < 2; ++round) {
+            for (unsigned promised = 0; promised < others; ++promised) {
+                waitUntil([&] { return own.promise(); });
+            }
+            EXPECT_FALSE(own.wantsWork());
+            EXPECT_FALSE(own.promise()) << "each of them has been promised a part";
+            for (unsigned promised = 0; promised < others; ++promised) {
+                own.takeBack();
+                EXPECT_TRUE(own.wantsWork());
+            }
+        }
+        return nullptr;
+    }));
+}
+
 // The thread of an errand that waits is free for another one; the errand is carried on when the meeting is
 // over.
 TEST(FolderCrew, PutsAnErrandAsideThatWaits) {

@@ -5,6 +5,7 @@
 #include <cerrno>
 
 #include "Interfered.h"
+#include "Platform/Posix/FolderChain.h"
 
 namespace PlatformTests {
 namespace {
@@ -95,6 +96,23 @@ TEST_F(Removal, ReportsThatTheReplacementOfAFolderCannotBeRemoved) {
     });
     EXPECT_EQ(result, std::optional(0));
     EXPECT_EQ(targetOf(path("top/folder")), path("victim"));
+}
+
+TEST_F(Removal, ReportsWhyItCannotClimbBackFromADeepFolder) {
+    constexpr int kDepth = 2 * Platform::Posix::FolderChain::kHeld;
+    ASSERT_NO_FATAL_FAILURE(makeDeepFolders(path("top/folder"), kDepth));
+    giveToUnprivileged(path("top"));
+    std::string folder = path("top/folder");
+    for (int level = 0; level <= kDepth; ++level, folder += "/d") {
+        giveToUnprivileged(folder);
+    }
+    const Interference shut(Moment::climbing, "..",
+                            [](int at) { ASSERT_EQ(::fchmodat(at, "..", 0000, 0), 0); });
+    const auto result = withoutPrivileges([this] {
+        const auto error = files_.removeItem(url("top"));
+        return error && error->code == EACCES ? 0 : 1;
+    });
+    EXPECT_EQ(result, std::optional(0));
 }
 
 TEST_F(Removal, RemovesWhatWasAddedMeanwhile) {
