@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cstring>
+#include <filesystem>
 #include <vector>
 
 #include "CopyContract.h"
@@ -69,6 +70,23 @@ TEST_F(CopyItem, KeepsExtendedAttributesWithManyLongNames) {
         EXPECT_EQ(::getxattr(onDisk.path("copy").c_str(), name.c_str(), &value, 1), 1) << name;
         EXPECT_EQ(value, name.back());
     }
+}
+
+// Several threads may be at work in it; with privileges, none would notice.
+TEST_F(CopyItem, MakesAFolderReadOnlyWhenEverythingIsInIt) {
+    constexpr int kFiles = 3000;
+    makeFolder(path("top"));
+    for (int number = 0; number < kFiles; ++number) {
+        makeFile(path("top/" + std::to_string(number)), "");
+    }
+    ASSERT_EQ(::chmod(path("top").c_str(), 0555), 0);
+    makeFolder(path("theirs"));
+    giveToUnprivileged(path("theirs"));
+    const auto result = withoutPrivileges([this] { return copy("top", "theirs/copy") ? 1 : 0; });
+    EXPECT_EQ(result, std::optional(0));
+    const std::filesystem::directory_iterator copies(path("theirs/copy"));
+    EXPECT_EQ(std::distance(begin(copies), end(copies)), kFiles);
+    EXPECT_EQ(statusOf(path("theirs/copy")).st_mode, S_IFDIR | mode_t{0555});
 }
 
 TEST_F(CopyItem, CopiesFIFOsAndSockets) {
