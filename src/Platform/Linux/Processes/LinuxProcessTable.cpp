@@ -111,20 +111,12 @@ int LinuxProcessTable::effectiveUser(std::int32_t pid, std::uint32_t& user) {
     constexpr std::string_view kLine = "\nUid:\t";
     const std::optional<std::string> status = readProcessFile(pid, "status", kStatusLimit);
     const std::size_t line = status ? status->find(kLine) : std::string::npos;
-    if (line == std::string::npos) {
-        return 0;
-    }
-    const std::size_t effective = status->find('\t', line + kLine.size());
+    const std::size_t effective = line == std::string::npos ? line : status->find('\t', line + kLine.size());
     if (effective == std::string::npos) {
         return 0;
     }
-    std::uint32_t value = 0;
-    const char* end = status->data() + status->size();
-    if (std::from_chars(status->data() + effective + 1, end, value).ec != std::errc()) {
-        return 0;
-    }
-    user = value;
-    return 1;
+    const char* const end = status->data() + status->size();
+    return std::from_chars(status->data() + effective + 1, end, user).ec == std::errc() ? 1 : 0;
 }
 
 int LinuxProcessTable::name(std::int32_t pid, std::span<char> name) {
