@@ -11,7 +11,6 @@
 #include <filesystem>
 
 #include "Platform/Linux/Processes/LinuxProcessTable.h"
-#include "Platform/Linux/Processes/ProcessFiles.h"
 #include "ProcessTableContract.h"
 #include "RealProcesses.h"
 #include "support/FakeMac.h"
@@ -194,13 +193,6 @@ TEST(ProcessTable, KillsWithTheSignalGiven) {
     ASSERT_EQ(::waitid(P_PID, static_cast<id_t>(child.pid()), &info, WEXITED | WNOWAIT), 0);
     EXPECT_EQ(info.si_code, CLD_KILLED);
     EXPECT_EQ(info.si_status, SIGTERM);
-}
-
-// Nothing is mapped at a process's first address, so its memory opens and cannot be read (proc(5)).
-TEST(ProcessFile, IsNoneIfItOpensAndCannotBeRead) {
-    EXPECT_EQ(Platform::Linux::readProcessFile(::getpid(), "mem", 10), std::nullopt);
-    EXPECT_EQ(Platform::Linux::readProcessFile(::getpid(), "no such file", 10), std::nullopt);
-    EXPECT_EQ(Platform::Linux::readProcessFile(::getpid(), "statm", 1).value_or("").size(), 1U);
 }
 
 }  // namespace
