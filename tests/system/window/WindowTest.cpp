@@ -22,6 +22,11 @@ bool isFinished(const Interface& shown) {
     return shown.isFinished();
 }
 
+/// A click's condition: the uninstaller has ended.
+auto ends(WindowedMac& mac) {
+    return [&mac](auto limit) { return mac.exitStatus(limit) != -1; };
+}
+
 TEST(WindowedUninstallation, RemovesTheProductFromReadyThroughRunningToFinished) {
     WindowedMac mac({"--installed", "all", "--running", "Sentrel,View Logs,NORVIK Antivirus"});
     mac.start();
@@ -42,8 +47,7 @@ TEST(WindowedUninstallation, RemovesTheProductFromReadyThroughRunningToFinished)
     EXPECT_EQ(finished->main()->progress()->value, 100);
     ASSERT_NE(finished->main()->button("Done"), nullptr);
     EXPECT_NE(finished->main()->text("Sentrel has been uninstalled from this Mac."), nullptr);
-    EXPECT_TRUE(mac.clickUntil(*finished->main()->button("Done"),
-                               [&](auto limit) { return mac.exitStatus(limit) != -1; }));
+    EXPECT_TRUE(mac.clickUntil(*finished->main()->button("Done"), ends(mac)));
     EXPECT_EQ(mac.exitStatus(), 0) << mac.terminal();
     mac.mac().expectClean();
 }
@@ -93,8 +97,7 @@ TEST(WindowedUninstallation, WhileReadyTheCloseBoxQuits) {
     ASSERT_TRUE(ready) << mac.terminal();
     const auto closeBox = ready->main()->closeBox;
     ASSERT_TRUE(closeBox);
-    EXPECT_TRUE(mac.display().clickUntil(closeBox->first, closeBox->second,
-                                         [&](auto limit) { return mac.exitStatus(limit) != -1; }));
+    EXPECT_TRUE(mac.display().clickUntil(closeBox->first, closeBox->second, ends(mac)));
     EXPECT_EQ(mac.exitStatus(), 0) << mac.terminal();
     mac.mac().expectInstalled();
 }
@@ -107,8 +110,7 @@ TEST_P(EndsTheReadyWindow, AndChangesNothing) {
     const auto ready = mac.waitFor(isReady);
     ASSERT_TRUE(ready) << mac.terminal();
     if (std::string(GetParam()) == "Cancel") {
-        EXPECT_TRUE(mac.clickUntil(*ready->main()->button("Cancel"),
-                                   [&](auto limit) { return mac.exitStatus(limit) != -1; }));
+        EXPECT_TRUE(mac.clickUntil(*ready->main()->button("Cancel"), ends(mac)));
     } else {
         EXPECT_TRUE(mac.display().waitForWindow(kTitle));
         mac.display().press(GetParam());
