@@ -1,11 +1,14 @@
 """What counts as a mutation, and what is left alone."""
 
+import pathlib
 import re
+import tempfile
 import unittest
 
 import equivalents
 import mutations
 import schemata
+import workshop
 
 
 def changes(text):
@@ -161,6 +164,25 @@ class Equivalents(unittest.TestCase):
 
     def test_the_list_can_be_read(self):
         equivalents.Equivalents()
+
+
+class SlowTests(unittest.TestCase):
+    LOG = """[ RUN      ] Quick.Test
+[       OK ] Quick.Test (1000 ms)
+[ RUN      ] Slow.Test
+[       OK ] Slow.Test (1001 ms)
+[ RUN      ] All/Slow.Values/0
+[       OK ] All/Slow.Values/0, where GetParam() = 7 (20000 ms)
+[ RUN      ] Slow.Failure
+[  FAILED  ] Slow.Failure (5000 ms)
+[----------] 4 tests from Slow (27001 ms total)
+"""
+
+    def test_tests_that_passed_after_more_than_a_second_come_last(self):
+        with tempfile.TemporaryDirectory() as folder:
+            log = pathlib.Path(folder) / "log"
+            log.write_text(self.LOG, encoding="utf-8")
+            self.assertEqual(workshop.slow_tests(log), ["Slow.Test", "All/Slow.Values/0"])
 
 
 if __name__ == "__main__":

@@ -275,7 +275,7 @@ def noticing_test(log):
 
 def slow_tests(log):
     """The tests that took longer than a second by the log."""
-    times = re.findall(r"^\[       OK \] (\S+).* \((\d+) ms\)$", log.read_text(encoding="utf-8", errors="replace"), re.MULTILINE)
+    times = re.findall(r"^\[       OK \] ([^\s,]+).* \((\d+) ms\)$", log.read_text(encoding="utf-8", errors="replace"), re.MULTILINE)
     return [test for test, milliseconds in times if int(milliseconds) > 1000]
 
 
