@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <ostream>
 
 #include "Interference.h"
 #include "Platform/Posix/FolderWalk.h"
@@ -66,6 +67,10 @@ TEST_P(Depths, ComesBackToTheTop) {
 struct Move {
     int depth;
     int level;
+
+    friend void PrintTo(const Move& move, std::ostream* out) {
+        *out << "Level" << move.level << "Of" << move.depth;
+    }
 };
 
 class MovedAway : public testing::TestWithParam<Move> {};
