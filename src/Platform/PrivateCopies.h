@@ -39,7 +39,8 @@ class PrivateCopies {
     /// else may be able to replace its contents; none is reached through a link. While there is a copy in
     /// that folder, another call for it, even in another process, waits.
     ///
-    /// Returns nothing and sets `error` on failure, after which neither copy nor folder is left.
+    /// Returns nothing and sets `error` on failure, after which no copy is left, nor a folder that could be
+    /// opened and kept to its owner; another stays for the next call.
     [[nodiscard]] virtual std::unique_ptr<PrivateCopy> copy(const Base::URL& file,
                                                             const Base::URL& destination,
                                                             std::uint64_t atMost, Error& error) = 0;

@@ -19,11 +19,14 @@ namespace {
 constexpr mode_t kOwnerOnly = 0700;
 constexpr const char* kOutcome = "kept to its owner";
 
-/// Whether only `owner` can replace the contents of the open folder.
-bool isGuarded(int folder, uid_t owner) {
+/// EPERM if others than `owner` can replace the contents of the open folder.
+int expectGuarded(int folder, uid_t owner) {
     struct stat status {};
-    return ::fstat(folder, &status) == 0 && status.st_uid == owner &&
-           ((status.st_mode & (S_IWGRP | S_IWOTH)) == 0 || (status.st_mode & S_ISVTX) != 0);
+    if (::fstat(folder, &status) != 0) {
+        return errno;
+    }
+    const bool others = (status.st_mode & (S_IWGRP | S_IWOTH)) != 0 && (status.st_mode & S_ISVTX) == 0;
+    return status.st_uid == owner && !others ? 0 : EPERM;
 }
 
 Descriptor openFolderItself(int parent, const char* name) {
@@ -98,8 +101,8 @@ std::optional<Error> PrivateFolder::openParent(const Ground& ground) {
         if (!folder) {
             return fileError(reached, kOutcome, errno);
         }
-        if (!isGuarded(folder.get(), ground.owner)) {
-            return fileError(reached, kOutcome, EPERM);
+        if (const int failure = expectGuarded(folder.get(), ground.owner); failure != 0) {
+            return fileError(reached, kOutcome, failure);
         }
         const std::size_t begin = path_.find_first_not_of('/', at);
         if (begin == std::string::npos) {
@@ -146,8 +149,8 @@ bool PrivateFolder::isStillThere() const {
 }
 
 int PrivateFolder::claim(const Ground& ground) const {
-    if (!isGuarded(folder_.get(), ground.owner)) {
-        return EPERM;
+    if (const int failure = expectGuarded(folder_.get(), ground.owner); failure != 0) {
+        return failure;
     }
     return ::fchmod(folder_.get(), kOwnerOnly) == 0 ? 0 : errno;
 }
