@@ -96,8 +96,9 @@ class FileManager {
     /// this thread with each item whose owner could not be set and its errno (EBADF for one that cannot be
     /// opened or has gone), and the walk goes on. Up to 255 failures are reported at the end, in the order
     /// that removeItem describes; if there are more, those that a second walk meets, as it meets them. Has no
-    /// effect on an item that is not a folder, cannot be read or is a folder of the system. Constant memory
-    /// and stack for any width and depth.
+    /// effect on an item that is not a folder, cannot be read or is a folder of the system; what lies in a
+    /// folder below that cannot be read is passed over without a report. Constant memory and stack for any
+    /// width and depth.
     virtual void setOwnerOfContents(const Base::URL& directory, std::uint32_t owner, std::uint32_t group,
                                     const std::function<void(const Base::URL& item, int error)>& failed) = 0;
 };

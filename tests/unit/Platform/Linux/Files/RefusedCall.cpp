@@ -1,0 +1,104 @@
+#include "RefusedCall.h"
+
+#include <gtest/gtest.h>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
+#include <poll.h>
+#include <sys/ioctl.h>
+#include <sys/prctl.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <future>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "Platform/Posix/Descriptor.h"
+
+namespace PlatformTests {
+namespace {
+
+constexpr std::array kFileCalls{
+    SYS_copy_file_range, SYS_faccessat,  SYS_faccessat2, SYS_fchmod,    SYS_fchmodat,  SYS_fchown,
+    SYS_fchownat,        SYS_fgetxattr,  SYS_flistxattr, SYS_fsetxattr, SYS_fstat,     SYS_fstatfs,
+    SYS_ftruncate,       SYS_getdents64, SYS_ioctl,      SYS_linkat,    SYS_lseek,     SYS_mkdirat,
+    SYS_mknodat,         SYS_newfstatat, SYS_openat,     SYS_pread64,   SYS_pwrite64,  SYS_read,
+    SYS_readlinkat,      SYS_renameat,   SYS_renameat2,  SYS_statx,     SYS_symlinkat, SYS_unlinkat,
+    SYS_utimensat,       SYS_write};
+
+/// From now on, the kernel asks the reader of the result about each such call of this thread and of those
+/// that it starts. -1 if it cannot.
+int askAboutFileCalls() {
+    std::vector<sock_filter> steps{{BPF_LD | BPF_W | BPF_ABS, 0, 0, offsetof(seccomp_data, nr)}};
+    for (const long call : kFileCalls) {
+        steps.push_back({BPF_JMP | BPF_JEQ | BPF_K, 0, 1, static_cast<std::uint32_t>(call)});
+        steps.push_back({BPF_RET | BPF_K, 0, 0, SECCOMP_RET_USER_NOTIF});
+    }
+    steps.push_back({BPF_RET | BPF_K, 0, 0, SECCOMP_RET_ALLOW});
+    const sock_fprog program{static_cast<unsigned short>(steps.size()), steps.data()};
+    if (::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0) {
+        return -1;
+    }
+    return static_cast<int>(
+        ::syscall(SYS_seccomp, SECCOMP_SET_MODE_FILTER, SECCOMP_FILTER_FLAG_NEW_LISTENER, &program));
+}
+
+/// Receives one call and lets it happen, or fail with `code` unless that is 0.
+bool answerNext(int listener, int code) {
+    // A newer kernel may write more.
+    struct {
+        seccomp_notif call;
+        std::array<char, 256> more;
+    } received{};
+    if (::ioctl(listener, SECCOMP_IOCTL_NOTIF_RECV, &received) != 0) {
+        return false;
+    }
+    seccomp_notif_resp answer{};
+    answer.id = received.call.id;
+    answer.error = -code;
+    answer.flags = code == 0 ? SECCOMP_USER_NOTIF_FLAG_CONTINUE : 0;
+    return ::ioctl(listener, SECCOMP_IOCTL_NOTIF_SEND, &answer) == 0;
+}
+
+}  // namespace
+
+int callsWhileOneIsRefused(int number, int code, const std::function<void()>& work) {
+    std::promise<int> asked;
+    std::thread worker([&] {
+        const int made = askAboutFileCalls();
+        asked.set_value(made);
+        if (made >= 0) {
+            work();
+        }
+    });
+    const Platform::Posix::Descriptor listener(asked.get_future().get());
+    int calls = listener ? 0 : -1;
+    pollfd waiting{listener.get(), POLLIN, 0};
+    // Hangs up when no thread is left to ask about.
+    while (calls >= 0 && ::poll(&waiting, 1, -1) == 1 && (waiting.revents & POLLIN) != 0) {
+        if (answerNext(listener.get(), calls == number ? code : 0)) {
+            ++calls;
+        }
+    }
+    worker.join();
+    return calls;
+}
+
+int refuseEachCall(int code, const std::function<void()>& prepare, const std::function<void()>& work,
+                   const std::function<void(bool isRefused)>& check) {
+    for (int number = 0;; ++number) {
+        SCOPED_TRACE("call " + std::to_string(number));
+        prepare();
+        const bool isRefused = callsWhileOneIsRefused(number, code, work) > number;
+        check(isRefused);
+        if (!isRefused) {
+            return number;
+        }
+    }
+}
+
+}  // namespace PlatformTests

@@ -1,0 +1,275 @@
+// File operations while the kernel refuses any one of their calls: either there is an error, or all is done.
+#include "RefusedCall.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "NativeFiles.h"
+#include "Platform/Posix/PosixFileManager.h"
+#include "Platform/Posix/PosixPrivateCopies.h"
+#include "Platform/Posix/PosixTaskRunner.h"
+#include "support/Scratch.h"
+
+namespace PlatformTests {
+namespace {
+
+constexpr auto kAttribute = "user.sentrel.test";
+constexpr unsigned kAlice = 1501;
+
+/// Everything of an item that a copy keeps, and its contents.
+std::string textOf(const std::string& path) {
+    const struct stat status = statusOf(path);
+    std::array<char, 64> value{};
+    const ssize_t length = ::lgetxattr(path.c_str(), kAttribute, value.data(), value.size());
+    std::string text = std::to_string(status.st_mode) + " " + std::to_string(status.st_uid) + " " +
+                       std::to_string(status.st_mtim.tv_sec) + "." + std::to_string(status.st_mtim.tv_nsec);
+    text += " " + (length > 0 ? std::string(value.data(), static_cast<std::size_t>(length)) : "none");
+    if (S_ISREG(status.st_mode)) {
+        text += " " + contentsOf(path);
+    }
+    return S_ISLNK(status.st_mode) ? text + " " + targetOf(path) : text;
+}
+
+/// The items of a tree by their paths in it.
+std::map<std::string, std::string> treeAt(const std::string& top) {
+    std::map<std::string, std::string> items;
+    if (exists(top)) {
+        items[""] = textOf(top);
+        for (const auto& each : std::filesystem::recursive_directory_iterator(top)) {
+            items[each.path().string().substr(top.size())] = textOf(each.path());
+        }
+    }
+    return items;
+}
+
+class WhileACallIsRefused : public testing::Test {
+  protected:
+    void makeTree(const std::string& top) {
+        makeFolder(path(top));
+        makeFile(path(top + "/file"), "contents", 06755);
+        ASSERT_EQ(setAttribute(path(top + "/file"), kAttribute, "value", 5), 0);
+        makeLink("file", path(top + "/link"));
+        ASSERT_EQ(::mkfifo(path(top + "/fifo").c_str(), 0640), 0);
+        makeFolder(path(top + "/folder"), 0700);
+        makeFile(path(top + "/folder/inside"), std::string(100'000, 'x'), 0400);
+        makeFolder(path(top + "/folder/empty"), 01777);
+        makeFile(path(top + "/sparse"));
+        ASSERT_EQ(::truncate(path(top + "/sparse").c_str(), 1 << 20), 0);
+    }
+    /// The items below `top` that do not belong to Alice.
+    [[nodiscard]] std::vector<std::string> itemsOfOthers(const std::string& top) const {
+        std::vector<std::string> items;
+        for (const auto& each : std::filesystem::recursive_directory_iterator(path(top))) {
+            const struct stat status = statusOf(each.path());
+            if (status.st_uid != kAlice || status.st_gid != kAlice) {
+                items.push_back(each.path().string().substr(path(top).size()));
+            }
+        }
+        return items;
+    }
+    /// Whether an item of these and all others of its folder are among them: nobody reports a folder that
+    /// cannot be listed.
+    [[nodiscard]] bool isUnreadFolder(const std::vector<std::string>& items, const std::string& item) const {
+        const std::string folder = path("top") + item.substr(0, item.rfind('/'));
+        return std::ranges::all_of(std::filesystem::directory_iterator(folder), [&](const auto& each) {
+            return std::ranges::count(items, each.path().string().substr(path("top").size())) == 1;
+        });
+    }
+    void removeTree(const std::string& top) { std::filesystem::remove_all(path(top)); }
+
+    [[nodiscard]] std::string path(const std::string& name) const { return scratch_.path(name); }
+    [[nodiscard]] std::map<std::string, std::string> tree(const std::string& top) const {
+        return treeAt(path(top));
+    }
+
+    Scratch scratch_;
+    Platform::Posix::PosixFileManager files_;
+};
+
+/// With the code of a failure.
+class CopyWhileACallIsRefused : public WhileACallIsRefused, public testing::WithParamInterface<int> {};
+
+INSTANTIATE_TEST_SUITE_P(Code, CopyWhileACallIsRefused, testing::Values(EIO, EINTR),
+                         [](const auto& info) { return info.param == EIO ? "EIO" : "EINTR"; });
+
+TEST_P(CopyWhileACallIsRefused, IsWholeOrAnError) {
+    makeTree("top");
+    const auto before = tree("top");
+    std::optional<Platform::Error> error;
+    const int calls = refuseEachCall(
+        GetParam(), [&] { removeTree("copy"); },
+        [&] { error = files_.copyItem(scratch_.url("top"), scratch_.url("copy")); },
+        [&](bool isRefused) {
+            if (error) {
+                EXPECT_TRUE(isRefused) << error->description;
+                EXPECT_EQ(error->code, GetParam()) << error->description;
+            } else {
+                EXPECT_EQ(tree("copy"), before);
+            }
+            EXPECT_EQ(tree("top"), before);
+        });
+    EXPECT_GT(calls, 50);
+}
+
+TEST_F(WhileACallIsRefused, ARemovalIsWholeOrAnError) {
+    makeTree("precious");
+    const auto precious = tree("precious");
+    std::optional<Platform::Error> error;
+    const int calls = refuseEachCall(
+        EIO,
+        [&] {
+            removeTree("top");
+            makeTree("top");
+            makeLink(path("precious"), path("top/folder/precious"));
+        },
+        [&] { error = files_.removeItem(scratch_.url("top")); },
+        [&](bool isRefused) {
+            // A listing that fails after its last entry is an error though nothing is left.
+            EXPECT_TRUE(error || !exists(path("top")));
+            EXPECT_TRUE(!error || (isRefused && error->code == EIO)) << error->description;
+            if (exists(path("top"))) {
+                EXPECT_FALSE(files_.removeItem(scratch_.url("top")));
+            }
+            EXPECT_EQ(tree("precious"), precious);
+        });
+    EXPECT_GT(calls, 20);
+}
+
+TEST_F(WhileACallIsRefused, AnItemHasItsNewOwnerOrIsReported) {
+    if (::geteuid() != 0) {
+        GTEST_SKIP() << "only root can give items to others";
+    }
+    std::set<std::string> failures;
+    const int calls = refuseEachCall(
+        EIO,
+        [&] {
+            failures.clear();
+            removeTree("top");
+            makeTree("top");
+        },
+        [&] {
+            files_.setOwnerOfContents(scratch_.url("top"), kAlice, kAlice,
+                                      [&](const Base::URL& item, int error) {
+                                          EXPECT_TRUE(error == EIO || error == EBADF) << error;
+                                          failures.insert(item.path().substr(path("top").size()));
+                                      });
+        },
+        [&](bool isRefused) {
+            const auto left = itemsOfOthers("top");
+            EXPECT_TRUE(isRefused || (left.empty() && failures.empty()));
+            for (const std::string& item : left) {
+                const auto isAt = [&](const std::string& failed) { return item.starts_with(failed); };
+                EXPECT_TRUE(std::ranges::any_of(failures, isAt) || isUnreadFolder(left, item)) << item;
+            }
+        });
+    EXPECT_GT(calls, 20);
+}
+
+TEST_F(WhileACallIsRefused, AFolderIsCreatedOrAnError) {
+    std::optional<Platform::Error> error;
+    const int calls = refuseEachCall(
+        EIO, [&] { removeTree("a"); }, [&] { error = files_.createDirectory(scratch_.url("a/b/c"), true); },
+        [&](bool isRefused) {
+            EXPECT_EQ(exists(path("a/b/c")), !error);
+            EXPECT_TRUE(!error || (isRefused && error->code == EIO));
+        });
+    EXPECT_GT(calls, 5);
+}
+
+TEST_F(WhileACallIsRefused, AModeIsSetOrAnError) {
+    int failure = 0;
+    const int calls = refuseEachCall(
+        EIO,
+        [&] {
+            removeTree("file");
+            makeFile(path("file"), "contents", 0644);
+        },
+        [&] { failure = files_.setMode(scratch_.url("file"), 0700); },
+        [&](bool isRefused) {
+            EXPECT_EQ(statusOf(path("file")).st_mode & 07777, failure == 0 ? 0700 : 0644);
+            EXPECT_TRUE(failure == 0 || (isRefused && (failure == EBADF || failure == EIO)));
+        });
+    EXPECT_GT(calls, 3);
+}
+
+TEST_F(WhileACallIsRefused, AFolderHasEntriesOrAnError) {
+    makeTree("top");
+    std::optional<bool> answer;
+    Platform::Error error;
+    const int calls = refuseEachCall(
+        EIO,
+        [&] {
+            answer.reset();
+            error = {};
+        },
+        [&] { answer = files_.hasVisibleEntries(scratch_.url("top"), error); },
+        [&](bool isRefused) {
+            EXPECT_TRUE(answer ? *answer : isRefused && error.code == EIO) << error.description;
+        });
+    EXPECT_GT(calls, 1);
+}
+
+TEST_F(WhileACallIsRefused, APrivateCopyHasAllBytesOrIsAnError) {
+    const std::string contents(200'000, 'x');
+    makeFile(path("package"), contents);
+    makeFolder(path("Tools"));
+    Platform::Posix::PosixPrivateCopies copies(
+        Platform::Posix::PrivateFolder::Ground{scratch_.path(), ::geteuid()}, {});
+    std::unique_ptr<Platform::PrivateCopy> copy;
+    Platform::Error error;
+    const int calls = refuseEachCall(
+        EIO,
+        [&] {
+            error = {};
+            removeTree("Tools/folder");
+        },
+        [&] {
+            copy = copies.copy(scratch_.url("package"), scratch_.url("Tools/folder/copy"), 1 << 20, error);
+        },
+        [&](bool isRefused) {
+            if (copy) {
+                EXPECT_EQ(copy->size(), contents.size());
+                EXPECT_TRUE(contentsOf(path("Tools/folder/copy")) == contents);
+                copy = nullptr;
+                EXPECT_FALSE(exists(path("Tools/folder")));
+            } else {
+                EXPECT_TRUE(isRefused && error.code == EIO) << error.description;
+                EXPECT_FALSE(exists(path("Tools/folder/copy"))) << error.description;
+                EXPECT_FALSE(copies.removeFolder(scratch_.url("Tools/folder")));
+                EXPECT_FALSE(exists(path("Tools/folder")));
+            }
+        });
+    EXPECT_GT(calls, 10);
+}
+
+TEST(WhileACallIsInterrupted, ATaskIsReadToItsEnd) {
+    std::unique_ptr<Platform::Task> task;
+    std::string output;
+    const int calls = refuseEachCall(
+        EINTR,
+        [&] {
+            task = Platform::Posix::PosixTaskRunner().launch(
+                "/bin/sh", std::vector<std::string>{"-c", "echo some; echo output"});
+            task->waitUntilExit();
+        },
+        [&] { output = task->readOutputToEnd(); },
+        [&](bool /*isRefused*/) { EXPECT_EQ(output, "some\noutput\n"); });
+    EXPECT_GE(calls, 2);
+}
+
+}  // namespace
+}  // namespace PlatformTests
