@@ -1,0 +1,89 @@
+// Questions while the kernel refuses any one of the calls behind them: the answer is right, or there is none.
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <functional>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "Platform/Linux/Bundles/LinuxBundles.h"
+#include "Platform/Linux/Processes/LinuxProcessTable.h"
+#include "RefusedCall.h"
+#include "support/Scratch.h"
+
+namespace PlatformTests {
+namespace {
+
+/// Asks with each call refused; the last answer, with none refused, has to be `right`.
+template <class Answer>
+void expectRightOrNone(const Answer& right, const Answer& none, const std::function<Answer()>& ask) {
+    for (const int code : {EIO, EINTR}) {
+        Answer answer = none;
+        const int calls = refuseEachCall(
+            code, [] {}, [&] { answer = ask(); },
+            [&](bool isRefused) { EXPECT_TRUE(answer == right || (isRefused && answer == none)); });
+        EXPECT_GT(calls, 0);
+    }
+}
+
+TEST(AnswerWhileACallIsRefused, ABundlesVersionIsRightOrNone) {
+    const Scratch scratch;
+    makeFolder(scratch.path("X.app"));
+    makeFolder(scratch.path("X.app/Contents"));
+    makeFile(scratch.path("X.app/Contents/Info.plist"),
+             "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\"><dict>"
+             "<key>CFBundleShortVersionString</key><string>2.10.3</string></dict></plist>\n");
+    expectRightOrNone<std::optional<std::string>>("2.10.3", std::nullopt, [&] {
+        const auto bundle = Platform::Linux::LinuxBundles().open(scratch.url("X.app"));
+        return bundle ? bundle->infoString("CFBundleShortVersionString") : std::nullopt;
+    });
+}
+
+class ProcessWhileACallIsRefused : public testing::Test {
+  protected:
+    /// What `call` writes about this process.
+    [[nodiscard]] std::string textOf(int (Platform::ProcessTable::*call)(std::int32_t, std::span<char>)) {
+        std::array<char, 4096> text{};
+        const int length = (table_.*call)(::getpid(), text);
+        return {text.data(), static_cast<std::size_t>(std::max(length, 0))};
+    }
+
+    Platform::Linux::LinuxProcessTable table_;
+};
+
+TEST_F(ProcessWhileACallIsRefused, ItsNameIsRightOrNone) {
+    expectRightOrNone<std::string>("PlatformTests", "",
+                                   [&] { return textOf(&Platform::ProcessTable::name); });
+}
+
+TEST_F(ProcessWhileACallIsRefused, ItsPathIsRightOrNone) {
+    const std::string own = textOf(&Platform::ProcessTable::path);
+    EXPECT_TRUE(own.ends_with("/PlatformTests")) << own;
+    expectRightOrNone<std::string>(own, "", [&] { return textOf(&Platform::ProcessTable::path); });
+}
+
+TEST_F(ProcessWhileACallIsRefused, ItsUserIsRightOrNone) {
+    constexpr std::uint32_t kUntouched = 123'456;
+    expectRightOrNone<std::uint32_t>(::geteuid(), kUntouched, [&] {
+        std::uint32_t user = kUntouched;
+        const bool isKnown = table_.effectiveUser(::getpid(), user) > 0;
+        EXPECT_EQ(isKnown, user != kUntouched);
+        return user;
+    });
+}
+
+TEST_F(ProcessWhileACallIsRefused, ItIsListedOrNoneIs) {
+    expectRightOrNone<bool>(true, false, [&] {
+        std::vector<std::int32_t> pids(100'000, -1);
+        const int listed = table_.listPids(Platform::PidListType::all, 0, pids);
+        return listed > 0 && std::ranges::count(pids, ::getpid()) == 1;
+    });
+}
+
+}  // namespace
+}  // namespace PlatformTests
