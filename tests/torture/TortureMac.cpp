@@ -29,10 +29,11 @@ bool isHelperLabel(const std::string& label) {
     return std::find(kHelperLabels.begin(), kHelperLabels.end(), label) != kHelperLabels.end();
 }
 
-/// The folders that command 74 removes, if they are empty, after the last one that counts as an installation.
+/// The folders that command 74 removes after the last one that counts as an installation; they are empty, or
+/// what is in them is listed too.
 bool isEmptiedFolder(const std::string& path) {
     return path == "/Library/Application Support/Norvik" || path == "/Applications/Norvik" ||
-           path == "/Applications/NORVIK";
+           path == "/Applications/NORVIK" || path == "/Library/Application Support/Norvik/AntiVirus";
 }
 
 std::string hashOfFile(const fs::path& file) {
