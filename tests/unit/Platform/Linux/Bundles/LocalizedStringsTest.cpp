@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <thread>
@@ -125,6 +126,22 @@ TEST_F(LocalizedString, IsEnglishWithoutReadablePreferences) {
         preferences(broken);
         EXPECT_EQ(text("name"), "en") << broken.substr(0, 200);
     }
+}
+
+TEST(GlobalPreferences, AreNowhereForAUserWithoutAnAccount) {
+    if (::geteuid() != 0) {
+        GTEST_SKIP() << "only root can become somebody else";
+    }
+    constexpr uid_t kNobodysId = 1'234'567'890;
+    const pid_t child = ::fork();
+    if (child == 0) {
+        ::_exit(::setuid(kNobodysId) == 0 && Platform::Linux::globalPreferencesFile().empty() ? 7 : 1);
+    }
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 7) << status;
+    EXPECT_TRUE(
+        Platform::Linux::globalPreferencesFile().ends_with("/Library/Preferences/.GlobalPreferences.plist"));
 }
 
 TEST_F(LocalizedString, SkipsInvalidLanguages) {

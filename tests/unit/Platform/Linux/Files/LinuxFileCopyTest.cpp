@@ -128,5 +128,15 @@ TEST_F(CopyWhileACallFails, DoesWithoutWhatAFileSystemMayNotHave) {
     }
 }
 
+TEST(CopyOfAKernelsFile, IsWholeThoughItClaimsToBeEmpty) {
+    const Scratch scratch;
+    ASSERT_EQ(statusOf("/proc/version").st_size, 0);
+    const auto error = Platform::Posix::PosixFileManager().copyItem(Base::URL::fileURL("/proc/version"),
+                                                                    scratch.url("copy"));
+    ASSERT_FALSE(error) << error->description;
+    EXPECT_NE(contentsOf(scratch.path("copy")), "");
+    EXPECT_EQ(contentsOf(scratch.path("copy")), contentsOf("/proc/version"));
+}
+
 }  // namespace
 }  // namespace PlatformTests
