@@ -3,17 +3,37 @@
 #include <signal.h>
 #include <sys/prctl.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/sysinfo.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <filesystem>
+#include <optional>
 
 #include "Platform/Linux/Processes/LinuxProcessTable.h"
 #include "ProcessTableContract.h"
 #include "RealProcesses.h"
 #include "support/FakeMac.h"
+
+namespace {
+
+/// What the system says on this thread about the number of its threads, if anything: -1 if it fails.
+thread_local std::optional<int> toldThreads;
+
+}  // namespace
+
+/// Takes the place of the C library's.
+extern "C" int sysinfo(struct sysinfo* facts) noexcept {
+    const auto result = static_cast<int>(::syscall(SYS_sysinfo, facts));
+    if (!toldThreads) {
+        return result;
+    }
+    facts->procs = static_cast<unsigned short>(*toldThreads);
+    return std::min(*toldThreads, 0);
+}
 
 namespace PlatformTests {
 
@@ -193,6 +213,22 @@ TEST(ProcessTable, KillsWithTheSignalGiven) {
     ASSERT_EQ(::waitid(P_PID, static_cast<id_t>(child.pid()), &info, WEXITED | WNOWAIT), 0);
     EXPECT_EQ(info.si_code, CLD_KILLED);
     EXPECT_EQ(info.si_status, SIGTERM);
+}
+
+/// The count of processes where the system tells of so many threads.
+int countOfProcesses(int threads) {
+    toldThreads = threads;
+    const int count = LinuxProcessTable().listPids(PidListType::all, 0, {});
+    toldThreads.reset();
+    return count;
+}
+
+TEST(LinuxProcessTable, LeavesRoomForProcessesThatStartMeanwhile) {
+    EXPECT_EQ(countOfProcesses(100), 120);
+}
+
+TEST(LinuxProcessTable, CountsNothingWhenTheSystemDoesNotTell) {
+    EXPECT_EQ(countOfProcesses(-1), -1);
 }
 
 }  // namespace
