@@ -33,7 +33,7 @@ std::uint64_t saturatingSum(std::uint64_t a, std::uint64_t b) {
 std::uint64_t dueAfter(std::uint64_t now, std::uint64_t due, std::uint64_t interval) {
     const std::uint64_t step = std::max<std::uint64_t>(interval, 1);
     const std::uint64_t missed = now > due ? (now - due) / step : 0;
-    return saturatingSum(due, step > kNever / (missed + 1) ? kNever : step * (missed + 1));
+    return saturatingSum(due, saturatingSum(step * missed, step));
 }
 
 void run(const std::shared_ptr<TimerState>& state) {
