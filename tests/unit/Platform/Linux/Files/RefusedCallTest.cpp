@@ -22,13 +22,13 @@
 #include "Platform/Posix/PosixFileManager.h"
 #include "Platform/Posix/PosixPrivateCopies.h"
 #include "Platform/Posix/PosixTaskRunner.h"
+#include "Posix/OwnRoot.h"
 #include "support/Scratch.h"
 
 namespace PlatformTests {
 namespace {
 
 constexpr auto kAttribute = "user.sentrel.test";
-constexpr unsigned kAlice = 1501;
 
 /// Everything of an item that a copy keeps, and its contents.
 std::string textOf(const std::string& path) {

@@ -16,6 +16,10 @@ TEST(ProcessFile, IsNoneIfItDoesNotOpenOrCannotBeRead) {
 
 TEST(ProcessFile, IsReadUpToTheLimit) {
     EXPECT_EQ(readProcessFile(::getpid(), "statm", 1).value_or("").size(), 1U);
+    // More than one call reads, of a file that is longer still.
+    constexpr std::size_t kLimit = 5000;
+    ASSERT_GT(readProcessFile(::getpid(), "smaps", 1 << 20).value_or("").size(), 10'000U);
+    EXPECT_EQ(readProcessFile(::getpid(), "smaps", kLimit).value_or("").size(), kLimit);
 }
 
 }  // namespace
