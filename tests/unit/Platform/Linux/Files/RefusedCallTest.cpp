@@ -16,6 +16,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "NativeFiles.h"
@@ -58,10 +59,11 @@ std::map<std::string, std::string> treeAt(const std::string& top) {
 
 class WhileACallIsRefused : public testing::Test {
   protected:
+    explicit WhileACallIsRefused(std::string base = Scratch::usualBase()) : scratch_(std::move(base)) {}
+
     void makeTree(const std::string& top) {
         makeFolder(path(top));
         makeFile(path(top + "/file"), "contents", 06755);
-        ASSERT_EQ(setAttribute(path(top + "/file"), kAttribute, "value", 5), 0);
         makeLink("file", path(top + "/link"));
         ASSERT_EQ(::mkfifo(path(top + "/fifo").c_str(), 0640), 0);
         makeFolder(path(top + "/folder"), 0700);
@@ -100,14 +102,18 @@ class WhileACallIsRefused : public testing::Test {
     Platform::Posix::PosixFileManager files_;
 };
 
-/// With the code of a failure.
-class CopyWhileACallIsRefused : public WhileACallIsRefused, public testing::WithParamInterface<int> {};
+/// With the code of a failure; on a disk, where attributes can be kept.
+class CopyWhileACallIsRefused : public WhileACallIsRefused, public testing::WithParamInterface<int> {
+  protected:
+    CopyWhileACallIsRefused() : WhileACallIsRefused(Scratch::currentFolder()) {}
+};
 
 INSTANTIATE_TEST_SUITE_P(Code, CopyWhileACallIsRefused, testing::Values(EIO, EINTR),
                          [](const auto& info) { return info.param == EIO ? "EIO" : "EINTR"; });
 
 TEST_P(CopyWhileACallIsRefused, IsWholeOrAnError) {
     makeTree("top");
+    ASSERT_EQ(setAttribute(path("top/file"), kAttribute, "value", 5), 0);
     const auto before = tree("top");
     std::optional<Platform::Error> error;
     const int calls = refuseEachCall(
