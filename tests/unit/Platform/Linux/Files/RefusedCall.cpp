@@ -10,10 +10,12 @@
 #include <unistd.h>
 
 #include <array>
+#include <cerrno>
 #include <cstddef>
 #include <cstdint>
 #include <future>
 #include <string>
+#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -35,7 +37,7 @@ constexpr long kFileCalls[] = {
     SYS_utimensat,       SYS_write};
 
 /// From now on, the kernel asks the reader of the result about each such call of this thread and of those
-/// that it starts. -1 if it cannot.
+/// that it starts. -errno if it cannot.
 int askAboutFileCalls() {
     std::vector<sock_filter> steps{{BPF_LD | BPF_W | BPF_ABS, 0, 0, offsetof(seccomp_data, nr)}};
     for (const long call : kFileCalls) {
@@ -45,10 +47,19 @@ int askAboutFileCalls() {
     steps.push_back({BPF_RET | BPF_K, 0, 0, SECCOMP_RET_ALLOW});
     const sock_fprog program{static_cast<unsigned short>(steps.size()), steps.data()};
     if (::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0) {
-        return -1;
+        return -errno;
     }
-    return static_cast<int>(
-        ::syscall(SYS_seccomp, SECCOMP_SET_MODE_FILTER, SECCOMP_FILTER_FLAG_NEW_LISTENER, &program));
+    const long listener =
+        ::syscall(SYS_seccomp, SECCOMP_SET_MODE_FILTER, SECCOMP_FILTER_FLAG_NEW_LISTENER, &program);
+    return listener < 0 ? -errno : static_cast<int>(listener);
+}
+
+/// Waits for a call to be asked about; false when no thread is left that could make one.
+bool awaitCall(int listener) {
+    pollfd waiting{listener, POLLIN, 0};
+    while (::poll(&waiting, 1, -1) < 0 && errno == EINTR) {
+    }
+    return (waiting.revents & POLLIN) != 0;
 }
 
 /// Receives one call and lets it happen, or fail with `code` unless that is 0.
@@ -79,16 +90,18 @@ int callsWhileOneIsRefused(int number, int code, const std::function<void()>& wo
             work();
         }
     });
-    const Platform::Posix::Descriptor listener(asked.get_future().get());
-    int calls = listener ? 0 : -1;
-    pollfd waiting{listener.get(), POLLIN, 0};
-    // Hangs up when no thread is left to ask about.
-    while (calls >= 0 && ::poll(&waiting, 1, -1) == 1 && (waiting.revents & POLLIN) != 0) {
-        if (answerNext(listener.get(), calls == number ? code : 0)) {
+    const int made = asked.get_future().get();
+    const Platform::Posix::Descriptor listener(made);
+    int calls = 0;
+    while (made >= 0 && awaitCall(made)) {
+        if (answerNext(made, calls == number ? code : 0)) {
             ++calls;
         }
     }
     worker.join();
+    if (made < 0) {
+        throw std::system_error(-made, std::generic_category(), "seccomp");
+    }
     return calls;
 }
 

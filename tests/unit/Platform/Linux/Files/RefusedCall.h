@@ -6,11 +6,11 @@ namespace PlatformTests {
 
 /// Does `work` on a thread of its own, where the kernel refuses one call that deals with files: the one of
 /// this number (from 0), with `code`; the threads that `work` starts count too (seccomp_unotify(2)). Returns
-/// how many such calls there were, -1 if the kernel cannot do this.
+/// how many such calls there were. Throws std::system_error where the kernel cannot do this.
 [[nodiscard]] int callsWhileOneIsRefused(int number, int code, const std::function<void()>& work);
 
 /// Does everything again and again, with the next call of `work` refused each time, and at last with none:
-/// prepares, works, and has the result checked. Returns how many calls were refused, 0 if none could be.
+/// prepares, works, and has the result checked. Returns how many calls were refused.
 [[nodiscard]] int refuseEachCall(int code, const std::function<void()>& prepare,
                                  const std::function<void()>& work,
                                  const std::function<void(bool isRefused)>& check);
