@@ -50,6 +50,21 @@ TEST_F(CommandCoding, ARecordKeyOfTheWrongTypeRefusesTheWholeList) {
     EXPECT_NE(refusal_.find("ioClassName"), std::string::npos) << refusal_;
 }
 
+// A bundle is an item.
+TEST_F(CommandCoding, ABundleInAnItemsPlaceIsReadAsThatItem) {
+    const Stranger daemon(DaemonInfo::codedClass(), [](Base::Coder& coder) {
+        coder.encodeObject("executable",
+                           Base::CodedRecord(BundleInfo::bundleWithPath(URL::fileURL("/A/B.app"), "id")));
+    });
+    const Base::CodedObject* const list[] = {&daemon};
+    const auto objects =
+        Base::unarchivedArray(Base::archivedArray(list), allowedCommandListClasses(), refusal_);
+    ASSERT_TRUE(objects) << refusal_;
+    const auto* decoded = dynamic_cast<const Base::CodedRecord<DaemonInfo>*>(objects->at(0).get());
+    ASSERT_NE(decoded, nullptr);
+    EXPECT_EQ(decoded->value().executable, FilesystemItemInfo::itemWithPath(URL::fileURL("/A/B.app")));
+}
+
 TEST_F(CommandCoding, AJobThatIsAnotherRecordIsRefused) {
     EXPECT_EQ(sent(Stranger(StopLaunchdJobCommand::staticClass(),
                             [](Base::Coder& coder) {
