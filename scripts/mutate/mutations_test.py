@@ -7,6 +7,7 @@ import unittest
 
 import equivalents
 import mutations
+import rooms
 import schemata
 import workshop
 
@@ -164,6 +165,13 @@ class Equivalents(unittest.TestCase):
 
     def test_the_list_can_be_read(self):
         equivalents.Equivalents()
+
+
+class Programs(unittest.TestCase):
+    def test_the_filter_leaves_out_what_does_not_count_and_the_others(self):
+        self.assertEqual(rooms.Program("T").tests_but(), "*-:")
+        self.assertEqual(rooms.Program("T").tests_but("A.b:C.d"), "*-:A.b:C.d")
+        self.assertEqual(rooms.Program("T", without="Page.*").tests_but("A.b"), "*-Page.*:A.b")
 
 
 class SlowTests(unittest.TestCase):
