@@ -137,7 +137,8 @@ TEST_F(WindowMode, InterfaceTextsWithoutTheirTableArePlainEnglish) {
 
 TEST_F(WindowModeDeathTest, ATextThatTheInterfaceDoesNotHaveIsFatal) {
     const WindowProgram program(framework_);
-    EXPECT_DEATH(static_cast<void>(program.interfaceText("other")), "The interface has no text \"other\"\\.\n");
+    EXPECT_DEATH(static_cast<void>(program.interfaceText("other")),
+                 "The interface has no text \"other\"\\.\n");
 }
 
 TEST_F(WindowMode, FrameworksAreLookedForInTheProgramAndThenInTheProduct) {
