@@ -13,8 +13,8 @@ namespace Platform::Posix {
 /// folder, its entries by the bytes of their names.
 [[nodiscard]] bool comesBefore(std::string_view path, std::string_view other);
 
-/// Keeps the first of several failures in that order, so that the one reported does not depend on the order
-/// in which they occur.
+/// Keeps the first of several failures in that order, of an item's own the one with the lowest code, so that
+/// the one reported does not depend on the order in which they occur.
 class FirstFailure {
   public:
     void note(std::string path, Error error);

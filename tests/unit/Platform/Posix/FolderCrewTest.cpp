@@ -329,8 +329,8 @@ TEST(FirstFailure, IsThatOfTheFirstItemInTheTree) {
     EXPECT_TRUE(comesBefore("/a", "/b/a"));
     EXPECT_TRUE(comesBefore("/a/b", "/a/\xff"));
     EXPECT_FALSE(comesBefore("/a", "/a"));
-    const std::vector<std::string> paths = {"/a/b", "/a/c", "/a", "/b"};
-    std::vector<std::size_t> order = {0, 1, 2, 3};
+    const std::vector<std::string> paths = {"/a/b", "/a/b", "/a/c", "/a", "/b"};
+    std::vector<std::size_t> order = {0, 1, 2, 3, 4};
     do {
         Platform::Posix::FirstFailure some;
         Platform::Posix::FirstFailure all;
@@ -338,7 +338,9 @@ TEST(FirstFailure, IsThatOfTheFirstItemInTheTree) {
             (each % 2 == 0 ? some : all).note(paths[each], {paths[each], static_cast<int>(each)});
         }
         all.join(some);
-        EXPECT_EQ(all.take()->description, "/a/b");
+        const auto first = all.take();
+        EXPECT_EQ(first->description, "/a/b");
+        EXPECT_EQ(first->code, 0);
     } while (std::next_permutation(order.begin(), order.end()));
 }
 
