@@ -247,6 +247,7 @@ TEST_F(LocalizedString, CanBeAskedForOnSeveralThreads) {
     const auto bundle = bundles.open(scratch.url("X.app"));
     std::vector<std::thread> readers;
     std::vector<std::optional<std::string>> texts(4);
+    readers.reserve(texts.size());
     for (auto& result : texts) {
         readers.emplace_back([&] { result = bundle->localizedString("name", "Texts"); });
     }
