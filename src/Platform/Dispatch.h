@@ -51,6 +51,7 @@ class Dispatch {
   public:
     virtual ~Dispatch() = default;
 
+    /// With `value` counts to begin with, which is not negative (dispatch_semaphore_create(3)).
     [[nodiscard]] virtual std::unique_ptr<Semaphore> makeSemaphore(std::int64_t value) = 0;
     /// A concurrent queue with the default-priority global queue as its target.
     [[nodiscard]] virtual std::unique_ptr<Queue> makeConcurrentQueue(const std::string& label) = 0;
