@@ -98,6 +98,17 @@ TEST_F(Explain, WritesThePageBesideTheText) {
     EXPECT_EQ(page.find("https://"), std::string::npos);
 }
 
+TEST_F(Explain, ShowsNoTimelineOfARunThatTheClockEndedBeforeItsBeginning) {
+    constexpr auto kTimeline = "<h3>Where the time went</h3>";
+    Entries entries = finishedRun();
+    EXPECT_NE(inspect({"explain", "--html", "-"}, logOf(entries)).output.find(kTimeline), std::string::npos);
+    entries.front().second = 30;
+    const Outcome page = inspect({"explain", "--html", "-"}, logOf(entries));
+    EXPECT_EQ(page.status, 0);
+    EXPECT_NE(page.output.find("Deleting user application Sentrel.app..."), std::string::npos);
+    EXPECT_EQ(page.output.find(kTimeline), std::string::npos);
+}
+
 }  // namespace
 
 }  // namespace InspectTest
