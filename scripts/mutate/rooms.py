@@ -46,7 +46,8 @@ ROOMS = (
          without=("src/Platform/Linux/*", "src/Platform/Darwin/*")),
     Room("Platform/Linux", ("src/Platform/Linux/*.cpp",), (Program("PlatformTests"), Program("XPCTests"))),
     Room("tools", ("tools/*.cpp",),
-         (Program("InspectUnitTests"), Program("InspectTests", without="Page.*", under_test="sentrel-inspect"))),
+         (Program("InspectUnitTests"), Program("InspectTests", without="Page.*", under_test="sentrel-inspect")),
+         without=("tools/selftest/*",)),
 )
 
 
