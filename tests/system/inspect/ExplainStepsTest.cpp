@@ -98,7 +98,10 @@ TEST_F(Explain, LeavesOutWhatAStepDidTooOften) {
     const nlohmann::json step = onlyRun(entries).at("steps").at(18);
     EXPECT_EQ(step.at("outcome"), "failed");
     EXPECT_EQ(step.at("details").size(), 101U);
+    EXPECT_EQ(step.at("details").at(0).at("advice"), "");
     EXPECT_EQ(step.at("details").at(100).at("subject"), "process 78");
+    EXPECT_EQ(step.at("details").at(100).at("advice"),
+              "Check whether it still runs; restart the Mac if it does.");
     EXPECT_EQ(step.at("detailsLeftOut"), 200);
     EXPECT_NE(inspect({"explain", "--all"}, logOf(entries))
                   .output.find("\n                   200 more are left out\n"),

@@ -19,7 +19,7 @@ TEST(LaunchdTables, ReadTheLabelsOfADomain) {
                             "\tservices = {\n"
                             "\t\t       0      - \tcom.norvik.fileaccessd\n"
                             "\t\t     351      0 \tcom.example.other\n"
-                            "\t\t12\tcom.norvik.containmentd\n"
+                            "\t\t12\tcom.norvik.containmentd \t\r\n"
                             "\t\t-\tcom.norvik.TrayMenu\n"
                             "\t}\n"
                             "\tendpoints = {\n"
