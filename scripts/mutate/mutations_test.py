@@ -11,6 +11,8 @@ import rooms
 import schemata
 import workshop
 
+CHECKOUT = pathlib.Path(__file__).resolve().parents[2]
+
 
 def changes(text):
     """(kind, changed lines) of all mutations."""
@@ -163,8 +165,23 @@ class Equivalents(unittest.TestCase):
         with self.assertRaises(ValueError):
             equivalents.Equivalents("F.cpp\n- f(1);\n+ f(0);\n")
 
-    def test_the_list_can_be_read(self):
-        equivalents.Equivalents()
+    def test_of_equal_lines_the_one_below_the_named_line_is_meant(self):
+        text = "void g() {\n    f(1);\n    h();\n    f(1);\n}\n"
+        named = equivalents.Equivalents("# Why.\nF.cpp\n  h();\n- f(1);\n+ f(0);\n")
+        reasons = {mutation.line: named.reason(mutation) for mutation in mutations.mutations_of("F.cpp", text)
+                   if mutation.after == "f(0);"}
+        self.assertEqual(reasons, {2: None, 4: "Why."})
+
+    def test_each_named_line_is_in_its_file_once(self):
+        self.assertEqual(list(equivalents.Equivalents().vague(CHECKOUT)), [])
+
+    def test_a_line_that_is_there_twice_or_not_at_all_is_vague(self):
+        with tempfile.TemporaryDirectory() as folder:
+            checkout = pathlib.Path(folder)
+            (checkout / "F.cpp").write_text("f(1);\nh();\nf(1);\n")
+            for lines, places in (("- f(1);", [[1, 3]]), ("- f(2);", [[]]), ("  h();\n- f(1);", [])):
+                named = equivalents.Equivalents(f"# Why.\nF.cpp\n{lines}\n+ f(0);\n")
+                self.assertEqual([found for _, _, found in named.vague(checkout)], places)
 
 
 class Programs(unittest.TestCase):
