@@ -1,44 +1,24 @@
 // Copies while a system call fails, as it would on a bad or full disk: the kernel is told to refuse it.
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <linux/filter.h>
-#include <linux/seccomp.h>
-#include <sys/prctl.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
 #include <cstddef>
-#include <cstdint>
 #include <initializer_list>
+#include <optional>
 #include <string>
 
 #include "Platform/Posix/PosixFileManager.h"
+#include "RefusedCall.h"
 #include "support/Scratch.h"
 
 namespace PlatformTests {
 namespace {
 
 constexpr std::size_t kLarge = 1 << 20;
-
-/// From now on, every such call of this process fails with `code`, and no file is cloned (seccomp(2)).
-bool refuse(long call, int code) {
-    constexpr auto kNumber = static_cast<std::uint32_t>(offsetof(seccomp_data, nr));
-    const auto refusal = [](int error) { return SECCOMP_RET_ERRNO | static_cast<std::uint32_t>(error); };
-    std::array<sock_filter, 6> steps{
-        sock_filter{BPF_LD | BPF_W | BPF_ABS, 0, 0, kNumber},
-        sock_filter{BPF_JMP | BPF_JEQ | BPF_K, 0, 1, static_cast<std::uint32_t>(call)},
-        sock_filter{BPF_RET | BPF_K, 0, 0, refusal(code)},
-        sock_filter{BPF_JMP | BPF_JEQ | BPF_K, 0, 1, SYS_ioctl},
-        sock_filter{BPF_RET | BPF_K, 0, 0, refusal(EOPNOTSUPP)},
-        sock_filter{BPF_RET | BPF_K, 0, 0, SECCOMP_RET_ALLOW}};
-    const sock_fprog program{static_cast<unsigned short>(steps.size()), steps.data()};
-    return ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 &&
-           ::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program) == 0;
-}
 
 /// What is copied while which call fails, and how.
 struct Failure {
@@ -60,22 +40,18 @@ class CopyWhileACallFails : public testing::Test {
         makeFile(scratch_.path("folder/inside"));
     }
 
-    /// The code of the copy's error, 0 if it succeeds; in a process of its own, which keeps its filter for
-    /// ever.
+    /// The code of the copy's error, 0 if it succeeds; no file is cloned meanwhile.
     [[nodiscard]] int codeOf(const Failure& failure, const std::string& copy) {
-        const pid_t child = ::fork();
-        if (child == 0) {
-            // Takes bits from the copy's first mode.
-            ::umask(022);
-            if (!refuse(failure.call, failure.code)) {
-                ::_exit(255);
-            }
-            const auto error = files_.copyItem(scratch_.url(failure.item), scratch_.url(copy));
-            ::_exit(error ? static_cast<int>(error->code) : 0);
-        }
-        int status = 0;
-        EXPECT_EQ(::waitpid(child, &status, 0), child);
-        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+        // Takes bits from the copy's first mode.
+        const mode_t mask = ::umask(022);
+        std::optional<Platform::Error> error;
+        askAboutEachCall(
+            [&](long call) {
+                return call == failure.call ? failure.code : call == SYS_ioctl ? EOPNOTSUPP : 0;
+            },
+            [&] { error = files_.copyItem(scratch_.url(failure.item), scratch_.url(copy)); });
+        ::umask(mask);
+        return error ? static_cast<int>(error->code) : 0;
     }
 
     Scratch scratch_;

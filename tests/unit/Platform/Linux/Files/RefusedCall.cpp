@@ -62,8 +62,8 @@ bool awaitCall(int listener) {
     return (waiting.revents & POLLIN) != 0;
 }
 
-/// Receives one call and lets it happen, or fail with `code` unless that is 0.
-bool answerNext(int listener, int code) {
+/// Receives one call, and lets it happen or fail. False if its thread ended meanwhile.
+bool answerNext(int listener, const std::function<int(long call)>& codeOf) {
     // A newer kernel may write more.
     struct {
         seccomp_notif call;
@@ -72,6 +72,7 @@ bool answerNext(int listener, int code) {
     if (::ioctl(listener, SECCOMP_IOCTL_NOTIF_RECV, &received) != 0) {
         return false;
     }
+    const int code = codeOf(received.call.data.nr);
     seccomp_notif_resp answer{};
     answer.id = received.call.id;
     answer.error = -code;
@@ -81,7 +82,7 @@ bool answerNext(int listener, int code) {
 
 }  // namespace
 
-int callsWhileOneIsRefused(int number, int code, const std::function<void()>& work) {
+int askAboutEachCall(const std::function<int(long call)>& codeOf, const std::function<void()>& work) {
     std::promise<int> asked;
     std::thread worker([&] {
         const int made = askAboutFileCalls();
@@ -94,7 +95,7 @@ int callsWhileOneIsRefused(int number, int code, const std::function<void()>& wo
     const Platform::Posix::Descriptor listener(made);
     int calls = 0;
     while (made >= 0 && awaitCall(made)) {
-        if (answerNext(made, calls == number ? code : 0)) {
+        if (answerNext(made, codeOf)) {
             ++calls;
         }
     }
@@ -103,6 +104,11 @@ int callsWhileOneIsRefused(int number, int code, const std::function<void()>& wo
         throw std::system_error(-made, std::generic_category(), "seccomp");
     }
     return calls;
+}
+
+int callsWhileOneIsRefused(int number, int code, const std::function<void()>& work) {
+    int next = 0;
+    return askAboutEachCall([&](long) { return next++ == number ? code : 0; }, work);
 }
 
 int refuseEachCall(int code, const std::function<void()>& prepare, const std::function<void()>& work,

@@ -4,9 +4,13 @@
 
 namespace PlatformTests {
 
-/// Does `work` on a thread of its own, where the kernel refuses one call that deals with files: the one of
-/// this number (from 0), with `code`; the threads that `work` starts count too (seccomp_unotify(2)). Returns
-/// how many such calls there were. Throws std::system_error where the kernel cannot do this.
+/// Does `work` on a thread of its own, where the kernel asks `codeOf`, on the caller's thread, about each
+/// call that deals with files, by its SYS_ number: 0 lets it happen, a code of errno(3) is what it fails
+/// with; the threads that `work` starts count too (seccomp_unotify(2)). Returns how many such calls there
+/// were. Throws std::system_error where the kernel cannot do this.
+int askAboutEachCall(const std::function<int(long call)>& codeOf, const std::function<void()>& work);
+
+/// The same, where one call is refused with `code`: the one of this number, from 0.
 [[nodiscard]] int callsWhileOneIsRefused(int number, int code, const std::function<void()>& work);
 
 /// Does everything again and again, with the next call of `work` refused each time, and at last with none:
