@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <filesystem>
 #include <string>
@@ -78,9 +79,12 @@ TEST_F(ManyFailures, OfAChangeOfOwnerAreAllReportedOnce) {
 }
 
 TEST_F(ManyFailures, OfARemovalAreReportedAsTheFirstInTheTree) {
-    for (const char* folder : {"top/a", "top/a/below", "top/b", "top/c"}) {
+    const std::array folders{"top/a", "top/a/below", "top/b", "top/c"};
+    for (const char* folder : folders) {
         makeTheirFolder(folder);
         makeFiles(folder, 300);
+    }
+    for (const char* folder : folders) {
         ASSERT_EQ(::chmod(path(folder).c_str(), 0555), 0);
     }
     const auto result = withoutPrivileges([&] {

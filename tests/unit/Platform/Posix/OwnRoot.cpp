@@ -6,23 +6,30 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <string>
 
 namespace PlatformTests {
 
 namespace {
 
-/// Becomes root without being it: of a namespace that knows this user alone.
-bool becomeRoot() {
-    const std::string map = "0 " + std::to_string(::geteuid()) + " 1";
-    if (::unshare(CLONE_NEWUSER) != 0) {
-        return false;
-    }
-    std::FILE* file = std::fopen("/proc/self/uid_map", "w");
-    const bool written = file != nullptr && std::fputs(map.c_str(), file) >= 0;
-    return file != nullptr && std::fclose(file) == 0 && written && ::geteuid() == 0;
+bool write(const char* path, const std::string& text) {
+    std::FILE* file = std::fopen(path, "w");
+    const bool written = file != nullptr && std::fputs(text.c_str(), file) >= 0;
+    return file != nullptr && std::fclose(file) == 0 && written;
 }
 
 }  // namespace
+
+bool becomeUser(unsigned user) {
+    if (::geteuid() == 0) {
+        return ::setuid(user) == 0;
+    }
+    const auto map = [user](unsigned own) { return std::to_string(user) + " " + std::to_string(own) + " 1"; };
+    const std::string users = map(::geteuid());
+    const std::string groups = map(::getegid());
+    return ::unshare(CLONE_NEWUSER) == 0 && write("/proc/self/setgroups", "deny") &&
+           write("/proc/self/uid_map", users) && write("/proc/self/gid_map", groups) && ::geteuid() == user;
+}
 
 OwnRoot::OwnRoot() {
     for (const char* name : {"Library", "Library/Application Support", "Library/LaunchDaemons", "Users",
@@ -47,8 +54,7 @@ bool OwnRoot::run(const std::function<void()>& check) const {
     std::fflush(stdout);
     const pid_t child = ::fork();
     if (child == 0) {
-        const bool inside =
-            (::geteuid() == 0 || becomeRoot()) && ::chroot(scratch_.path().c_str()) == 0 && ::chdir("/") == 0;
+        const bool inside = becomeUser(0) && ::chroot(scratch_.path().c_str()) == 0 && ::chdir("/") == 0;
         EXPECT_TRUE(inside) << "no root folder of its own";
         if (inside) {
             check();

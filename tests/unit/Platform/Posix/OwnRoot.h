@@ -26,4 +26,8 @@ class OwnRoot {
 
 constexpr unsigned kAlice = 1501;
 
+/// Makes this process one of another user: for good if it is root's, else in a namespace that knows this user
+/// alone (user_namespaces(7)). False if neither can be.
+[[nodiscard]] bool becomeUser(unsigned user);
+
 }  // namespace PlatformTests

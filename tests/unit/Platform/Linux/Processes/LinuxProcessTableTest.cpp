@@ -14,6 +14,7 @@
 #include <optional>
 
 #include "Platform/Linux/Processes/LinuxProcessTable.h"
+#include "Posix/OwnRoot.h"
 #include "ProcessTableContract.h"
 #include "RealProcesses.h"
 #include "support/FakeMac.h"
@@ -99,11 +100,15 @@ TEST(ProcessTable, ListsTheProcessesOfOneUser) {
     const auto user = ::geteuid();
     EXPECT_TRUE(contains(allPids(PidListType::effectiveUser, user), ::getpid()));
     // Other processes may change their user at any time; this one does it here.
-    const auto result = withoutPrivileges([user] {
-        const bool isListed = contains(allPids(PidListType::effectiveUser, ::geteuid()), ::getpid());
-        return isListed && !contains(allPids(PidListType::effectiveUser, user), ::getpid()) ? 0 : 1;
-    });
-    EXPECT_EQ(result, std::optional(0));
+    const pid_t child = ::fork();
+    if (child == 0) {
+        const bool isListed =
+            becomeUser(kAlice) && contains(allPids(PidListType::effectiveUser, kAlice), ::getpid());
+        ::_exit(isListed && !contains(allPids(PidListType::effectiveUser, user), ::getpid()) ? 0 : 1);
+    }
+    int status = -1;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
     EXPECT_TRUE(allPids(PidListType::effectiveUser, 3'999'999'999U).empty());
 }
 
