@@ -2,6 +2,7 @@
 
 import pathlib
 import re
+import subprocess
 import tempfile
 import unittest
 
@@ -189,6 +190,24 @@ class Programs(unittest.TestCase):
         self.assertEqual(rooms.Program("T").tests_but(), "*-:")
         self.assertEqual(rooms.Program("T").tests_but("A.b:C.d"), "*-:A.b:C.d")
         self.assertEqual(rooms.Program("T", without="Page.*").tests_but("A.b"), "*-Page.*:A.b")
+
+
+class Waiting(unittest.TestCase):
+    CHATTY = "while :; do echo; sleep 0.1; done"
+
+    def status(self, script, wall=1000, silence=1000):
+        with tempfile.NamedTemporaryFile() as log:
+            child = subprocess.Popen(["sh", "-c", script], stdout=log, start_new_session=True)
+            return workshop.wait_for(child, workshop.Limits(wall, 1000, silence), pathlib.Path(log.name))
+
+    def test_a_program_that_ends_is_waited_for(self):
+        self.assertEqual(self.status("exit 3"), 3)
+
+    def test_a_program_that_goes_on_for_ever_is_ended_though_it_writes(self):
+        self.assertIsNone(self.status(self.CHATTY, wall=0))
+
+    def test_a_program_that_is_silent_for_too_long_is_ended(self):
+        self.assertIsNone(self.status("echo; sleep 1000", silence=0))
 
 
 class SlowTests(unittest.TestCase):

@@ -1,5 +1,6 @@
 """A copy of the sources with a build folder of its own, in which mutants are built and their tests run."""
 
+import dataclasses
 import hashlib
 import json
 import os
@@ -25,6 +26,14 @@ PRECOMPILED = """algorithm array atomic charconv chrono condition_variable funct
 string_view thread variant vector"""
 MEMORY = 8 << 30
 FILE_SIZE = 1 << 30
+
+
+@dataclasses.dataclass(frozen=True)
+class Limits:
+    """How many seconds a test program may take: by the clock, of a processor, and without a word in its log."""
+    wall: float
+    processor: float
+    silence: float
 
 
 class Refusal(Exception):
@@ -90,10 +99,10 @@ class Workshop:
         for program in programs:
             if program.target in self.limits:
                 continue
-            outcome, test, wall = self.run(self.build / "bin" / program.target, program.tests_but(), (1800, 1800))
+            outcome, test, wall = self.run(self.build / "bin" / program.target, program.tests_but(), Limits(1800, 1800, 1800))
             if outcome != "passed":
                 raise Refusal(f"{program.target} {outcome} unmutated ({test}); see {self.log}")
-            self.limits[program.target] = (20 + 10 * wall, 10 + 5 * wall)
+            self.limits[program.target] = Limits(20 + 10 * wall, 10 + 5 * wall, 20 + 10 * max(test_times(self.log).values()))
             self.slow[program.target] = ":".join(slow_tests(self.log))
 
     # Compiling and linking
@@ -235,10 +244,9 @@ class Workshop:
     def run(self, executable, tests, limits, *more, number=0):
         """Runs a test program: what became of it, the test that failed or ran last, and the seconds of wall
         clock that it took: the processor's are lost with the sandbox, whose first process nobody waits for."""
-        wall, processor = limits
 
         def bounds():
-            resource.setrlimit(resource.RLIMIT_CPU, (int(processor), int(processor) + 1))
+            resource.setrlimit(resource.RLIMIT_CPU, (int(limits.processor), int(limits.processor) + 1))
             resource.setrlimit(resource.RLIMIT_AS, (MEMORY, MEMORY))
             resource.setrlimit(resource.RLIMIT_FSIZE, (FILE_SIZE, FILE_SIZE))
             resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
@@ -248,18 +256,30 @@ class Workshop:
         with open(self.log, "w", encoding="utf-8") as log:
             child = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=log, stderr=log, start_new_session=True,
                                      preexec_fn=bounds, env={**os.environ, schemata.VARIABLE: str(number)})
-            try:
-                status = child.wait(timeout=wall)
-            except subprocess.TimeoutExpired:
-                os.killpg(child.pid, signal.SIGKILL)
-                child.wait()
-                status = None
+            status = wait_for(child, limits, self.log)
         seconds = time.monotonic() - start
         if status == 0:
             return "passed", "", seconds
         if status is None or status in (128 + signal.SIGXCPU, 128 + signal.SIGKILL):
             return "timeout", noticing_test(self.log), seconds
         return "failed", noticing_test(self.log) or f"status {status}", seconds
+
+
+def wait_for(child, limits, log):
+    """The exit status of a test program; nothing if it, or a test of it by what it writes to its log, took too long."""
+    started = heard = time.monotonic()
+    size = 0
+    while True:
+        try:
+            return child.wait(timeout=0.5)
+        except subprocess.TimeoutExpired:
+            now = time.monotonic()
+            if log.stat().st_size != size:
+                size, heard = log.stat().st_size, now
+            if now - started > limits.wall or now - heard > limits.silence:
+                os.killpg(child.pid, signal.SIGKILL)
+                child.wait()
+                return None
 
 
 def noticing_test(log):
@@ -273,10 +293,14 @@ def noticing_test(log):
     return running
 
 
-def slow_tests(log):
-    """The tests that took longer than a second by the log."""
+def test_times(log):
+    """How many seconds each test took by the log."""
     times = re.findall(r"^\[       OK \] ([^\s,]+).* \((\d+) ms\)$", log.read_text(encoding="utf-8", errors="replace"), re.MULTILINE)
-    return [test for test, milliseconds in times if int(milliseconds) > 1000]
+    return {test: int(milliseconds) / 1000 for test, milliseconds in times}
+
+
+def slow_tests(log):
+    return [test for test, seconds in test_times(log).items() if seconds > 1]
 
 
 def top_level_names(checkout):
