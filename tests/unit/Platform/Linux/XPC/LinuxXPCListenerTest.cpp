@@ -17,7 +17,7 @@ using namespace XPCTests;
 using Lines = std::vector<std::string>;
 
 TEST(XPCListener, ReturnsWhenNobodyIsConnectedForItsIdleTime) {
-    TestService service;
+    TestService service("com.norvik.test", 1);
     service.start();
 }
 
@@ -31,14 +31,14 @@ TEST(XPCListener, WaitsItsIdleTimeInMillisecondsOrAsLongAsItCan) {
 
 TEST(XPCListener, StaysWhileATransactionIsOpen) {
     Journal journal;
-    auto service = std::make_unique<TestService>();
+    auto service = std::make_unique<TestService>("com.norvik.test", 0);
     auto transaction = service->listener().transaction();
     service->start();
     std::thread waiter([&] {
         service.reset();
         journal.add("returned");
     });
-    std::this_thread::sleep_for(std::chrono::milliseconds(1500));
+    std::this_thread::sleep_for(std::chrono::milliseconds(500));
     EXPECT_EQ(journal.lines(), Lines());
     transaction.reset();
     EXPECT_EQ(journal.waitFor(1), Lines{"returned"});

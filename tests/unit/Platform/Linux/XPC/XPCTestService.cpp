@@ -61,8 +61,8 @@ void TestObject::message(std::string_view selector, std::vector<Platform::XPCVal
     }
 }
 
-TestService::TestService(std::optional<std::string> identity, std::uint32_t idleSeconds)
-    : idleSeconds_(idleSeconds) {
+TestService::TestService(std::optional<std::string> identity, std::optional<std::uint32_t> idleSeconds)
+    : idleSeconds_(idleSeconds.value_or(0)) {
     std::string pattern = testing::TempDir() + "xpc.XXXXXX";
     folder_ = ::mkdtemp(pattern.data());
     path_ = folder_ + "/service";
@@ -76,6 +76,9 @@ TestService::TestService(std::optional<std::string> identity, std::uint32_t idle
         std::move(socket),
         std::vector<std::string>{R"(identifier "com.norvik.test" and anchor apple generic)"},
         [identity = std::move(identity)](std::int32_t) { return identity; });
+    if (!idleSeconds) {
+        stays_ = listener_->transaction();
+    }
 }
 
 void TestService::start() {
@@ -95,6 +98,7 @@ void TestService::start() {
 }
 
 TestService::~TestService() {
+    stays_.reset();
     if (thread_.joinable()) {
         thread_.join();
     }

@@ -55,9 +55,10 @@ class TestObject final : public Platform::XPCObject {
 /// A listener on a socket in a scratch folder, served by a separate thread.
 class TestService {
   public:
-    /// Clients of the identity "com.norvik.test" are taken; `identity` is what every peer is said to be.
+    /// Clients of the identity "com.norvik.test" are taken; `identity` is what every peer is said to be. It
+    /// serves until it has been idle for so long; without a time, to the test's end.
     explicit TestService(std::optional<std::string> identity = "com.norvik.test",
-                         std::uint32_t idleSeconds = 1);
+                         std::optional<std::uint32_t> idleSeconds = std::nullopt);
     TestService(const TestService&) = delete;
     TestService& operator=(const TestService&) = delete;
     /// Waits for the service to go idle.
@@ -86,6 +87,7 @@ class TestService {
     std::string path_;
     std::uint32_t idleSeconds_;
     std::unique_ptr<Platform::Linux::LinuxXPCListener> listener_;
+    std::shared_ptr<void> stays_;
     std::thread thread_;
     std::mutex mutex_;
     std::vector<std::weak_ptr<Platform::XPCConnection>> connections_;
