@@ -76,6 +76,7 @@ TEST_F(CopyWhileACallFails, ReportsTheFailure) {
         {"link", SYS_fchownat, EIO},
         {"link", SYS_utimensat, EIO},
         {"fifo", SYS_mknodat, EIO},
+        {"fifo", kChangeModeCall, EIO},
         {"fifo", SYS_fchownat, EIO},
         {"fifo", SYS_utimensat, EIO},
         {"folder", SYS_mkdirat, ENOSPC},
@@ -102,6 +103,12 @@ TEST_F(CopyWhileACallFails, DoesWithoutWhatAFileSystemMayNotHave) {
         EXPECT_EQ(codeOf(failure, copy), 0);
         EXPECT_TRUE(contentsOf(scratch_.path(copy)) == contentsOf(scratch_.path(failure.item)));
     }
+}
+
+TEST_F(CopyWhileACallFails, KeepsModesUnderAKernelThatSetsThemByNameAlone) {
+    ASSERT_EQ(::chmod(scratch_.path("fifo").c_str(), 0604), 0);
+    EXPECT_EQ(codeOf({"fifo", kChangeModeCall, ENOSYS}, "copy"), 0);
+    EXPECT_EQ(statusOf(scratch_.path("copy")).st_mode, statusOf(scratch_.path("fifo")).st_mode);
 }
 
 TEST(CopyOfAKernelsFile, IsWholeThoughItClaimsToBeEmpty) {

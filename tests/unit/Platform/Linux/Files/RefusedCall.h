@@ -4,6 +4,9 @@
 
 namespace PlatformTests {
 
+/// fchmodat2(2), which headers before Linux 6.6 do not know.
+constexpr long kChangeModeCall = 452;
+
 /// Does `work` on a thread of its own, where the kernel asks `codeOf`, on the caller's thread, about each
 /// call that deals with files, by its SYS_ number: 0 lets it happen, a code of errno(3) is what it fails
 /// with; the threads that `work` starts count too (seccomp_unotify(2)). Returns how many such calls there

@@ -1,10 +1,31 @@
 #include <gtest/gtest.h>
+#include <poll.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
-#include <chrono>
+#include <atomic>
+#include <ctime>
 
 #include "InstallCommon/XPC/InstallationXPCUtils.h"
 #include "XPCTestClient.h"
 #include "XPCTestService.h"
+
+namespace {
+
+constexpr int kNoLimit = -2;
+/// How long this test program's last wait for a descriptor may take, in milliseconds; for ever if negative.
+std::atomic<int> lastLimit{kNoLimit};
+
+}  // namespace
+
+/// Takes the place of the C library's.
+extern "C" int poll(pollfd* descriptors, nfds_t count, int limit) {
+    lastLimit = limit;
+    lastLimit.notify_all();
+    const timespec duration{limit / 1000, limit % 1000 * 1'000'000L};
+    return static_cast<int>(
+        ::syscall(SYS_ppoll, descriptors, count, limit < 0 ? nullptr : &duration, nullptr, 0));
+}
 
 namespace {
 
@@ -36,26 +57,50 @@ TEST(XPCConnection, ALargeMessageArrivesWhole) {
     client.connection->invalidate();
 }
 
+/// An object to pass; notes what it hears, and its end.
+class Ear final : public Platform::XPCObject {
+  public:
+    explicit Ear(std::shared_ptr<Journal> heard) : heard_(std::move(heard)) {}
+    ~Ear() override { heard_->add("let go of"); }
+
+    [[nodiscard]] std::string_view protocolName() const override { return "Ear"; }
+    void message(std::string_view selector, std::vector<Platform::XPCValue> arguments,
+                 Platform::XPCReply /*reply*/) override {
+        heard_->add(std::string(selector) + std::get<std::string>(arguments.at(0)));
+    }
+
+  private:
+    std::shared_ptr<Journal> heard_;
+};
+
+/// Passes an ear, which hears so many words. Returns what it notes.
+std::shared_ptr<Journal> passEar(const Client& client, std::int32_t words) {
+    auto heard = std::make_shared<Journal>();
+    std::vector<Platform::XPCValue> arguments;
+    arguments.emplace_back(std::shared_ptr<Platform::XPCObject>(std::make_shared<Ear>(heard)));
+    arguments.emplace_back(words);
+    client.connection->remoteObjectProxy()->message("callBack:times:", std::move(arguments), {});
+    return heard;
+}
+
 TEST(XPCConnection, AnObjectThatWasPassedIsCalledBack) {
-    class Ear final : public Platform::XPCObject {
-      public:
-        [[nodiscard]] std::string_view protocolName() const override { return "Ear"; }
-        void message(std::string_view selector, std::vector<Platform::XPCValue> arguments,
-                     Platform::XPCReply /*reply*/) override {
-            heard.add(std::string(selector) + std::get<std::string>(arguments.at(0)));
-        }
-        Journal heard;
-    };
     TestService service;
     service.start();
     const Client client(service);
     client.connection->resume();
-    const auto ear = std::make_shared<Ear>();
-    std::vector<Platform::XPCValue> arguments;
-    arguments.emplace_back(std::shared_ptr<Platform::XPCObject>(ear));
-    arguments.emplace_back(std::int32_t{3});
-    client.connection->remoteObjectProxy()->message("callBack:times:", std::move(arguments), {});
-    EXPECT_EQ(ear->heard.waitFor(3), (Lines{"say:0", "say:1", "say:2"}));
+    EXPECT_EQ(passEar(client, 3)->waitFor(3), (Lines{"say:0", "say:1", "say:2"}));
+    client.connection->invalidate();
+}
+
+TEST(XPCConnection, AnObjectThatWasPassedIsLetGoOfWhenThePeerGoesAway) {
+    TestService service;
+    service.start();
+    const Client client(service);
+    client.connection->resume();
+    const std::shared_ptr<Journal> heard = passEar(client, 1);
+    EXPECT_EQ(heard->waitFor(1), Lines{"say:0"});
+    service.dropConnections();
+    EXPECT_EQ(heard->waitFor(2), (Lines{"say:0", "let go of"}));
     client.connection->invalidate();
 }
 
@@ -95,6 +140,15 @@ TEST(XPCConnection, ASynchronousCallToAServiceThatDoesNotExistFails) {
               "failed: The connection to service named test.service was invalidated.");
     EXPECT_EQ(ask(client.connection, "/p"),
               "failed: The connection to service named test.service was invalidated.");
+}
+
+TEST(XPCConnection, SleepsWhileThereIsNothingToSend) {
+    const Client client(testing::TempDir() + "no-such-service");
+    lastLimit = kNoLimit;
+    client.connection->resume();
+    lastLimit.wait(kNoLimit);
+    EXPECT_EQ(lastLimit, -1);
+    client.connection->invalidate();
 }
 
 TEST(XPCConnection, InvalidateCallsTheHandlerOnceAndLaterMessagesGoNowhere) {
