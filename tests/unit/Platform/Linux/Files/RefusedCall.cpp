@@ -24,23 +24,24 @@
 namespace PlatformTests {
 namespace {
 
-constexpr long kFileCalls[] = {
+constexpr long kCalls[] = {
 #ifdef SYS_readlink
     // On older processors only.
     SYS_readlink,
 #endif
-    kChangeModeCall, SYS_copy_file_range, SYS_faccessat,  SYS_faccessat2, SYS_fchmod,    SYS_fchmodat,
-    SYS_fchown,      SYS_fchownat,        SYS_fgetxattr,  SYS_flistxattr, SYS_fsetxattr, SYS_fstat,
-    SYS_fstatfs,     SYS_ftruncate,       SYS_getdents64, SYS_ioctl,      SYS_linkat,    SYS_lseek,
-    SYS_mkdirat,     SYS_mknodat,         SYS_newfstatat, SYS_openat,     SYS_pread64,   SYS_pwrite64,
-    SYS_read,        SYS_readlinkat,      SYS_renameat,   SYS_renameat2,  SYS_statx,     SYS_symlinkat,
-    SYS_unlinkat,    SYS_utimensat,       SYS_write};
+    kChangeModeCall, SYS_connect, SYS_copy_file_range, SYS_faccessat,  SYS_faccessat2, SYS_fchmod,
+    SYS_fchmodat,    SYS_fchown,  SYS_fchownat,        SYS_fgetxattr,  SYS_flistxattr, SYS_fsetxattr,
+    SYS_fstat,       SYS_fstatfs, SYS_ftruncate,       SYS_getdents64, SYS_ioctl,      SYS_linkat,
+    SYS_lseek,       SYS_mkdirat, SYS_mknodat,         SYS_newfstatat, SYS_openat,     SYS_pread64,
+    SYS_pwrite64,    SYS_read,    SYS_readlinkat,      SYS_renameat,   SYS_renameat2,  SYS_sendmsg,
+    SYS_setsockopt,  SYS_socket,  SYS_statx,           SYS_symlinkat,  SYS_unlinkat,   SYS_utimensat,
+    SYS_write};
 
 /// From now on, the kernel asks the reader of the result about each such call of this thread and of those
 /// that it starts. -errno if it cannot.
-int askAboutFileCalls() {
+int askAboutCalls() {
     std::vector<sock_filter> steps{{BPF_LD | BPF_W | BPF_ABS, 0, 0, offsetof(seccomp_data, nr)}};
-    for (const long call : kFileCalls) {
+    for (const long call : kCalls) {
         steps.push_back({BPF_JMP | BPF_JEQ | BPF_K, 0, 1, static_cast<std::uint32_t>(call)});
         steps.push_back({BPF_RET | BPF_K, 0, 0, SECCOMP_RET_USER_NOTIF});
     }
@@ -85,7 +86,7 @@ bool answerNext(int listener, const std::function<int(long call)>& codeOf) {
 int askAboutEachCall(const std::function<int(long call)>& codeOf, const std::function<void()>& work) {
     std::promise<int> asked;
     std::thread worker([&] {
-        const int made = askAboutFileCalls();
+        const int made = askAboutCalls();
         asked.set_value(made);
         if (made >= 0) {
             work();

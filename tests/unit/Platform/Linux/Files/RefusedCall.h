@@ -8,9 +8,9 @@ namespace PlatformTests {
 constexpr long kChangeModeCall = 452;
 
 /// Does `work` on a thread of its own, where the kernel asks `codeOf`, on the caller's thread, about each
-/// call that deals with files, by its SYS_ number: 0 lets it happen, a code of errno(3) is what it fails
-/// with; the threads that `work` starts count too (seccomp_unotify(2)). Returns how many such calls there
-/// were. Throws std::system_error where the kernel cannot do this.
+/// call that deals with files, attributes or sockets, by its SYS_ number: 0 lets it happen, a code of errno(3)
+/// is what it fails with; the threads that `work` starts count too (seccomp_unotify(2)). Returns how many such
+/// calls there were. Throws std::system_error where the kernel cannot do this.
 int askAboutEachCall(const std::function<int(long call)>& codeOf, const std::function<void()>& work);
 
 /// The same, where one call is refused with `code`: the one of this number, from 0.

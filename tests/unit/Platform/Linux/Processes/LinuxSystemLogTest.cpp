@@ -4,11 +4,14 @@
 #include <gtest/gtest.h>
 #include <stdlib.h>
 #include <sys/socket.h>
+#include <sys/syscall.h>
 #include <sys/un.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
+#include <atomic>
+#include <cerrno>
 #include <csignal>
 #include <cstring>
 #include <functional>
@@ -16,6 +19,7 @@
 #include <thread>
 #include <vector>
 
+#include "Linux/Files/RefusedCall.h"
 #include "Platform/Linux/Processes/StandardErrorLog.h"
 #include "support/Scratch.h"
 
@@ -232,6 +236,78 @@ TEST(SystemLog, SurvivesAStandardErrorWhoseReaderHasGone) {
     sigset_t blocked;
     ::pthread_sigmask(SIG_SETMASK, nullptr, &blocked);
     EXPECT_EQ(::sigismember(&blocked, SIGPIPE), 0);
+}
+
+class SystemLogWhileCallsFail : public testing::Test {
+  protected:
+    /// How often an entry of this size is tried to be sent, where each attempt fails so, by its number from
+    /// 1; the next entry's does not.
+    [[nodiscard]] int attempts(std::size_t size, const std::function<int(int number)>& failure) {
+        const StandardErrorOf redirected(nowhere());
+        int count = 0;
+        isOver_ = false;
+        askAboutEachCall([&](long call) { return call == SYS_sendmsg && !isOver_ ? failure(++count) : 0; },
+                         [&] {
+                             log_.log(std::string(size, 'x'));
+                             isOver_ = true;
+                             log_.log("next");
+                         });
+        return count;
+    }
+
+    Scratch scratch_;
+    Receiver receiver_{scratch_.path("log")};
+    LinuxSystemLog log_{scratch_.path("log")};
+
+  private:
+    std::atomic<bool> isOver_{false};
+};
+
+TEST_F(SystemLogWhileCallsFail, AnInterruptedEntryIsSentAgain) {
+    EXPECT_EQ(attempts(10, [](int number) { return number <= 5 ? EINTR : 0; }), 6);
+    EXPECT_EQ(receiver_.nextText(), std::string(10, 'x'));
+    EXPECT_EQ(receiver_.nextText(), "next");
+}
+
+TEST_F(SystemLogWhileCallsFail, AnEntryThatCannotBeSentIsTriedTwice) {
+    EXPECT_EQ(attempts(10, [](int) { return EIO; }), 2);
+    EXPECT_EQ(receiver_.nextText(), "next");
+}
+
+TEST_F(SystemLogWhileCallsFail, AnEntryWithoutRoomIsSentInHalves) {
+    for (const int code : {ENOBUFS, EMSGSIZE}) {
+        EXPECT_EQ(attempts(1000, [code](int number) { return number == 1 ? code : 0; }), 3);
+        EXPECT_EQ(receiver_.nextText(), std::string(500, 'x'));
+        EXPECT_EQ(receiver_.nextText(), std::string(500, 'x'));
+        EXPECT_EQ(receiver_.nextText(), "next");
+    }
+}
+
+TEST_F(SystemLogWhileCallsFail, PiecesAreHalvedDownToTheShortest) {
+    // The whole, 1500, 750, 375 and at last 256 bytes.
+    for (const int code : {ENOBUFS, EMSGSIZE}) {
+        EXPECT_EQ(attempts(3000, [code](int) { return code; }), 5);
+        EXPECT_EQ(receiver_.nextText(), "next");
+    }
+    EXPECT_EQ(attempts(1000, [](int number) { return number == 1 ? ENOBUFS : EIO; }), 2);
+    EXPECT_EQ(receiver_.nextText(), "next");
+}
+
+TEST(StandardErrorLog, WritesOnAfterAnInterruptionAndNotAfterAFailure) {
+    const Scratch scratch;
+    int attempts = 0;
+    const auto linesWhile = [&](const std::function<int(int number)>& failure) {
+        attempts = 0;
+        return standardErrorOf(scratch.path("stderr"), [&] {
+            askAboutEachCall([&](long call) { return call == SYS_write ? failure(++attempts) : 0; },
+                             [] { Platform::Linux::writeToStandardError("program", "text"); });
+        });
+    };
+    const std::string whole = linesWhile([](int number) { return number <= 3 ? EINTR : 0; });
+    EXPECT_TRUE(whole.ends_with("] text\n")) << whole;
+    EXPECT_EQ(attempts, 4);
+    EXPECT_EQ(linesWhile([](int) { return EIO; }), "");
+    EXPECT_EQ(attempts, 1);
 }
 
 TEST(SystemLog, TakesEntriesFromSeveralThreads) {

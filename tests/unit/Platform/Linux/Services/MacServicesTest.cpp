@@ -1,14 +1,20 @@
 // The one packet that goes to process 1, and the one that comes back.
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <pthread.h>
 #include <signal.h>
+#include <sys/resource.h>
+#include <sys/socket.h>
 #include <sys/syscall.h>
 #include <sys/un.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <atomic>
+#include <cerrno>
 #include <fstream>
+#include <functional>
 
 #include "FakeProcessOne.h"
 
@@ -49,8 +55,40 @@ TEST(MacServices, NothingWhenNobodyListens) {
 
 TEST(MacServices, NothingWhenTheServerClosesWithoutAnAnswer) {
     const FakeProcessOne one([](const std::string&) { return std::nullopt; });
+    // Of an earlier call: this is no interruption.
+    errno = EINTR;
     EXPECT_EQ(one.services().request({"lookup", "x"}), std::nullopt);
     EXPECT_EQ(one.requests().size(), 1U);
+}
+
+/// Whether a process of its own finds this so.
+bool holdsInAChild(const std::function<bool()>& check) {
+    const pid_t child = ::fork();
+    if (child == 0) {
+        ::_exit(check() ? 7 : 1);
+    }
+    int status = 0;
+    return ::waitpid(child, &status, 0) == child && WIFEXITED(status) && WEXITSTATUS(status) == 7;
+}
+
+TEST(MacServices, AConnectionMayHaveTheNumberOfStandardInput) {
+    const FakeProcessOne one(Fields{"0"});
+    EXPECT_TRUE(holdsInAChild([&] {
+        ::close(STDIN_FILENO);
+        return one.services().request({"lookup"}) == Fields{"0"};
+    }));
+}
+
+TEST(MacServices, NothingWithoutAFreeDescriptorAndStandardInputStays) {
+    const FakeProcessOne one(Fields{"0"});
+    EXPECT_TRUE(holdsInAChild([&] {
+        const rlimit none{1, 1};
+        int pair[2];
+        return ::socketpair(AF_UNIX, SOCK_SEQPACKET, 0, pair) == 0 && ::dup2(pair[0], STDIN_FILENO) == 0 &&
+               ::setrlimit(RLIMIT_NOFILE, &none) == 0 && !one.services().request({"lookup"}) &&
+               ::fcntl(STDIN_FILENO, F_GETFD) != -1;
+    }));
+    EXPECT_EQ(one.packets(), std::vector<std::string>());
 }
 
 TEST(MacServices, SendsNoFieldThatHasANulByte) {

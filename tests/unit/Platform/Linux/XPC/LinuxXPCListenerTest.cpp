@@ -155,6 +155,10 @@ TEST(Requirement, NamesItsIdentifier) {
     using Platform::Linux::identifierOfRequirement;
     EXPECT_EQ(identifierOfRequirement(R"(identifier "a.b" and anchor apple generic)"), "a.b");
     EXPECT_EQ(identifierOfRequirement(R"(anchor apple and identifier "a.b")"), "a.b");
+    EXPECT_EQ(identifierOfRequirement(R"(identifier "a.b" and certificate leaf[subject.OU] = "TEAM")"),
+              "a.b");
+    EXPECT_EQ(identifierOfRequirement(R"(identifier "a.b" or identifier "c.d")"), "a.b");
+    EXPECT_EQ(identifierOfRequirement(R"(identifier "")"), "");
     EXPECT_EQ(identifierOfRequirement("anchor apple generic"), std::nullopt);
     EXPECT_EQ(identifierOfRequirement(R"(identifier "a.b)"), std::nullopt);
 }
