@@ -50,8 +50,13 @@ class CountingSemaphore final : public Semaphore {
 }  // namespace
 
 MonotonicCondition::MonotonicCondition() {
+    // Whoever lets go of what they do not hold is told so.
+    pthread_mutexattr_t checks;
+    require(::pthread_mutexattr_init(&checks));
+    require(::pthread_mutexattr_settype(&checks, PTHREAD_MUTEX_ERRORCHECK));
+    require(::pthread_mutex_init(&mutex_, &checks));
+    ::pthread_mutexattr_destroy(&checks);
     pthread_condattr_t attributes;
-    require(::pthread_mutex_init(&mutex_, nullptr));
     require(::pthread_condattr_init(&attributes));
     require(::pthread_condattr_setclock(&attributes, CLOCK_MONOTONIC));
     require(::pthread_cond_init(&condition_, &attributes));
