@@ -173,6 +173,14 @@ class Equivalents(unittest.TestCase):
                    if mutation.after == "f(0);"}
         self.assertEqual(reasons, {2: None, 4: "Why."})
 
+    def test_several_lines_above_tell_more(self):
+        text = "void g() {\n    a();\n    h();\n    f(1);\n    b();\n    h();\n    f(1);\n}\n"
+        named = equivalents.Equivalents("# A.\nF.cpp\n  a();\n  h();\n- f(1);\n+ f(0);\n\n"
+                                        "# B.\nF.cpp\n  b();\n  h();\n- f(1);\n+ f(0);\n")
+        reasons = {mutation.line: named.reason(mutation) for mutation in mutations.mutations_of("F.cpp", text)
+                   if mutation.after == "f(0);"}
+        self.assertEqual(reasons, {4: "A.", 7: "B."})
+
     def test_each_named_line_is_in_its_file_once(self):
         self.assertEqual(list(equivalents.Equivalents().vague(CHECKOUT)), [])
 
