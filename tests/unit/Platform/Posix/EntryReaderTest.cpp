@@ -2,8 +2,10 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <array>
+#include <string>
 
 #include "Platform/Posix/Descriptor.h"
 #include "Platform/Posix/EntryBuffer.h"
@@ -35,6 +37,18 @@ TEST(EntryReader, DoesNotStartAtWhatHasNoEntries) {
     const Descriptor second(ends[1]);
     EntryReader reader;
     EXPECT_NE(reader.start(first.get()), 0);
+}
+
+TEST(EntryReader, FindsNoEntriesInAFolderThatWasRemovedMeanwhile) {
+    const Scratch scratch;
+    const std::string path = scratch.path("folder");
+    makeFolder(path);
+    const Descriptor folder(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    EntryReader reader;
+    ASSERT_EQ(reader.start(folder.get()), 0);
+    ASSERT_EQ(::rmdir(path.c_str()), 0);
+    alignas(Platform::Posix::EntryRecord) std::array<char, Platform::Posix::EntryBuffer::kSize> room;
+    EXPECT_EQ(reader.read(room.data(), room.size()), 0);
 }
 
 }  // namespace

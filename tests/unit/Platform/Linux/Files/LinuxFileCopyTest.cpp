@@ -7,11 +7,15 @@
 
 #include <cerrno>
 #include <cstddef>
+#include <functional>
 #include <initializer_list>
 #include <optional>
 #include <string>
+#include <vector>
 
+#include "NativeFiles.h"
 #include "Platform/Posix/PosixFileManager.h"
+#include "Posix/OwnRoot.h"
 #include "RefusedCall.h"
 #include "support/Scratch.h"
 
@@ -109,6 +113,73 @@ TEST_F(CopyWhileACallFails, KeepsModesUnderAKernelThatSetsThemByNameAlone) {
     ASSERT_EQ(::chmod(scratch_.path("fifo").c_str(), 0604), 0);
     EXPECT_EQ(codeOf({"fifo", kChangeModeCall, ENOSYS}, "copy"), 0);
     EXPECT_EQ(statusOf(scratch_.path("copy")).st_mode, statusOf(scratch_.path("fifo")).st_mode);
+}
+
+/// What a test learns of a copy at each call of one kind that makes it.
+class CopyInTheMaking : public testing::Test {
+  protected:
+    void copyAnd(const std::string& source, long call, const std::function<void()>& look) {
+        const mode_t mask = ::umask(0);
+        std::optional<Platform::Error> error;
+        askAboutEachCall(
+            [&](long each) {
+                if (each == call) {
+                    look();
+                }
+                return each == SYS_ioctl ? EOPNOTSUPP : 0;
+            },
+            [&] { error = files_.copyItem(Base::URL::fileURL(source), scratch_.url("copy")); });
+        ::umask(mask);
+        EXPECT_FALSE(error) << error->description;
+    }
+
+    Scratch scratch_;
+    Platform::Posix::PosixFileManager files_;
+};
+
+TEST_F(CopyInTheMaking, OfAnOwnFileHasItsModeFromTheBeginning) {
+    for (const mode_t mode : {0755, 0640, 0766}) {
+        makeFile(scratch_.path("file"), "contents", mode);
+        bool changesMode = false;
+        copyAnd(scratch_.path("file"), SYS_fchmod, [&] { changesMode = true; });
+        EXPECT_FALSE(changesMode) << mode;
+        EXPECT_EQ(statusOf(scratch_.path("copy")).st_mode, S_IFREG | mode);
+        ASSERT_EQ(::unlink(scratch_.path("copy").c_str()), 0);
+    }
+}
+
+TEST_F(CopyInTheMaking, OfSomebodyElsesFileIsForItsMakerAlone) {
+    // To others than root, root's files are somebody else's.
+    std::string theirs = "/etc/passwd";
+    if (::geteuid() == 0) {
+        theirs = scratch_.path("theirs");
+        makeFile(theirs, "contents", 0644);
+        ASSERT_EQ(::chown(theirs.c_str(), kAlice, kAlice), 0);
+    }
+    std::vector<mode_t> modes;
+    copyAnd(theirs, SYS_write, [&] { modes.push_back(statusOf(scratch_.path("copy")).st_mode & 07777); });
+    EXPECT_EQ(modes, std::vector<mode_t>{0600});
+    EXPECT_EQ(statusOf(scratch_.path("copy")).st_mode & 07777, 0644U);
+}
+
+// On a disk: not every kernel keeps attributes in memory.
+TEST(CopyOfAReadOnlyFile, KeepsItsAttributes) {
+    const Scratch scratch(Scratch::currentFolder());
+    makeFolder(scratch.path("theirs"));
+    makeFile(scratch.path("theirs/file"), "contents", 0600);
+    ASSERT_EQ(setAttribute(scratch.path("theirs/file"), "user.sentrel.test", "value", 5), 0);
+    ASSERT_EQ(::chmod(scratch.path("theirs/file").c_str(), 0400), 0);
+    giveToUnprivileged(scratch.path("theirs"));
+    giveToUnprivileged(scratch.path("theirs/file"));
+    const auto result = withoutPrivileges([&] {
+        Platform::Posix::PosixFileManager files;
+        return files.copyItem(scratch.url("theirs/file"), scratch.url("theirs/copy")) ? 1 : 0;
+    });
+    EXPECT_EQ(result, std::optional(0));
+    char value[8] = {};
+    EXPECT_EQ(attribute(scratch.path("theirs/copy"), "user.sentrel.test", value, sizeof value), 5);
+    EXPECT_STREQ(value, "value");
+    EXPECT_EQ(statusOf(scratch.path("theirs/copy")).st_mode, S_IFREG | mode_t{0400});
 }
 
 TEST(CopyOfAKernelsFile, IsWholeThoughItClaimsToBeEmpty) {
