@@ -54,8 +54,7 @@ LinuxSystemLog::LinuxSystemLog(std::string socketPath)
 void LinuxSystemLog::log(std::string_view text) {
     const std::string heading = priorityAndTime() + nameAndPid(programName_);
     const std::lock_guard<std::mutex> guard(mutex_);
-    std::string_view unsent = text;
-    static_cast<void>(sendOrReconnect(heading, unsent));
+    sendOrReconnect(heading, text);
     if (isStandardErrorRead()) {
         writeToStandardError(programName_, text);
     }
@@ -100,24 +99,24 @@ int LinuxSystemLog::send(std::string_view heading, std::string_view text) {
     }
 }
 
-bool LinuxSystemLog::sendOrReconnect(std::string_view heading, std::string_view& text) {
+void LinuxSystemLog::sendOrReconnect(std::string_view heading, std::string_view text) {
     for (int attempt = 0; attempt < 2; ++attempt) {
         if (!socket_ && !connect()) {
-            return false;
+            return;
         }
         const int failure = send(heading, text);
         if (failure == 0) {
-            return true;
+            return;
         }
         if (failure == EMSGSIZE || failure == ENOBUFS) {
-            return sendInPieces(heading, text);
+            sendInPieces(heading, text);
+            return;
         }
         socket_.reset(-1);
     }
-    return false;
 }
 
-bool LinuxSystemLog::sendInPieces(std::string_view heading, std::string_view& text) {
+void LinuxSystemLog::sendInPieces(std::string_view heading, std::string_view text) {
     std::size_t limit = text.size() / 2;
     while (!text.empty()) {
         const std::string_view piece = Base::startOfUTF8(text, std::max(limit, kShortestPiece));
@@ -128,10 +127,9 @@ bool LinuxSystemLog::sendInPieces(std::string_view heading, std::string_view& te
             limit /= 2;
         } else {
             socket_.reset(-1);
-            return false;
+            return;
         }
     }
-    return true;
 }
 
 }  // namespace Platform::Linux

@@ -25,9 +25,8 @@ class LinuxSystemLog final : public SystemLog {
   private:
     [[nodiscard]] bool connect();
     [[nodiscard]] int send(std::string_view heading, std::string_view text);
-    /// Both remove what was sent from `text` and return whether everything was.
-    [[nodiscard]] bool sendOrReconnect(std::string_view heading, std::string_view& text);
-    [[nodiscard]] bool sendInPieces(std::string_view heading, std::string_view& text);
+    void sendOrReconnect(std::string_view heading, std::string_view text);
+    void sendInPieces(std::string_view heading, std::string_view text);
 
     const std::string socketPath_;
     const std::string programName_;
