@@ -42,6 +42,7 @@ class Timer {
 
     /// `start` and `interval` are passed on unchanged, in nanoseconds (dispatch_source_set_timer).
     virtual void schedule(std::uint64_t start, std::uint64_t interval, std::uint64_t leeway) = 0;
+    /// A second call has no effect.
     virtual void resume() = 0;
     virtual void cancel() = 0;
 };

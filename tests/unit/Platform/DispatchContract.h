@@ -209,6 +209,15 @@ TYPED_TEST_P(DispatchContract, TimerFiresAtItsStartAndThenAtEachInterval) {
 }
 
 // An absolute time taken for an interval: the first firing is at once, the next one some day.
+TYPED_TEST_P(DispatchContract, TimerMayBeResumedTwice) {
+    const auto fired = this->dispatch.makeSemaphore(0);
+    const auto timer = this->dispatch.makeTimer([&] { fired->signal(); });
+    timer->schedule(0, kLong, 0);
+    timer->resume();
+    timer->resume();
+    EXPECT_TRUE(fired->wait(this->clock.time(kLong)));
+}
+
 TYPED_TEST_P(DispatchContract, TimerUsesItsIntervalUnchanged) {
     const auto fired = this->dispatch.makeSemaphore(0);
     for (const std::uint64_t interval :
@@ -266,7 +275,7 @@ REGISTER_TYPED_TEST_SUITE_P(DispatchContract, SemaphoreHandsOutItsCounts,
                             QueueRunsBlocksOnOtherThreadsAndAtOnceReturns, QueueLetsBlocksOverlap,
                             QueueWaitsForItsBlocksWhenItIsDestroyed, QueueReturnsFromSyncWhenTheBlockHasEnded,
                             QueueRunsSyncFromItsOwnBlocks, SerialQueueRunsOneBlockAfterTheOtherOnOneThread,
-                            QueueMayBeDestroyedByItsOwnBlock, TimerIsMadeSuspended,
+                            QueueMayBeDestroyedByItsOwnBlock, TimerIsMadeSuspended, TimerMayBeResumedTwice,
                             TimerFiresAtItsStartAndThenAtEachInterval, TimerUsesItsIntervalUnchanged,
                             TimerDoesNotFireOnceItIsCancelledOrDestroyed, TimerMayBeDestroyedByItsHandler);
 

@@ -110,26 +110,22 @@ void ThreadQueue::async(std::function<void()> block) {
 }
 
 void ConcurrentQueue::sync(const std::function<void()>& block) {
-    MonotonicCondition::Lock lock(state_->changed);
-    // Keeps the order of starts: everything submitted before has to be started first.
-    const std::size_t before = state_->submitted.size();
-    if (before > 0) {
-        bool reached = false;
-        state_->submitted.emplace_back();
-        const auto* own = &state_->submitted.back();
-        while (!reached) {
-            reached = &state_->submitted.front() == own;
-            if (!reached) {
+    {
+        MonotonicCondition::Lock lock(state_->changed);
+        // Keeps the order of starts: everything submitted before has to be started first.
+        if (!state_->submitted.empty()) {
+            state_->submitted.emplace_back();
+            const auto* own = &state_->submitted.back();
+            while (&state_->submitted.front() != own) {
                 lock.wait();
             }
+            state_->submitted.pop_front();
+            state_->changed.notifyAll();
         }
-        state_->submitted.pop_front();
-        state_->changed.notifyAll();
+        ++state_->running;
     }
-    ++state_->running;
-    lock.unlock();
     block();
-    lock.lock();
+    const MonotonicCondition::Lock lock(state_->changed);
     --state_->running;
     state_->changed.notifyAll();
 }
@@ -140,9 +136,9 @@ void SerialQueue::sync(const std::function<void()>& block) {
         block();
         const MonotonicCondition::Lock lock(state_->changed);
         ended = true;
-        state_->changed.notifyAll();
     });
     MonotonicCondition::Lock lock(state_->changed);
+    // The thread tells of each block's end.
     while (!ended) {
         lock.wait();
     }

@@ -68,9 +68,6 @@ bool LinuxSystemLog::connect() {
     }
     std::memcpy(address.sun_path, socketPath_.c_str(), socketPath_.size());
     socket_ = Posix::Descriptor(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
-    if (!socket_) {
-        return false;
-    }
     // Root may exceed the system's limit, anybody may go up to it. Neither is needed for entries of usual
     // size.
     if (::setsockopt(socket_.get(), SOL_SOCKET, SO_SNDBUFFORCE, &kSendBuffer, sizeof kSendBuffer) != 0) {

@@ -75,8 +75,7 @@ class ThreadTimer final : public Timer {
     }
 
     void resume() override {
-        const MonotonicCondition::Lock lock(state_->changed);
-        if (!thread_.joinable() && !state_->cancelled) {
+        if (!thread_.joinable()) {
             thread_ = std::thread(run, state_);
         }
     }

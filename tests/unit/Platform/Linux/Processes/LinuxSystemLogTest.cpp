@@ -241,17 +241,24 @@ TEST(SystemLog, SurvivesAStandardErrorWhoseReaderHasGone) {
 class SystemLogWhileCallsFail : public testing::Test {
   protected:
     /// How often an entry of this size is tried to be sent, where each attempt fails so, by its number from
-    /// 1; the next entry's does not.
+    /// 1; the next entry is sent at once.
     [[nodiscard]] int attempts(std::size_t size, const std::function<int(int number)>& failure) {
         const StandardErrorOf redirected(nowhere());
         int count = 0;
+        int countOfNext = 0;
         isOver_ = false;
-        askAboutEachCall([&](long call) { return call == SYS_sendmsg && !isOver_ ? failure(++count) : 0; },
-                         [&] {
-                             log_.log(std::string(size, 'x'));
-                             isOver_ = true;
-                             log_.log("next");
-                         });
+        const auto failureOf = [&](long call) {
+            if (call == SYS_sendmsg && isOver_) {
+                ++countOfNext;
+            }
+            return call == SYS_sendmsg && !isOver_ ? failure(++count) : 0;
+        };
+        askAboutEachCall(failureOf, [&] {
+            log_.log(std::string(size, 'x'));
+            isOver_ = true;
+            log_.log("next");
+        });
+        EXPECT_EQ(countOfNext, 1);
         return count;
     }
 
@@ -270,7 +277,10 @@ TEST_F(SystemLogWhileCallsFail, AnInterruptedEntryIsSentAgain) {
 }
 
 TEST_F(SystemLogWhileCallsFail, AnEntryThatCannotBeSentIsTriedTwice) {
-    EXPECT_EQ(attempts(10, [](int) { return EIO; }), 2);
+    EXPECT_EQ(attempts(1000, [](int) { return EIO; }), 2);
+    EXPECT_EQ(receiver_.nextText(), "next");
+    EXPECT_EQ(attempts(1000, [](int number) { return number == 1 ? EIO : 0; }), 2);
+    EXPECT_EQ(receiver_.nextText(), std::string(1000, 'x'));
     EXPECT_EQ(receiver_.nextText(), "next");
 }
 
@@ -291,6 +301,19 @@ TEST_F(SystemLogWhileCallsFail, PiecesAreHalvedDownToTheShortest) {
     }
     EXPECT_EQ(attempts(1000, [](int number) { return number == 1 ? ENOBUFS : EIO; }), 2);
     EXPECT_EQ(receiver_.nextText(), "next");
+}
+
+TEST(SystemLog, ConnectsOnceForAnEntryIfNobodyListens) {
+    const Scratch scratch;
+    const StandardErrorOf redirected(nowhere());
+    LinuxSystemLog log(scratch.path("log"));
+    int connections = 0;
+    const auto count = [&](long call) {
+        connections += call == SYS_connect ? 1 : 0;
+        return 0;
+    };
+    askAboutEachCall(count, [&] { log.log("unheard"); });
+    EXPECT_EQ(connections, 1);
 }
 
 TEST(StandardErrorLog, WritesOnAfterAnInterruptionAndNotAfterAFailure) {
