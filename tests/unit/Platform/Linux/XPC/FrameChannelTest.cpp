@@ -4,10 +4,14 @@
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <sys/socket.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
+#include <functional>
+
+#include "RefusedCall.h"
 
 namespace {
 
@@ -172,6 +176,51 @@ TEST(FrameChannelTest, TakesOneFrameHoweverLargeWhileFewerBytesThanItsBoundWait)
     channel.send(Bytes(3 * kMost, 'a'));
     EXPECT_FALSE(channel.hasOverflowed());
     EXPECT_TRUE(channel.hasWaiting());
+}
+
+TEST(FrameChannelTest, OverflowsWhenItsBoundIsReachedAndNotBefore) {
+    FrameChannel channel(Descriptor(), 16);
+    channel.send(Bytes(15, 'a'));
+    channel.send(Bytes(1, 'b'));
+    EXPECT_FALSE(channel.hasOverflowed());
+    EXPECT_EQ(channel.waitingBytes(), 16U);
+    channel.send(Bytes(1, 'c'));
+    EXPECT_TRUE(channel.hasOverflowed());
+}
+
+/// What a channel that sends three bytes does while its attempts are answered so, by their number from 1.
+class SendingFrame : public testing::Test {
+  protected:
+    [[nodiscard]] int attempts(const std::function<int(int number)>& failure) {
+        int count = 0;
+        PlatformTests::askAboutEachCall([&](long call) { return call == SYS_sendto ? failure(++count) : 0; },
+                                        [&] {
+                                            channel_.send({1, 2, 3});
+                                        });
+        return count;
+    }
+
+    Pair pair_;
+    FrameChannel channel_{std::move(pair_.ours), kMost};
+};
+
+TEST_F(SendingFrame, GoesOnAfterAnInterruption) {
+    EXPECT_EQ(attempts([](int number) { return number <= 3 ? EINTR : 0; }), 4);
+    EXPECT_EQ(pair_.received(), (Bytes{1, 2, 3}));
+}
+
+TEST_F(SendingFrame, WaitsForRoom) {
+    EXPECT_EQ(attempts([](int) { return EAGAIN; }), 1);
+    EXPECT_EQ(channel_.waitingBytes(), 3U);
+    channel_.flush();
+    EXPECT_EQ(pair_.received(), (Bytes{1, 2, 3}));
+}
+
+TEST_F(SendingFrame, IsGivenUpAfterAFailure) {
+    EXPECT_EQ(attempts([](int) { return ECONNRESET; }), 1);
+    EXPECT_EQ(channel_.waitingBytes(), 0U);
+    channel_.flush();
+    EXPECT_EQ(pair_.received(), Bytes());
 }
 
 TEST(FrameChannelTest, WithoutABoundHoldsWhateverWaits) {

@@ -4,9 +4,11 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <cerrno>
 #include <ctime>
 
 #include "InstallCommon/XPC/InstallationXPCUtils.h"
+#include "RefusedCall.h"
 #include "XPCTestClient.h"
 #include "XPCTestService.h"
 
@@ -149,6 +151,24 @@ TEST(XPCConnection, SleepsWhileThereIsNothingToSend) {
     lastLimit.wait(kNoLimit);
     EXPECT_EQ(lastLimit, -1);
     client.connection->invalidate();
+}
+
+TEST(XPCConnection, ReadsOnAfterAnInterruption) {
+    TestService service;
+    service.start();
+    for (const int code : {EINTR, EAGAIN}) {
+        int reads = 0;
+        PlatformTests::askAboutEachCall(
+            [&](long call) { return call == SYS_recvfrom && ++reads <= 3 ? code : 0; },
+            [&] {
+                const Client client(service);
+                client.connection->resume();
+                EXPECT_EQ(ask(client.connection, "/a"), "success");
+                EXPECT_EQ(client.events->lines(), Lines());
+                client.connection->invalidate();
+            });
+        EXPECT_GT(reads, 3);
+    }
 }
 
 TEST(XPCConnection, InvalidateCallsTheHandlerOnceAndLaterMessagesGoNowhere) {

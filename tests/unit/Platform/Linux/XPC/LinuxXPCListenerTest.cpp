@@ -1,13 +1,17 @@
 #include <gtest/gtest.h>
 
 #include <sys/socket.h>
+#include <sys/syscall.h>
 
+#include <atomic>
+#include <cerrno>
 #include <chrono>
 #include <climits>
 #include <cstdint>
 
 #include "InstallCommon/XPC/InstallationXPCUtils.h"
 #include "RawPeer.h"
+#include "RefusedCall.h"
 #include "XPCTestClient.h"
 #include "XPCTestService.h"
 
@@ -138,6 +142,37 @@ TEST(XPCListener, RefusesAPeerWithoutAnIdentity) {
     const std::string peer =
         "process " + std::to_string(::getpid()) + " of user " + std::to_string(::geteuid());
     EXPECT_EQ(service.refused.waitFor(1), Lines{peer + ": its code has no identity that can be trusted"});
+}
+
+TEST(XPCListener, RefusesAPeerWithoutCredentials) {
+    PlatformTests::askAboutEachCall([](long call) { return call == SYS_getsockopt ? EIO : 0; },
+                                    [] {
+                                        TestService service;
+                                        service.start();
+                                        const Client client(service);
+                                        client.connection->resume();
+                                        client.say("hello");
+                                        EXPECT_EQ(client.events->waitFor(1), Lines{"invalidated"});
+                                        EXPECT_EQ(service.refused.waitFor(1),
+                                                  Lines{"a peer without credentials"});
+                                        EXPECT_EQ(service.received.lines(), Lines());
+                                    });
+}
+
+TEST(XPCListener, TakesAPeerThatCouldNotBeTakenAtFirst) {
+    std::atomic<int> attempts = 0;
+    PlatformTests::askAboutEachCall(
+        [&](long call) { return call == SYS_accept4 && ++attempts <= 3 ? EMFILE : 0; },
+        [] {
+            TestService service;
+            service.start();
+            const Client client(service);
+            client.connection->resume();
+            EXPECT_EQ(ask(client.connection, "/a"), "success");
+            EXPECT_EQ(service.refused.lines(), Lines());
+            client.connection->invalidate();
+        });
+    EXPECT_GE(attempts, 4);
 }
 
 TEST(XPCListener, APeerThatItsOwnerDoesNotTakeIsInvalidated) {
