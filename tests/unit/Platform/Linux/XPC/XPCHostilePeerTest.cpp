@@ -5,6 +5,10 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <cstdint>
+#include <string>
+#include <vector>
+
 #include "RawPeer.h"
 #include "XPCTestService.h"
 
@@ -44,14 +48,36 @@ TEST(XPCHostilePeer, AnAcceptanceFromAClientIsRefused) {
     EXPECT_EQ(refusalOf(FrameWriter(FrameKind::accepted).finish()), "a frame of an unknown kind");
 }
 
-TEST(XPCHostilePeer, AMessageThatIsCutOffIsRefused) {
-    FrameWriter frame(FrameKind::message);
-    frame.u16(1);
-    EXPECT_EQ(refusalOf(frame.finish()), "a message that is cut off");
+/// The frame with this many bytes of its content, and that length.
+Bytes cutOff(Bytes frame, std::size_t length) {
+    frame.resize(4 + length);
+    frame[2] = static_cast<std::uint8_t>(length >> 8);
+    frame[3] = static_cast<std::uint8_t>(length);
+    return frame;
 }
 
-TEST(XPCHostilePeer, AReplyThatIsCutOffIsRefused) {
-    EXPECT_EQ(refusalOf(FrameWriter(FrameKind::reply).finish()), "a reply that is cut off");
+TEST(XPCHostilePeer, AMessageThatIsCutOffAnywhereIsRefused) {
+    const Bytes whole = message(0, 0, "say:", stringArgument("text"));
+    const std::size_t selectorsEnd = std::string("kOOOORRRRLLsay:").size();
+    for (std::size_t length = 1; length < whole.size() - 4; ++length) {
+        EXPECT_EQ(refusalOf(cutOff(whole, length)), length < selectorsEnd ? "a message that is cut off"
+                                                    : length < selectorsEnd + 1
+                                                        ? "say:, another number of arguments"
+                                                        : "say:, argument 0: cut off or of another kind")
+            << length;
+    }
+}
+
+TEST(XPCHostilePeer, AReplyThatIsCutOffAnywhereIsRefused) {
+    FrameWriter reply(FrameKind::reply);
+    reply.u32(12);
+    reply.u8(1);
+    reply.u32(5);
+    reply.sized(std::string_view("text"));
+    const Bytes whole = reply.finish();
+    for (std::size_t length = 1; length < whole.size() - 4; ++length) {
+        EXPECT_EQ(refusalOf(cutOff(whole, length)), "a reply that is cut off") << length;
+    }
 }
 
 TEST(XPCHostilePeer, AnUnknownSelectorIsRefused) {
@@ -107,6 +133,20 @@ TEST(XPCHostilePeer, AnObjectWithoutANumberIsRefused) {
     const auto number = static_cast<std::uint8_t>(Platform::XPCArgumentKind::int32);
     const Bytes arguments{2, object, 0, 0, 0, 4, 0, 0, 0, 0, number, 0, 0, 0, 4, 0, 0, 0, 1};
     EXPECT_EQ(refusalOf(message(0, 0, "callBack:times:", arguments)),
+              "callBack:times:, argument 0: an object without a number");
+}
+
+TEST(XPCHostilePeer, ANumberOfAnotherSizeIsRefused) {
+    const auto object = static_cast<std::uint8_t>(Platform::XPCArgumentKind::object);
+    const auto number = static_cast<std::uint8_t>(Platform::XPCArgumentKind::int32);
+    EXPECT_EQ(refusalOf(message(
+                  0, 0, "callBack:times:", {2, object, 0, 0, 0, 4, 0, 0, 0, 9, number, 0, 0, 0, 3, 0, 0, 1})),
+              "callBack:times:, argument 1: a number of another size");
+    EXPECT_EQ(refusalOf(message(0, 0, "callBack:times:", {2,      object, 0, 0, 0, 4, 0, 0, 0, 9,
+                                                          number, 0,      0, 0, 5, 0, 0, 0, 1, 0})),
+              "callBack:times:, argument 1: a number of another size");
+    EXPECT_EQ(refusalOf(message(0, 0, "callBack:times:", {2, object, 0, 0, 0, 5, 0, 0, 0, 9,
+                                                          0, number, 0, 0, 0, 4, 0, 0, 0, 1})),
               "callBack:times:, argument 0: an object without a number");
 }
 
