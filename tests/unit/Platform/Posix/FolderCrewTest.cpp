@@ -293,6 +293,26 @@ TEST_F(GivingWalk, FindsAFewFilesNotWorthGiving) {
     EXPECT_EQ(walk_.levelWorthGiving(), 1U);
 }
 
+TEST_F(GivingWalk, GivesNoMoreLevelsThanItsBound) {
+    std::string folder = "top";
+    for (std::size_t level = 0; level < FolderWalk::kMostGiven + 3; ++level) {
+        makeFiles(folder, 100);
+        folder += "/d";
+        makeFolder(scratch_.path(folder));
+    }
+    begin();
+    std::size_t given = 0;
+    for (std::size_t level = 0; level < FolderWalk::kMostGiven + 3; ++level) {
+        while (walk_.levelWorthGiving() < walk_.depth()) {
+            FolderWalk other{""};
+            ASSERT_TRUE(walk_.give(walk_.levelWorthGiving(), other));
+            ++given;
+        }
+        enter("d");
+    }
+    EXPECT_EQ(given, FolderWalk::kMostGiven);
+}
+
 // The folder is opened again on the way back, and its kept entries are still those that were not given.
 TEST_F(GivingWalk, KeepsItsPartAlsoWhenItComesBackFromADeepWay) {
     constexpr int kFiles = 2000;

@@ -20,6 +20,7 @@
 #include <vector>
 
 #include "NativeFiles.h"
+#include "Platform/Posix/FolderWalk.h"
 #include "Platform/Posix/PosixFileManager.h"
 #include "Platform/Posix/PosixPrivateCopies.h"
 #include "Platform/Posix/PosixTaskRunner.h"
@@ -256,6 +257,52 @@ TEST_F(WhileACallIsRefused, APrivateCopyHasAllBytesOrIsAnError) {
             }
         });
     EXPECT_GT(calls, 10);
+}
+
+TEST_F(WhileACallIsRefused, AWalkThatComesBackKnowsTheNameOfTheFolderItLeftOrNone) {
+    // Deeper than folders are held open.
+    constexpr int kDepth = 20;
+    std::string folder = "top";
+    makeFolder(path(folder));
+    for (int level = 1; level <= kDepth; ++level) {
+        folder += "/" + std::to_string(level);
+        makeFolder(path(folder));
+    }
+    std::vector<std::string> names;
+    int failure = 0;
+    const int calls = refuseEachCall(
+        EIO,
+        [&] {
+            names.clear();
+            failure = 0;
+        },
+        [&] {
+            Platform::Posix::FolderWalk walk(path("top"));
+            Platform::Posix::Descriptor each;
+            failure = Platform::Posix::openFolder(AT_FDCWD, path("top").c_str(), each);
+            if (failure == 0) {
+                walk.enterTop(std::move(each));
+            }
+            for (int level = 1; failure == 0 && level <= kDepth; ++level) {
+                const std::string name = std::to_string(level);
+                failure = Platform::Posix::openFolder(walk.folder(), name.c_str(), each);
+                if (failure == 0) {
+                    walk.enter(std::move(each), name.c_str());
+                }
+            }
+            while (failure == 0 && walk.depth() > 1) {
+                failure = walk.leave();
+                names.emplace_back(failure == 0 && walk.leftName() != nullptr ? walk.leftName() : "none");
+            }
+        },
+        [&](bool isRefused) {
+            EXPECT_TRUE(isRefused || (failure == 0 && std::ranges::count(names, "none") == 0));
+            for (std::size_t number = 0; number < names.size(); ++number) {
+                EXPECT_TRUE(names[number] == "none" || names[number] == std::to_string(kDepth - number))
+                    << names[number];
+            }
+        });
+    EXPECT_GT(calls, 40);
 }
 
 TEST(WhileACallIsInterrupted, ATaskIsReadToItsEnd) {
