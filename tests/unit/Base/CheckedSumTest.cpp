@@ -21,12 +21,12 @@ TEST(CheckedSum, AddsUpToTheLimits) {
 
 TEST(CheckedSumDeathTest, EndsTheProcessOnOverflow) {
     EXPECT_EXIT(static_cast<void>(Base::checkedSum(kMax, 1)), testing::KilledBySignal(SIGABRT),
-                "Fatal error: 32-bit sum overflow\n");
+                "^Fatal error: 32-bit sum overflow\n$");
 }
 
 TEST(CheckedSumDeathTest, EndsTheProcessOnUnderflow) {
     EXPECT_EXIT(static_cast<void>(Base::checkedSum(kMin, -1)), testing::KilledBySignal(SIGABRT),
-                "Fatal error: 32-bit sum overflow\n");
+                "^Fatal error: 32-bit sum overflow\n$");
 }
 
 TEST(FatalErrorDeathTest, WritesOneLineAndAborts) {

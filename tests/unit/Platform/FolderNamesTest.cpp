@@ -25,8 +25,18 @@ TEST(FolderNamesOnly, KnowTheFoldersAndNoOtherService) {
 TEST(PortDeathTest, EndsTheProcessThatUsesAServiceItDoesWithout) {
     const Platform::SystemPorts& ports = Platform::folderNamesOnly();
     EXPECT_DEATH(static_cast<void>(ports.clock->now()),
-                 "^Fatal error: This program does not use that service.\n");
-    EXPECT_DEATH(static_cast<void>(static_cast<Platform::Clock&>(ports.clock)), "does not use that service");
+                 "^Fatal error: This program does not use that service\\.\n$");
+    EXPECT_DEATH(static_cast<void>(static_cast<Platform::Clock&>(ports.clock)),
+                 "^Fatal error: This program does not use that service\\.\n$");
+}
+
+TEST(PortDeathTest, EndsTheProcessThatUsesServicesBeforeThereAreAny) {
+    EXPECT_DEATH(
+        {
+            Platform::SystemPorts::setCurrent(nullptr);
+            static_cast<void>(Platform::SystemPorts::current());
+        },
+        "^Fatal error: The system's services were used before main set them\\.\n$");
 }
 
 }  // namespace

@@ -135,7 +135,7 @@ TEST(LaunchctlDeathTest, EndsTheProcessWhenTheToolCannotBeRun) {
     mac.tasks.notExecutable.insert("/bin/launchctl");
 
     EXPECT_EXIT(static_cast<void>(LaunchctlUtil::enableDaemon("x")), testing::KilledBySignal(SIGABRT),
-                "launch path not accessible: /bin/launchctl");
+                "^Fatal error: launch path not accessible: /bin/launchctl\n$");
 }
 
 }  // namespace

@@ -8,25 +8,25 @@ using WindowFlowDeathTest = ProductTests::WindowFlow;
 TEST_F(WindowFlowDeathTest, AnAbsentWindowIsFatalWhenTheApplicationIsToQuit) {
     framework_.window.reset();
     EXPECT_DEATH(static_cast<void>(delegate_->applicationShouldTerminate()),
-                 "Fatal error: The window is gone\\.\n$");
+                 "^Fatal error: The window is gone\\.\n$");
 }
 
 TEST_F(WindowFlowDeathTest, AnAbsentWindowIsFatalForAReport) {
     controller_.uninstallAction();
     framework_.window.reset();
-    EXPECT_DEATH(framework_.drainMainQueue(), "Fatal error: The window is gone\\.\n$");
+    EXPECT_DEATH(framework_.drainMainQueue(), "^Fatal error: The window is gone\\.\n$");
 }
 
 TEST_F(WindowFlowDeathTest, AnAbsentProgressBarIsFatalForAReport) {
     controller_.uninstallAction();
     framework_.progressIndicator.reset();
-    EXPECT_DEATH(framework_.drainMainQueue(), "Fatal error: The progress bar is gone\\.\n$");
+    EXPECT_DEATH(framework_.drainMainQueue(), "^Fatal error: The progress bar is gone\\.\n$");
 }
 
 TEST_F(WindowFlowDeathTest, AnAbsentDescriptionLineIsFatalForAReport) {
     controller_.uninstallAction();
     framework_.progressDescription.reset();
-    EXPECT_DEATH(framework_.drainMainQueue(), "Fatal error: The description line is gone\\.\n$");
+    EXPECT_DEATH(framework_.drainMainQueue(), "^Fatal error: The description line is gone\\.\n$");
 }
 
 TEST_F(WindowFlowDeathTest, AnAbsentApplicationIsFatalBeforeAnythingIsSent) {

@@ -160,7 +160,7 @@ using WindowControllerDeathTest = WindowController;
 
 TEST_F(WindowControllerDeathTest, CallingAnUnsetBlockIsFatal) {
     controller_.setUninstallBlock({});
-    EXPECT_DEATH(controller_.uninstallAction(), "Fatal error: The uninstall block is not set.");
+    EXPECT_DEATH(controller_.uninstallAction(), "^Fatal error: The uninstall block is not set\\.\n$");
 }
 
 }  // namespace

@@ -138,7 +138,7 @@ TEST_F(WindowMode, InterfaceTextsWithoutTheirTableArePlainEnglish) {
 TEST_F(WindowModeDeathTest, ATextThatTheInterfaceDoesNotHaveIsFatal) {
     const WindowProgram program(framework_);
     EXPECT_DEATH(static_cast<void>(program.interfaceText("other")),
-                 "The interface has no text \"other\"\\.\n");
+                 "^Fatal error: The interface has no text \"other\"\\.\n$");
 }
 
 TEST_F(WindowMode, FrameworksAreLookedForInTheProgramAndThenInTheProduct) {
@@ -162,7 +162,7 @@ TEST_F(WindowMode, VersionAndResourcesAreTheBundles) {
 
 TEST_F(WindowModeDeathTest, NoApplicationAfterTheMainRoutineIsFatal) {
     framework_.hasApplication = false;
-    EXPECT_DEATH(runApplication(framework_, 1, arguments_), "Fatal error: There is no application.");
+    EXPECT_DEATH(runApplication(framework_, 1, arguments_), "^Fatal error: There is no application\\.\n$");
 }
 
 }  // namespace

@@ -146,7 +146,7 @@ TEST(KeyedArchiverDeathTest, CannotDecode) {
     const Reader reader;
     const Base::CodedObject* const objects[] = {&reader};
     EXPECT_DEATH(static_cast<void>(Base::archivedArray(objects)),
-                 "Fatal error: A keyed archiver cannot decode\\.");
+                 "^Fatal error: A keyed archiver cannot decode\\.\n$");
 }
 
 }  // namespace

@@ -234,7 +234,7 @@ TEST(KeyedUnarchiverDeathTest, CannotEncode) {
     const auto bytes = archive.finish({archive.link(0, 0)});
     std::string refusal;
     EXPECT_DEATH(static_cast<void>(Base::unarchivedArray(bytes, allowed, refusal)),
-                 "Fatal error: A keyed unarchiver cannot encode\\.");
+                 "^Fatal error: A keyed unarchiver cannot encode\\.\n$");
 }
 
 }  // namespace

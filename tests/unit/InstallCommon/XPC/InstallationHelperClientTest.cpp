@@ -164,12 +164,13 @@ TEST_F(HelperClientDeathTest, TheOtherInitializerIsUnimplemented) {
 }
 
 TEST_F(HelperClientDeathTest, AnOverflowOfTheTotalWeightIsFatal) {
-    EXPECT_DEATH(client_->send(weighing({std::numeric_limits<std::int32_t>::max(), 1})), "^Fatal error: ");
+    EXPECT_DEATH(client_->send(weighing({std::numeric_limits<std::int32_t>::max(), 1})),
+                 "^Fatal error: 32-bit sum overflow\n$");
 }
 
 TEST_F(HelperClientDeathTest, AnOverflowOfTheExecutedWeightIsFatal) {
     client_->commandExecutingDidExecuteCommand("d", std::numeric_limits<std::int32_t>::max());
-    EXPECT_DEATH(client_->commandExecutingDidExecuteCommand("d", 1), "^Fatal error: ");
+    EXPECT_DEATH(client_->commandExecutingDidExecuteCommand("d", 1), "^Fatal error: 32-bit sum overflow\n$");
 }
 
 }  // namespace

@@ -272,7 +272,7 @@ TEST(TaskDeathTest, HasNoStatusBeforeItWasWaitedFor) {
             const auto task = tasks.launch("/bin/true", std::nullopt);
             (void)task->terminationStatus();
         },
-        "Fatal error: The status of a child process was asked for before it had been waited for");
+        "^Fatal error: The status of a child process was asked for before it had been waited for\\.\n$");
 }
 
 }  // namespace

@@ -66,7 +66,7 @@ TEST(TerminationDeathTest, CanBeListenedForOnce) {
             termination.onRequest([] {});
             termination.onRequest([] {});
         },
-        "SIGTERM can be listened for once per process");
+        "^Fatal error: SIGTERM can be listened for once per process, and takes a pipe\\.\n$");
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
@@ -257,6 +258,28 @@ TEST_F(WhileACallIsRefused, APrivateCopyHasAllBytesOrIsAnError) {
             }
         });
     EXPECT_GT(calls, 10);
+}
+
+TEST_F(WhileACallIsRefused, APrivateCopyIsWholeThoughEachReadAndWriteIsInterruptedOnce) {
+    const std::string contents(200'000, 'x');
+    makeFile(path("package"), contents);
+    makeFolder(path("Tools"));
+    Platform::Posix::PosixPrivateCopies copies(
+        Platform::Posix::PrivateFolder::Ground{scratch_.path(), ::geteuid()}, {});
+    std::unique_ptr<Platform::PrivateCopy> copy;
+    Platform::Error error;
+    std::map<long, int> numbers;
+    askAboutEachCall(
+        [&](long call) {
+            const bool isInterrupted = (call == SYS_read || call == SYS_write) && numbers[call]++ % 2 == 0;
+            return isInterrupted ? EINTR : 0;
+        },
+        [&] {
+            copy = copies.copy(scratch_.url("package"), scratch_.url("Tools/folder/copy"), 1 << 20, error);
+        });
+    ASSERT_NE(copy, nullptr) << error.description;
+    EXPECT_EQ(copy->size(), contents.size());
+    EXPECT_TRUE(contentsOf(path("Tools/folder/copy")) == contents);
 }
 
 TEST_F(WhileACallIsRefused, AWalkThatComesBackKnowsTheNameOfTheFolderItLeftOrNone) {

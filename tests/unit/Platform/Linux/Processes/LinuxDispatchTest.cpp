@@ -9,6 +9,7 @@
 
 #include "DispatchContract.h"
 #include "Platform/Linux/Processes/LinuxDispatch.h"
+#include "Platform/Linux/Processes/MonotonicCondition.h"
 #include "Platform/Posix/PosixClock.h"
 
 namespace PlatformTests {
@@ -69,6 +70,13 @@ TEST_F(BusyQueue, StartsABlockThatIsWaitedForAfterTheOneBeforeIt) {
     waiting.join();
     queue_.reset();
     EXPECT_EQ(order, (std::vector<std::string>{"first", "second"}));
+}
+
+TEST(MonotonicConditionDeathTest, EndsTheProcessThatLetsGoOfWhatItDoesNotHold) {
+    Platform::Linux::MonotonicCondition condition;
+    Platform::Linux::MonotonicCondition::Lock lock(condition);
+    lock.unlock();
+    EXPECT_DEATH(lock.unlock(), "^Fatal error: A mutex or condition could not be used\\.\n$");
 }
 
 }  // namespace PlatformTests

@@ -237,4 +237,13 @@ TEST(XPCConnection, HasNoProxyWithoutARemoteInterface) {
     EXPECT_EQ(connection->synchronousRemoteObjectProxy({}), nullptr);
 }
 
+TEST(XPCConnectionDeathTest, AMessageThatTheInterfaceDoesNotHaveIsFatal) {
+    const Client client(testing::TempDir() + "no-such-service");
+    const auto proxy = client.connection->remoteObjectProxy();
+    EXPECT_DEATH(proxy->message("shout:", words("x"), {}),
+                 "^Fatal error: unrecognized selector sent to a remote object: shout:\n$");
+    EXPECT_DEATH(proxy->message("say:", {}, {}),
+                 "^Fatal error: a message with the wrong number of arguments\n$");
+}
+
 }  // namespace
