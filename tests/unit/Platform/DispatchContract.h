@@ -121,6 +121,7 @@ TYPED_TEST_P(DispatchContract, QueueReturnsFromSyncWhenTheBlockHasEnded) {
     std::atomic<int> total = 0;
     auto queue = this->dispatch.makeConcurrentQueue("com.norvik.test");
     std::vector<std::thread> threads;
+    threads.reserve(4);
     for (int thread = 0; thread < 4; ++thread) {
         threads.emplace_back([&] {
             for (int round = 0; round < 100; ++round) {

@@ -1,14 +1,18 @@
 #include "RefusedCall.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <linux/filter.h>
 #include <linux/seccomp.h>
 #include <poll.h>
+#include <sys/eventfd.h>
 #include <sys/ioctl.h>
 #include <sys/prctl.h>
+#include <sys/socket.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstddef>
@@ -29,15 +33,14 @@ constexpr long kCalls[] = {
     // On older processors only.
     SYS_readlink,
 #endif
-    kChangeModeCall, SYS_accept4,    SYS_connect,    SYS_copy_file_range, SYS_faccessat,
-    SYS_faccessat2,  SYS_fchmod,     SYS_fchmodat,   SYS_fchown,          SYS_fchownat,
-    SYS_fgetxattr,   SYS_flistxattr, SYS_fsetxattr,  SYS_fstat,           SYS_fstatfs,
-    SYS_ftruncate,   SYS_getdents64, SYS_getsockopt, SYS_ioctl,           SYS_linkat,
-    SYS_lseek,       SYS_mkdirat,    SYS_mknodat,    SYS_newfstatat,      SYS_openat,
-    SYS_pread64,     SYS_pwrite64,   SYS_read,       SYS_readlinkat,      SYS_recvfrom,
-    SYS_renameat,    SYS_renameat2,  SYS_sendmsg,    SYS_sendto,          SYS_setsockopt,
-    SYS_socket,      SYS_statx,      SYS_symlinkat,  SYS_unlinkat,        SYS_utimensat,
-    SYS_write};
+    kChangeModeCall, SYS_accept4,    SYS_connect,    SYS_copy_file_range, SYS_eventfd2, SYS_faccessat,
+    SYS_faccessat2,  SYS_fchmod,     SYS_fchmodat,   SYS_fchown,          SYS_fchownat, SYS_fcntl,
+    SYS_fgetxattr,   SYS_flistxattr, SYS_flock,      SYS_fsetxattr,       SYS_fstat,    SYS_fstatfs,
+    SYS_ftruncate,   SYS_getdents64, SYS_getsockopt, SYS_ioctl,           SYS_linkat,   SYS_lseek,
+    SYS_mkdirat,     SYS_mknodat,    SYS_newfstatat, SYS_openat,          SYS_pipe2,    SYS_pread64,
+    SYS_pwrite64,    SYS_read,       SYS_readlinkat, SYS_recvfrom,        SYS_renameat, SYS_renameat2,
+    SYS_sendmsg,     SYS_sendto,     SYS_setsockopt, SYS_socket,          SYS_statx,    SYS_symlinkat,
+    SYS_unlinkat,    SYS_utimensat,  SYS_write};
 
 /// From now on, the kernel asks the reader of the result about each such call of this thread and of those
 /// that it starts. -errno if it cannot.
@@ -66,7 +69,7 @@ bool awaitCall(int listener) {
 }
 
 /// Receives one call, and lets it happen or fail. False if its thread ended meanwhile.
-bool answerNext(int listener, const std::function<int(long call)>& codeOf) {
+bool answerNext(int listener, const std::function<int(const Call& call)>& codeOf) {
     // A newer kernel may write more.
     struct {
         seccomp_notif call;
@@ -75,7 +78,9 @@ bool answerNext(int listener, const std::function<int(long call)>& codeOf) {
     if (::ioctl(listener, SECCOMP_IOCTL_NOTIF_RECV, &received) != 0) {
         return false;
     }
-    const int code = codeOf(received.call.data.nr);
+    Call call{received.call.data.nr, {}};
+    std::ranges::copy(received.call.data.args, call.arguments.begin());
+    const int code = codeOf(call);
     seccomp_notif_resp answer{};
     answer.id = received.call.id;
     answer.error = -code;
@@ -85,7 +90,7 @@ bool answerNext(int listener, const std::function<int(long call)>& codeOf) {
 
 }  // namespace
 
-int askAboutEachCall(const std::function<int(long call)>& codeOf, const std::function<void()>& work) {
+int askAboutEachCall(const std::function<int(const Call& call)>& codeOf, const std::function<void()>& work) {
     std::promise<int> asked;
     std::thread worker([&] {
         const int made = askAboutCalls();
@@ -111,7 +116,29 @@ int askAboutEachCall(const std::function<int(long call)>& codeOf, const std::fun
 
 int callsWhileOneIsRefused(int number, int code, const std::function<void()>& work) {
     int next = 0;
-    return askAboutEachCall([&](long) { return next++ == number ? code : 0; }, work);
+    return askAboutEachCall([&](const Call& /*call*/) { return next++ == number ? code : 0; }, work);
+}
+
+bool leavesToChildren(const Call& call) {
+    const auto lacks = [&call](std::size_t index, std::uint64_t flag) {
+        return (call.arguments[index] & flag) == 0;
+    };
+    switch (call.number) {
+        case SYS_openat:
+            return lacks(2, O_CLOEXEC);
+        case SYS_accept4:
+            return lacks(3, SOCK_CLOEXEC);
+        case SYS_socket:
+            return lacks(1, SOCK_CLOEXEC);
+        case SYS_pipe2:
+            return lacks(1, O_CLOEXEC);
+        case SYS_eventfd2:
+            return lacks(1, EFD_CLOEXEC);
+        case SYS_fcntl:
+            return call.arguments[1] == F_DUPFD;
+        default:
+            return false;
+    }
 }
 
 int refuseEachCall(int code, const std::function<void()>& prepare, const std::function<void()>& work,

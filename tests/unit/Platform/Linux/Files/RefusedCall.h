@@ -1,5 +1,7 @@
 #pragma once
 
+#include <array>
+#include <cstdint>
 #include <functional>
 
 namespace PlatformTests {
@@ -7,11 +9,22 @@ namespace PlatformTests {
 /// fchmodat2(2), which headers before Linux 6.6 do not know.
 constexpr long kChangeModeCall = 452;
 
+/// A system call: its SYS_ number, as which it can be used, and its arguments.
+struct Call {
+    long number;
+    std::array<std::uint64_t, 6> arguments;
+
+    operator long() const { return number; }
+};
+
+/// Whether a program that a child process runs would have the descriptor that this call makes.
+[[nodiscard]] bool leavesToChildren(const Call& call);
+
 /// Does `work` on a thread of its own, where the kernel asks `codeOf`, on the caller's thread, about each
-/// call that deals with files, attributes or sockets, by its SYS_ number: 0 lets it happen, a code of errno(3)
-/// is what it fails with; the threads that `work` starts count too (seccomp_unotify(2)). Returns how many such
-/// calls there were. Throws std::system_error where the kernel cannot do this.
-int askAboutEachCall(const std::function<int(long call)>& codeOf, const std::function<void()>& work);
+/// call that deals with files, attributes or sockets: 0 lets it happen, a code of errno(3)
+/// is what it fails with; the threads that `work` starts count too (seccomp_unotify(2)). Returns how many
+/// such calls there were. Throws std::system_error where the kernel cannot do this.
+int askAboutEachCall(const std::function<int(const Call& call)>& codeOf, const std::function<void()>& work);
 
 /// The same, where one call is refused with `code`: the one of this number, from 0.
 [[nodiscard]] int callsWhileOneIsRefused(int number, int code, const std::function<void()>& work);

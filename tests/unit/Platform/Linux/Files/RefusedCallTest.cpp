@@ -227,59 +227,91 @@ TEST_F(WhileACallIsRefused, AFolderHasEntriesOrAnError) {
     EXPECT_GT(calls, 1);
 }
 
-TEST_F(WhileACallIsRefused, APrivateCopyHasAllBytesOrIsAnError) {
-    const std::string contents(200'000, 'x');
-    makeFile(path("package"), contents);
-    makeFolder(path("Tools"));
-    Platform::Posix::PosixPrivateCopies copies(
-        Platform::Posix::PrivateFolder::Ground{scratch_.path(), ::geteuid()}, {});
-    std::unique_ptr<Platform::PrivateCopy> copy;
-    Platform::Error error;
+class PrivateCopyWhileACallIsRefused : public WhileACallIsRefused {
+  protected:
+    PrivateCopyWhileACallIsRefused() {
+        makeFile(path("package"), contents_);
+        makeFolder(path("Tools"));
+    }
+    void makeCopy() {
+        copy_ = copies_.copy(scratch_.url("package"), scratch_.url("Tools/folder/copy"), 1 << 20, error_);
+    }
+    void expectWhole() {
+        ASSERT_NE(copy_, nullptr) << error_.description;
+        EXPECT_EQ(copy_->size(), contents_.size());
+        EXPECT_TRUE(contentsOf(path("Tools/folder/copy")) == contents_);
+        copy_ = nullptr;
+        EXPECT_FALSE(exists(path("Tools/folder")));
+    }
+    /// Whether these are the words for a failure of this code, of the package or of a folder.
+    [[nodiscard]] bool isExplained(const char* why) const {
+        const std::string package = "\"" + path("package") + "\" could not be ";
+        const std::string folders = "\" could not be kept to its owner: ";
+        const std::size_t reached = error_.description.find(folders);
+        return error_.description == package + "read: " + why ||
+               error_.description == package + "copied to \"" + path("Tools/folder/copy") + "\": " + why ||
+               (error_.description.ends_with(folders + why) && error_.description.starts_with('"') &&
+                path("Tools/folder").starts_with(error_.description.substr(1, reached - 1)));
+    }
+
+    const std::string contents_ = std::string(200'000, 'x');
+    Platform::Posix::PosixPrivateCopies copies_{
+        Platform::Posix::PrivateFolder::Ground{scratch_.path(), ::geteuid()}, {}};
+    std::unique_ptr<Platform::PrivateCopy> copy_;
+    Platform::Error error_;
+};
+
+TEST_F(PrivateCopyWhileACallIsRefused, HasAllBytesOrIsAnError) {
     const int calls = refuseEachCall(
         EIO,
         [&] {
-            error = {};
+            error_ = {};
             removeTree("Tools/folder");
         },
-        [&] {
-            copy = copies.copy(scratch_.url("package"), scratch_.url("Tools/folder/copy"), 1 << 20, error);
-        },
+        [&] { makeCopy(); },
         [&](bool isRefused) {
-            if (copy) {
-                EXPECT_EQ(copy->size(), contents.size());
-                EXPECT_TRUE(contentsOf(path("Tools/folder/copy")) == contents);
-                copy = nullptr;
-                EXPECT_FALSE(exists(path("Tools/folder")));
+            if (copy_) {
+                expectWhole();
             } else {
-                EXPECT_TRUE(isRefused && error.code == EIO) << error.description;
-                EXPECT_FALSE(exists(path("Tools/folder/copy"))) << error.description;
-                EXPECT_FALSE(copies.removeFolder(scratch_.url("Tools/folder")));
+                EXPECT_TRUE(isRefused && error_.code == EIO) << error_.description;
+                EXPECT_TRUE(isExplained("Input/output error")) << error_.description;
+                EXPECT_FALSE(exists(path("Tools/folder/copy"))) << error_.description;
+                EXPECT_FALSE(copies_.removeFolder(scratch_.url("Tools/folder")));
                 EXPECT_FALSE(exists(path("Tools/folder")));
             }
         });
     EXPECT_GT(calls, 10);
 }
 
-TEST_F(WhileACallIsRefused, APrivateCopyIsWholeThoughEachReadAndWriteIsInterruptedOnce) {
-    const std::string contents(200'000, 'x');
-    makeFile(path("package"), contents);
-    makeFolder(path("Tools"));
-    Platform::Posix::PosixPrivateCopies copies(
-        Platform::Posix::PrivateFolder::Ground{scratch_.path(), ::geteuid()}, {});
-    std::unique_ptr<Platform::PrivateCopy> copy;
-    Platform::Error error;
+TEST_F(PrivateCopyWhileACallIsRefused, IsWholeThoughEachReadAndWriteIsInterruptedOnce) {
     std::map<long, int> numbers;
+    const auto interruption = [&](long call) {
+        const bool isAsked = call == SYS_read || call == SYS_write || call == SYS_flock;
+        return isAsked && numbers[call]++ % 2 == 0 ? EINTR : 0;
+    };
+    askAboutEachCall(interruption, [&] { makeCopy(); });
+    expectWhole();
+}
+
+TEST_F(PrivateCopyWhileACallIsRefused, IsMadeInAnotherFolderIfTheFirstGoesBeforeItIsLocked) {
+    int locks = 0;
     askAboutEachCall(
         [&](long call) {
-            const bool isInterrupted = (call == SYS_read || call == SYS_write) && numbers[call]++ % 2 == 0;
-            return isInterrupted ? EINTR : 0;
+            if (call == SYS_flock && ++locks == 1) {
+                EXPECT_EQ(::rmdir(path("Tools/folder").c_str()), 0);
+            }
+            return 0;
         },
-        [&] {
-            copy = copies.copy(scratch_.url("package"), scratch_.url("Tools/folder/copy"), 1 << 20, error);
-        });
-    ASSERT_NE(copy, nullptr) << error.description;
-    EXPECT_EQ(copy->size(), contents.size());
-    EXPECT_TRUE(contentsOf(path("Tools/folder/copy")) == contents);
+        [&] { makeCopy(); });
+    EXPECT_EQ(locks, 2);
+    expectWhole();
+}
+
+TEST_F(PrivateCopyWhileACallIsRefused, IsNoneInAFolderThatCannotBeLocked) {
+    askAboutEachCall([](long call) { return call == SYS_flock ? ENOLCK : 0; }, [&] { makeCopy(); });
+    EXPECT_EQ(copy_, nullptr);
+    EXPECT_EQ(error_.code, ENOLCK);
+    EXPECT_TRUE(isExplained("No locks available")) << error_.description;
 }
 
 TEST_F(WhileACallIsRefused, AWalkThatComesBackKnowsTheNameOfTheFolderItLeftOrNone) {

@@ -340,6 +340,7 @@ TEST(SystemLog, TakesEntriesFromSeveralThreads) {
     constexpr int kThreads = 4;
     constexpr int kEntries = 50;
     std::vector<std::thread> threads;
+    threads.reserve(kThreads);
     for (int thread = 0; thread < kThreads; ++thread) {
         threads.emplace_back([&] {
             for (int number = 0; number < kEntries; ++number) {

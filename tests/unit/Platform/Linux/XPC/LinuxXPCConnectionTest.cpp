@@ -237,6 +237,25 @@ TEST(XPCConnection, HasNoProxyWithoutARemoteInterface) {
     EXPECT_EQ(connection->synchronousRemoteObjectProxy({}), nullptr);
 }
 
+TEST(XPCConnection, LeavesNoSocketToChildren) {
+    int left = 0;
+    const int calls = PlatformTests::askAboutEachCall(
+        [&left](const PlatformTests::Call& call) {
+            left += PlatformTests::leavesToChildren(call) ? 1 : 0;
+            return 0;
+        },
+        [] {
+            TestService service;
+            service.start();
+            const Client client(service);
+            client.connection->resume();
+            EXPECT_EQ(ask(client.connection, "/a"), "success");
+            client.connection->invalidate();
+        });
+    EXPECT_GT(calls, 0);
+    EXPECT_EQ(left, 0);
+}
+
 TEST(XPCConnectionDeathTest, AMessageThatTheInterfaceDoesNotHaveIsFatal) {
     const Client client(testing::TempDir() + "no-such-service");
     const auto proxy = client.connection->remoteObjectProxy();
