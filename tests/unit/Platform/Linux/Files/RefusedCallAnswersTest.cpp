@@ -1,5 +1,7 @@
 // Questions while the kernel refuses any one of the calls behind them: the answer is right, or there is none.
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -13,6 +15,8 @@
 
 #include "Platform/Linux/Bundles/LinuxBundles.h"
 #include "Platform/Linux/Processes/LinuxProcessTable.h"
+#include "Platform/Posix/PosixFileFacts.h"
+#include "Platform/Posix/TamePropertyList.h"
 #include "RefusedCall.h"
 #include "support/Scratch.h"
 
@@ -42,6 +46,59 @@ TEST(AnswerWhileACallIsRefused, ABundlesVersionIsRightOrNone) {
         const auto bundle = Platform::Linux::LinuxBundles().open(scratch.url("X.app"));
         return bundle ? bundle->infoString("CFBundleShortVersionString") : std::nullopt;
     });
+}
+
+TEST(AnswerWhileACallIsRefused, ATreesSizeIsWholeOrSaysWhatIsMissing) {
+    const Scratch scratch;
+    makeFolder(scratch.path("top"));
+    makeFolder(scratch.path("top/folder"));
+    makeFile(scratch.path("top/folder/file"), "contents");
+    makeLink("folder", scratch.path("top/link"));
+    Platform::Posix::PosixFileFacts facts;
+    const auto measure = [&] {
+        return facts.measure(scratch.url("top"), {}, [](const Platform::TreeSize&) {});
+    };
+    const Platform::TreeSize whole = measure();
+    ASSERT_EQ(whole.unread, 0U);
+    Platform::TreeSize size;
+    const int calls = refuseEachCall(
+        EIO, [] {}, [&] { size = measure(); },
+        [&](bool isRefused) {
+            EXPECT_TRUE(size == whole || (isRefused && size.unread == 1)) << size.unread;
+            EXPECT_LE(size.folders, whole.folders);
+            EXPECT_LE(size.bytes, whole.bytes);
+        });
+    EXPECT_GT(calls, 8);
+}
+
+TEST(PropertyListThatIsRead, MayShrinkMeanwhile) {
+    const Scratch scratch;
+    const std::string text = "<plist version=\"1.0\"><dict/></plist>\n";
+    makeFile(scratch.path("list"), text + std::string(100, ' '));
+    std::optional<std::string> read;
+    askAboutEachCall(
+        [&](long call) {
+            if (call == SYS_read) {
+                EXPECT_EQ(::truncate(scratch.path("list").c_str(), static_cast<off_t>(text.size())), 0);
+            }
+            return 0;
+        },
+        [&] { read = Platform::Posix::readTamePropertyList(AT_FDCWD, scratch.path("list")); });
+    EXPECT_EQ(read, text);
+}
+
+TEST(PropertyListThatIsRead, IsWholeThoughEachReadIsInterruptedOnce) {
+    const Scratch scratch;
+    const std::string text = "<plist version=\"1.0\"><dict/></plist>\n";
+    makeFile(scratch.path("list"), text);
+    std::optional<std::string> read;
+    int reads = 0;
+    askAboutEachCall([&](long call) { return call == SYS_read && reads++ % 2 == 0 ? EINTR : 0; },
+                     [&] { read = Platform::Posix::readTamePropertyList(AT_FDCWD, scratch.path("list")); });
+    EXPECT_EQ(read, text);
+    askAboutEachCall([](long call) { return call == SYS_read ? EIO : 0; },
+                     [&] { read = Platform::Posix::readTamePropertyList(AT_FDCWD, scratch.path("list")); });
+    EXPECT_EQ(read, std::nullopt);
 }
 
 class ProcessWhileACallIsRefused : public testing::Test {
