@@ -17,6 +17,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -181,6 +182,35 @@ TEST_F(WhileACallIsRefused, AnItemHasItsNewOwnerOrIsReported) {
             }
         });
     EXPECT_GT(calls, 20);
+}
+
+// Where root alone can exchange an item, its name is enough; elsewhere each is opened first.
+TEST_F(WhileACallIsRefused, EachItemIsOpenedInFoldersThatOthersCanChangeAndNoneElsewhere) {
+    constexpr int kFolders = 6;
+    constexpr int kFiles = 10;
+    makeFolder(path("top"), 0755);
+    for (int folder = 0; folder < kFolders; ++folder) {
+        const std::string name = "top/" + std::to_string(folder);
+        makeFolder(path(name), folder % 2 == 0 ? 0755 : 0777);
+        for (int file = 0; file < kFiles; ++file) {
+            makeFile(path(name + "/file " + std::to_string(file)), "");
+        }
+    }
+    int opened = 0;
+    askAboutEachCall(
+        [&](const Call& call) {
+            const auto* name = reinterpret_cast<const char*>(call.arguments[1]);
+            const bool opensItem = call == SYS_openat && std::string_view(name).starts_with("file ") &&
+                                   (call.arguments[2] & O_DIRECTORY) == 0;
+            opened += opensItem ? 1 : 0;
+            return 0;
+        },
+        [&] {
+            files_.setOwnerOfContents(scratch_.url("top"), ::geteuid(), ::getegid(),
+                                      [](const Base::URL& item, int) { ADD_FAILURE() << item.path(); });
+        });
+    // What belongs to another user than root, that user can change.
+    EXPECT_EQ(opened, (::geteuid() == 0 ? kFolders / 2 : kFolders) * kFiles);
 }
 
 TEST_F(WhileACallIsRefused, AFolderIsCreatedOrAnError) {
