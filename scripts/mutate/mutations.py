@@ -288,8 +288,17 @@ class Finder:
         token = self.tokens[index]
         other = WORDS.get(token.text)
         is_call = self.text[token.end:token.end + 1] == "(" and self.before(index) in (".", "::", "->")
-        if other and (token.text in ("true", "false") or is_call):
+        if other and (token.text in ("true", "false") or is_call and not self.only_asks_whether(index)):
             self.add("constant", token.start, token.end, other)
+
+    def only_asks_whether(self, index):
+        """Whether a search's result is only compared with npos: then its direction makes no difference."""
+        end = self.partner.get(index + 1)
+        if self.tokens[index].text not in ("find", "rfind") or end is None:
+            return False
+        after = [token.text for token in self.tokens[end + 1:end + 7]]
+        return after[:1] in (["=="], ["!="]) and "npos" in after[1:] and \
+            all(text in ("std", "::", "string", "string_view", "npos") for text in after[1:after.index("npos")])
 
     def number(self, token):
         whole = re.fullmatch(r"(0[xX][\da-fA-F']+|0[bB][01']+|\d[\d']*)([uUlLzZ]*)", token.text)

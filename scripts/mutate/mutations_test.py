@@ -52,6 +52,15 @@ class Mutations(unittest.TestCase):
         self.assertEqual(changes('constexpr auto kA = "a; == 1";'), [("text", 'constexpr auto kA = "a; == 1~";')])
         self.assertEqual(changes('constexpr auto kA = R"x(1")x";'), [("text", 'constexpr auto kA = R"x(1"~)x";')])
 
+    def test_a_search_goes_the_other_way_where_that_makes_a_difference(self):
+        self.assertIn(("constant", "use(text.rfind(c));"), inside("use(text.find(c));"))
+        self.assertIn(("constant", "use(text.rfind(c) == other);"), inside("use(text.find(c) == other);"))
+        for npos in ("std::string::npos", "std::string_view::npos"):
+            kinds = [kind for kind, _ in inside(f"use(text.find(part(c)) != {npos});")]
+            self.assertNotIn("constant", kinds)
+        self.assertIn(("constant", "use(text.rfind(c) == at + std::string::npos);"),
+                      inside("use(text.find(c) == at + std::string::npos);"))
+
     def test_conditions_become_constants(self):
         def conditions(statement):
             return [after for kind, after in inside(statement) if kind == "condition"]
