@@ -29,10 +29,10 @@ std::uint64_t saturatingSum(std::uint64_t a, std::uint64_t b) {
     return a > kNever - b ? kNever : a + b;
 }
 
-/// The first due time after `now`. An interval of 0 counts as the shortest one.
+/// The first due time after `now`, which is not before `due`. An interval of 0 counts as the shortest one.
 std::uint64_t dueAfter(std::uint64_t now, std::uint64_t due, std::uint64_t interval) {
     const std::uint64_t step = std::max<std::uint64_t>(interval, 1);
-    const std::uint64_t missed = now > due ? (now - due) / step : 0;
+    const std::uint64_t missed = (now - due) / step;
     return saturatingSum(due, saturatingSum(step * missed, step));
 }
 

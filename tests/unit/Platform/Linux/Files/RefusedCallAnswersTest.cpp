@@ -142,5 +142,15 @@ TEST_F(ProcessWhileACallIsRefused, ItIsListedOrNoneIs) {
     });
 }
 
+TEST_F(ProcessWhileACallIsRefused, ProcessesThatCannotBeReadAreNobodys) {
+    std::vector<std::int32_t> pids(100'000, -1);
+    int listed = -1;
+    for (const std::uint32_t user : {0U, ::geteuid()}) {
+        askAboutEachCall([](long call) { return call == SYS_read ? EIO : 0; },
+                         [&] { listed = table_.listPids(Platform::PidListType::effectiveUser, user, pids); });
+        EXPECT_EQ(listed, 0);
+    }
+}
+
 }  // namespace
 }  // namespace PlatformTests

@@ -79,16 +79,31 @@ TEST(MacServices, AConnectionMayHaveTheNumberOfStandardInput) {
     }));
 }
 
+/// Whether standard input, a socket meanwhile, is neither read, written nor closed by this.
+bool leavesStandardInputAlone(const std::function<bool()>& request) {
+    return holdsInAChild([&] {
+        int pair[2];
+        char byte = 0;
+        return ::socketpair(AF_UNIX, SOCK_SEQPACKET, 0, pair) == 0 && ::dup2(pair[0], STDIN_FILENO) == 0 &&
+               request() && ::fcntl(STDIN_FILENO, F_GETFD) != -1 &&
+               ::recv(pair[1], &byte, 1, MSG_DONTWAIT) == -1;
+    });
+}
+
 TEST(MacServices, NothingWithoutAFreeDescriptorAndStandardInputStays) {
     const FakeProcessOne one(Fields{"0"});
-    EXPECT_TRUE(holdsInAChild([&] {
+    EXPECT_TRUE(leavesStandardInputAlone([&] {
         const rlimit none{1, 1};
-        int pair[2];
-        return ::socketpair(AF_UNIX, SOCK_SEQPACKET, 0, pair) == 0 && ::dup2(pair[0], STDIN_FILENO) == 0 &&
-               ::setrlimit(RLIMIT_NOFILE, &none) == 0 && !one.services().request({"lookup"}) &&
-               ::fcntl(STDIN_FILENO, F_GETFD) != -1;
+        return ::setrlimit(RLIMIT_NOFILE, &none) == 0 && !one.services().request({"lookup"});
     }));
     EXPECT_EQ(one.packets(), std::vector<std::string>());
+}
+
+TEST(MacServices, NothingWhereNobodyCanListenAndStandardInputStays) {
+    const ScratchFolder folder;
+    for (const std::string& path : {folder.path() + "/nobody", std::string(200, 'x')}) {
+        EXPECT_TRUE(leavesStandardInputAlone([&] { return !MacServices(path).request({"lookup"}); }));
+    }
 }
 
 TEST(MacServices, SendsNoFieldThatHasANulByte) {
