@@ -89,6 +89,19 @@ TEST(XPCListener, TakesAPeerThatCameBeforeItWasStopped) {
     EXPECT_EQ(::recv(peer.get(), &first, 1, 0), 1);
 }
 
+TEST(XPCListener, APeerThatHasLeftCountsNoMoreThoughItsConnectionIsKept) {
+    auto service = std::make_unique<TestService>();
+    service->keepsConnections = true;
+    service->start();
+    const Client client(*service);
+    client.connection->resume();
+    EXPECT_EQ(ask(client.connection, "/a"), "success");
+    client.connection->invalidate();
+    // Waits until it has returned.
+    service.reset();
+    EXPECT_EQ(client.events->waitFor(1), Lines{"invalidated"});
+}
+
 TEST(XPCListener, APeerThatStaysConnectedDoesNotKeepAListenerThatDisregardsPeers) {
     auto service = std::make_unique<TestService>("com.norvik.test", 0);
     std::shared_ptr<void> work = service->listener().transaction();

@@ -91,6 +91,9 @@ void TestService::start() {
                 connection->setExportedObject(interface, exported);
                 const std::lock_guard lock(mutex_);
                 connections_.push_back(connection);
+                if (keepsConnections) {
+                    kept_.push_back(connection);
+                }
                 return accepts.load();
             },
             [this](const std::string& why) { refused.add(why); }, idleSeconds_);

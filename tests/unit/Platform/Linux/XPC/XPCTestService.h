@@ -78,6 +78,8 @@ class TestService {
     Platform::XPCInterface interface = testInterface();
     std::shared_ptr<Platform::XPCObject> exported = object;
     std::atomic<bool> accepts{true};
+    /// Holds on to the connections that have ended, too.
+    std::atomic<bool> keepsConnections{false};
 
     /// Starts to serve; everything above is set before.
     void start();
@@ -91,6 +93,7 @@ class TestService {
     std::thread thread_;
     std::mutex mutex_;
     std::vector<std::weak_ptr<Platform::XPCConnection>> connections_;
+    std::vector<std::shared_ptr<Platform::XPCConnection>> kept_;
 };
 
 }  // namespace XPCTests
