@@ -87,7 +87,7 @@ std::string unexpected(const std::string& word, const CommandDefinition* command
         return name + " is not an option" + of + Tools::didYouMean(name, optionNames(command));
     }
     if (command == nullptr) {
-        return "\"" + word + "\" is not a command" + Tools::didYouMean(word, commandNames());
+        return "\"" + word + "\" is not a command" + Tools::didYouMean(word, namesOf(commandDefinitions()));
     }
     return "\"" + word + "\" is one word too many for " + std::string(command->name);
 }

@@ -28,9 +28,9 @@ std::vector<std::string> wordsOf(const CommandDefinition& command) {
 }
 
 /// The options that take a value.
-std::vector<std::string> optionsWithValue() {
+std::vector<std::string> optionsWithValue(const std::vector<CommandDefinition>& commands) {
     std::vector<std::string> options;
-    for (const CommandDefinition& command : commandDefinitions()) {
+    for (const CommandDefinition& command : commands) {
         for (const OptionDefinition& option : command.options) {
             const std::string name(option.name);
             if (!option.value.empty() && std::find(options.begin(), options.end(), name) == options.end()) {
@@ -88,7 +88,7 @@ std::string zshArguments(const CommandDefinition& command) {
 
 }  // namespace
 
-std::string bashCompletion() {
+std::string bashCompletion(const std::vector<CommandDefinition>& commands) {
     std::string text =
         "# Completion of sentrel-inspect for bash 3.2 and later.\n"
         "_sentrel_inspect() {\n"
@@ -97,7 +97,7 @@ std::string bashCompletion() {
         "    for word in \"${COMP_WORDS[@]:1:COMP_CWORD-1}\"; do\n"
         "        case \"$word\" in\n"
         "            " +
-        joined(commandNames(), " | ") +
+        joined(namesOf(commands), " | ") +
         ")\n"
         "                command=$word\n"
         "                break\n"
@@ -107,13 +107,13 @@ std::string bashCompletion() {
         "    # The value of an option is a file name, or nothing that can be known.\n"
         "    case \"${COMP_WORDS[COMP_CWORD-1]}\" in\n"
         "        " +
-        joined(optionsWithValue(), " | ") +
+        joined(optionsWithValue(commands), " | ") +
         ") return ;;\n"
         "    esac\n"
         "    case \"$command\" in\n"
         "        \"\") words=\"" +
-        joined(commandNames(), " ") + " --help --version\" ;;\n";
-    for (const CommandDefinition& command : commandDefinitions()) {
+        joined(namesOf(commands), " ") + " --help --version\" ;;\n";
+    for (const CommandDefinition& command : commands) {
         text +=
             "        " + std::string(command.name) + ") words=\"" + joined(wordsOf(command), " ") + "\" ;;\n";
     }
@@ -126,14 +126,14 @@ std::string bashCompletion() {
            "complete -o default -F _sentrel_inspect sentrel-inspect\n";
 }
 
-std::string zshCompletion() {
+std::string zshCompletion(const std::vector<CommandDefinition>& commands) {
     std::string text =
         "#compdef sentrel-inspect\n"
         "# Completion of sentrel-inspect for zsh.\n"
         "_sentrel_inspect() {\n"
         "    local -a commands\n"
         "    commands=(\n";
-    for (const CommandDefinition& command : commandDefinitions()) {
+    for (const CommandDefinition& command : commands) {
         text += "        '" + std::string(command.name) + ":" + quoted(command.summary) + "'\n";
     }
     text +=
@@ -147,7 +147,7 @@ std::string zshCompletion() {
         "    shift words\n"
         "    ((CURRENT--))\n"
         "    case $command in\n";
-    for (const CommandDefinition& command : commandDefinitions()) {
+    for (const CommandDefinition& command : commands) {
         text += "        " + std::string(command.name) + ")\n            _arguments" + zshArguments(command) +
                 "\n            ;;\n";
     }

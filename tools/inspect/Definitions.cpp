@@ -171,9 +171,9 @@ const std::vector<CommandDefinition>& commandDefinitions() {
     return definitions;
 }
 
-std::vector<std::string> commandNames() {
+std::vector<std::string> namesOf(const std::vector<CommandDefinition>& commands) {
     std::vector<std::string> names;
-    for (const CommandDefinition& command : commandDefinitions()) {
+    for (const CommandDefinition& command : commands) {
         names.emplace_back(command.name);
     }
     return names;

@@ -76,7 +76,7 @@ struct CommandDefinition {
 /// All commands, in the order of their explanation.
 [[nodiscard]] const std::vector<CommandDefinition>& commandDefinitions();
 /// Their names, in the same order.
-[[nodiscard]] std::vector<std::string> commandNames();
+[[nodiscard]] std::vector<std::string> namesOf(const std::vector<CommandDefinition>& commands);
 
 /// The purpose of the whole program.
 inline constexpr std::string_view kProgramSummary =

@@ -91,12 +91,12 @@ std::string paragraph(std::string_view text) {
 
 }  // namespace
 
-std::string programManual() {
+std::string programManual(const std::vector<CommandDefinition>& commands) {
     std::string text =
         heading("sentrel-inspect", "shows what is on a Mac of Sentrel and what an uninstallation does");
     text += ".SH SYNOPSIS\n\\fBsentrel\\-inspect\\fR \\fICOMMAND\\fR [\\fIOPTION\\fR]...\n";
     text += ".SH DESCRIPTION\n" + roff(kProgramSummary) + "\n.SH COMMANDS\n";
-    for (const CommandDefinition& command : commandDefinitions()) {
+    for (const CommandDefinition& command : commands) {
         text += entry(
             std::string(command.name), "",
             std::string(command.summary) + "; see sentrel-inspect-" + std::string(command.name) + "(1).");

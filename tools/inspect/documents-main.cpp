@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <string>
+#include <vector>
 
 #include "Documents.h"
 
@@ -25,10 +26,11 @@ int main(int argc, char** argv) {
         return 2;
     }
     const std::string folder = std::string(argv[1]) + "/";
-    bool isWritten = write(folder + "sentrel-inspect.1", Inspect::programManual()) &&
-                     write(folder + "sentrel-inspect.bash", Inspect::bashCompletion()) &&
-                     write(folder + "_sentrel-inspect", Inspect::zshCompletion());
-    for (const Inspect::CommandDefinition& command : Inspect::commandDefinitions()) {
+    const std::vector<Inspect::CommandDefinition>& commands = Inspect::commandDefinitions();
+    bool isWritten = write(folder + "sentrel-inspect.1", Inspect::programManual(commands)) &&
+                     write(folder + "sentrel-inspect.bash", Inspect::bashCompletion(commands)) &&
+                     write(folder + "_sentrel-inspect", Inspect::zshCompletion(commands));
+    for (const Inspect::CommandDefinition& command : commands) {
         isWritten = isWritten && write(folder + "sentrel-inspect-" + std::string(command.name) + ".1",
                                        Inspect::commandManual(command));
     }
