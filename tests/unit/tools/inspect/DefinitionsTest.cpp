@@ -87,37 +87,56 @@ TEST(Definitions, ExplainStatusesInOrder) {
     }
 }
 
-/// Whether each "--option" of an example is one of the command before it; names the commands.
-bool areKnown(std::string_view line, std::set<std::string_view>& commands) {
-    const CommandDefinition* command = nullptr;
-    std::istringstream words("sentrel-inspect " + std::string(line));
+/// A command with the words behind it, as an example writes it: "sentrel-inspect" begins another one.
+struct Call {
+    std::string command;
+    Names words;
+};
+
+std::vector<Call> callsOf(std::string_view example) {
+    std::vector<Call> calls(1);
+    std::istringstream words{std::string(example)};
     for (std::string word; words >> word;) {
         if (word == "sentrel-inspect") {
-            words >> word;
-            const auto found =
-                std::find_if(commandDefinitions().begin(), commandDefinitions().end(),
-                             [&word](const CommandDefinition& each) { return each.name == word; });
-            if (found == commandDefinitions().end()) {
-                return false;
-            }
-            command = &*found;
-            commands.insert(command->name);
-        } else if (word.starts_with("--") &&
-                   std::none_of(command->options.begin(), command->options.end(),
-                                [&word](const OptionDefinition& each) { return each.name == word; })) {
+            calls.emplace_back();
+        } else if (calls.back().command.empty()) {
+            calls.back().command = word;
+        } else {
+            calls.back().words.push_back(word);
+        }
+    }
+    return calls;
+}
+
+/// Whether the command exists, has the options and takes the first word that is none.
+bool isValid(const Call& call) {
+    const auto& all = commandDefinitions();
+    const auto command = std::find_if(
+        all.begin(), all.end(), [&call](const CommandDefinition& each) { return each.name == call.command; });
+    if (command == all.end()) {
+        return false;
+    }
+    for (const std::string& word : call.words) {
+        if (word.starts_with("--") &&
+            std::none_of(command->options.begin(), command->options.end(),
+                         [&word](const OptionDefinition& option) { return option.name == word; })) {
             return false;
         }
     }
-    return true;
+    const auto& argument = command->argument;
+    return !argument || argument->choices.empty() ||
+           std::count(argument->choices.begin(), argument->choices.end(), call.words.at(0)) == 1;
 }
 
 TEST(Definitions, HaveTwoExamplesOfEachCommand) {
     for (const CommandDefinition& command : commandDefinitions()) {
         ASSERT_EQ(command.examples.size(), 2U) << command.name;
         for (const auto& example : command.examples) {
-            std::set<std::string_view> commands;
-            EXPECT_TRUE(areKnown(example.line, commands)) << example.line;
-            EXPECT_TRUE(commands.contains(command.name)) << example.line;
+            const std::vector<Call> calls = callsOf(example.line);
+            EXPECT_TRUE(std::all_of(calls.begin(), calls.end(), &isValid)) << example.line;
+            EXPECT_TRUE(std::any_of(calls.begin(), calls.end(), [&command](const Call& call) {
+                return call.command == command.name;
+            })) << example.line;
             EXPECT_TRUE(isSmall(example.what)) << example.what;
         }
     }

@@ -92,6 +92,14 @@ TEST_F(Look, ReadsTheConsolesVersion) {
     EXPECT_EQ(mac.look().version, (Version{"6.4", "640"}));
 }
 
+TEST_F(Look, TakesHalfAVersionForNone) {
+    mac.files.addFolder(kConsole);
+    mac.mac.bundles.infoByPath[kConsole] = {{"CFBundleShortVersionString", "6.4"}};
+    EXPECT_EQ(mac.look().version, std::nullopt);
+    mac.mac.bundles.infoByPath[kConsole] = {{"CFBundleVersion", "640"}};
+    EXPECT_EQ(mac.look().version, std::nullopt);
+}
+
 TEST_F(Look, CountsTwoSpellingsOfOneItemOnce) {
     mac.files.addFolder("/Applications/Norvik");
     mac.files.addSpelling("/Applications/NORVIK", "/Applications/Norvik");

@@ -1,0 +1,144 @@
+#include "Files.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+
+#include "support/Scratch.h"
+
+namespace {
+
+using PlatformTests::contentsOf;
+using PlatformTests::exists;
+using PlatformTests::makeFile;
+using PlatformTests::makeFolder;
+using PlatformTests::makeLink;
+using PlatformTests::openDescriptors;
+using PlatformTests::statusOf;
+
+/// Reads and writes in a scratch folder; expects that nothing stays open.
+class Files : public testing::Test {
+  protected:
+    ~Files() override { EXPECT_EQ(openDescriptors(), descriptors_); }
+
+    /// The bytes of a file, or the refusal.
+    static std::string read(const std::string& file, std::size_t limit) {
+        std::string refusal;
+        const auto bytes = Inspect::readFile(file, limit, refusal);
+        EXPECT_EQ(bytes.has_value(), refusal.empty());
+        return bytes ? std::string(bytes->begin(), bytes->end()) : "refused: " + refusal;
+    }
+
+    /// Puts "new" at `file`; nothing, or the refusal.
+    static std::string replace(const std::string& file, std::string_view text = "new") {
+        std::string refusal;
+        const auto* const bytes = reinterpret_cast<const std::uint8_t*>(text.data());
+        const bool isReplaced = Inspect::replaceFile(file, {bytes, text.size()}, refusal);
+        EXPECT_EQ(isReplaced, refusal.empty());
+        return refusal;
+    }
+
+    [[nodiscard]] std::size_t entries() const {
+        const std::filesystem::directory_iterator all(folder.path());
+        return static_cast<std::size_t>(std::distance(begin(all), end(all)));
+    }
+
+    [[nodiscard]] mode_t modeOf(const std::string& file) const { return statusOf(file).st_mode & 07777; }
+
+    PlatformTests::Scratch folder;
+
+  private:
+    int descriptors_ = openDescriptors();
+};
+
+TEST_F(Files, AreReadWhole) {
+    const std::string text = std::string(70000, 'a') + '\0' + std::string(70000, 'b');
+    makeFile(folder.path("a"), text);
+    makeFile(folder.path("empty"), "");
+    EXPECT_EQ(read(folder.path("a"), 1 << 20), text);
+    EXPECT_EQ(read(folder.path("empty"), 0), "");
+}
+
+TEST_F(Files, AreReadUpToALimit) {
+    makeFile(folder.path("a"), "12345");
+    EXPECT_EQ(read(folder.path("a"), 5), "12345");
+    EXPECT_EQ(read(folder.path("a"), 4), "refused: holds more than 4 bytes");
+    EXPECT_EQ(read("/dev/zero", 100000), "refused: holds more than 100000 bytes");
+}
+
+TEST_F(Files, ThatCannotBeReadAreRefused) {
+    EXPECT_EQ(read(folder.path(), 5), "refused: is a folder");
+    EXPECT_EQ(read(folder.path("missing"), 5), "refused: No such file or directory");
+    EXPECT_EQ(read("", 5), "refused: No such file or directory");
+}
+
+TEST_F(Files, AreMadeWithTheUsualMode) {
+    const mode_t mask = ::umask(0027);
+    EXPECT_EQ(replace(folder.path("new")), "");
+    EXPECT_EQ(::umask(mask), 0027U);
+    EXPECT_EQ(contentsOf(folder.path("new")), "new");
+    EXPECT_EQ(modeOf(folder.path("new")), 0640U);
+    EXPECT_EQ(entries(), 1U);
+}
+
+TEST_F(Files, KeepTheModeOfTheirForerunner) {
+    makeFile(folder.path("a"), "a longer text", 0751);
+    EXPECT_EQ(replace(folder.path("a")), "");
+    EXPECT_EQ(contentsOf(folder.path("a")), "new");
+    EXPECT_EQ(modeOf(folder.path("a")), 0751U);
+    ASSERT_EQ(::chmod(folder.path("a").c_str(), 06700), 0);
+    EXPECT_EQ(replace(folder.path("a"), ""), "");
+    EXPECT_EQ(contentsOf(folder.path("a")), "");
+    EXPECT_EQ(modeOf(folder.path("a")), 0700U);
+    EXPECT_EQ(entries(), 1U);
+}
+
+TEST_F(Files, AreANewItemEachTime) {
+    makeFile(folder.path("a"), "old");
+    std::filesystem::create_hard_link(folder.path("a"), folder.path("b"));
+    EXPECT_EQ(replace(folder.path("a")), "");
+    EXPECT_EQ(contentsOf(folder.path("b")), "old");
+}
+
+TEST_F(Files, ReplaceOnlyFiles) {
+    makeFolder(folder.path("folder"));
+    makeLink("target", folder.path("link"));
+    EXPECT_EQ(replace(folder.path("folder")), "is a folder");
+    EXPECT_EQ(replace(folder.path("link")), "exists and is not a regular file");
+    EXPECT_EQ(replace("/dev/null"), "exists and is not a regular file");
+    EXPECT_EQ(replace(""), "names no file");
+    EXPECT_EQ(replace(folder.path("a/")), "names no file");
+    EXPECT_EQ(replace("/"), "names no file");
+    EXPECT_EQ(replace(folder.path("missing/a")), "No such file or directory");
+    EXPECT_FALSE(exists(folder.path("target")));
+    EXPECT_EQ(entries(), 2U);
+}
+
+TEST_F(Files, LieInTheCurrentFolderWithoutAnother) {
+    const auto before = std::filesystem::current_path();
+    std::filesystem::current_path(folder.path());
+    EXPECT_EQ(replace("a"), "");
+    std::filesystem::current_path(before);
+    EXPECT_EQ(contentsOf(folder.path("a")), "new");
+}
+
+TEST_F(Files, LetSignalsThroughAgain) {
+    sigset_t some;
+    sigemptyset(&some);
+    sigaddset(&some, SIGUSR1);
+    sigset_t before;
+    ASSERT_EQ(::sigprocmask(SIG_BLOCK, &some, &before), 0);
+    EXPECT_EQ(replace(folder.path("a")), "");
+    sigset_t after;
+    ASSERT_EQ(::sigprocmask(SIG_SETMASK, &before, &after), 0);
+    for (const int signal : {SIGHUP, SIGINT, SIGTERM, SIGQUIT, SIGTSTP, SIGPIPE}) {
+        EXPECT_EQ(sigismember(&after, signal), sigismember(&before, signal)) << signal;
+    }
+    EXPECT_EQ(sigismember(&after, SIGUSR1), 1);
+}
+
+}  // namespace

@@ -1,0 +1,86 @@
+#include "MacView.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "support/Scratch.h"
+
+namespace {
+
+using Inspect::MacView;
+using PlatformTests::makeFile;
+using PlatformTests::makeFolder;
+
+/// A folder that looks like a Mac's root.
+class View : public testing::Test {
+  protected:
+    View() {
+        makeFolder(folder.path("Applications"));
+        makeFolder(folder.path("Library"));
+    }
+
+    /// The root of the view, or why there is none.
+    static std::string rootOf(const std::optional<std::string>& root) {
+        std::string why;
+        const auto view = MacView::make(root, why);
+        EXPECT_EQ(view == nullptr, !why.empty()) << why;
+        return view ? view->root() : why;
+    }
+
+    PlatformTests::Scratch folder;
+};
+
+TEST_F(View, IsOfThisMacWithoutARoot) {
+    EXPECT_EQ(rootOf(std::nullopt), "");
+    EXPECT_EQ(rootOf("/"), "");
+}
+
+TEST_F(View, IsOfAFolderByItsWholePath) {
+    EXPECT_EQ(rootOf(folder.path()), folder.path());
+    EXPECT_EQ(rootOf(folder.path() + "/"), folder.path());
+    EXPECT_EQ(rootOf(folder.path() + "///"), folder.path());
+    const auto relative = std::filesystem::relative(folder.path()).string();
+    EXPECT_EQ(rootOf(relative), std::filesystem::current_path().string() + "/" + relative);
+}
+
+TEST_F(View, NeedsTheFoldersOfAMac) {
+    const std::string path = folder.path();
+    std::filesystem::remove(folder.path("Library"));
+    EXPECT_EQ(rootOf(path + "/"), path + "/: is not the root folder of a Mac: it has no folder Library");
+    makeFile(folder.path("Library"));
+    EXPECT_EQ(rootOf(path), path + ": is not the root folder of a Mac: it has no folder Library");
+    std::filesystem::remove(folder.path("Applications"));
+    EXPECT_EQ(rootOf(path), path + ": is not the root folder of a Mac: it has no folder Applications");
+    EXPECT_EQ(rootOf("no\nsuch"),
+              "no\\x0asuch: is not the root folder of a Mac: it has no folder Applications");
+}
+
+TEST_F(View, SeesTheFilesOfItsFolder) {
+    makeFolder(folder.path("Applications/Sentrel.app"));
+    makeFile(folder.path("Applications/Sentrel.app/one"), "12345");
+    makeFolder(folder.path("Library/Services"));
+    makeFile(folder.path("Library/Services/Scan with Sentrel.workflow"), "123");
+    std::string why;
+    const auto view = MacView::make(folder.path(), why);
+    ASSERT_NE(view, nullptr) << why;
+    Platform::Error error;
+    EXPECT_EQ(view->files().look(Base::URL::fileURL("/Applications/Sentrel.app/one"), error)->bytes, 5U);
+    Inventory::Inventory inventory;
+    inventory.places.resize(2);
+    inventory.places[0].paths = {"/Applications/Sentrel.app", "/no/other/spelling"};
+    inventory.places[1].paths = {"/Library/Services/Scan with Sentrel.workflow"};
+    const auto sizes = view->sizesOf(inventory);
+    ASSERT_EQ(sizes.size(), 2U);
+    EXPECT_EQ(sizes[0].files, 1U);
+    EXPECT_EQ(sizes[1].files, 1U);
+    EXPECT_EQ(sizes[1].bytes, 3U);
+}
+
+TEST(OwnVersion, IsTheProgramsShortVersionAndItsBuild) {
+    const std::string version = SENTREL_VERSION;
+    EXPECT_EQ(Inspect::ownVersion().shortVersion, version.substr(0, version.rfind('.')));
+    EXPECT_EQ(Inspect::ownVersion().build, SENTREL_BUILD);
+}
+
+}  // namespace
