@@ -47,7 +47,7 @@ ROOMS = (
     Room("Platform/Linux", ("src/Platform/Linux/*.cpp",), (Program("PlatformTests"), Program("XPCTests"))),
     Room("tools", ("tools/*.cpp",),
          (Program("InspectUnitTests"), Program("InspectTests", without="Page.*", under_test="sentrel-inspect")),
-         without=("tools/selftest/*",)),
+         without=("tools/selftest/*", "tools/inspect/*main.cpp")),
 )
 
 
