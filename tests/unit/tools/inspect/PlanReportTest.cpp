@@ -28,6 +28,10 @@ Plan smallPlan() {
     process.pid = 8;
     process.uid = 502;
     process.isOfProduct = false;
+    PlanFinding own{Kind::process, kConsole + "/x"};
+    own.pid = 9;
+    own.uid = 0;
+    own.isOfProduct = true;
     PlanFinding folder{Kind::item, kConsole};
     folder.itemKind = ItemKind::folder;
     folder.size = {2, 3, 0, 0, 1500, 1};
@@ -39,7 +43,7 @@ Plan smallPlan() {
     PlanFinding again{Kind::item, "/again"};
     again.goesWithStep = 2;
     plan.steps = {{1, "StopLaunchdJobCommand", "Unloading...", {job, idle, extension}, false, 5},
-                  {2, "RemoveCommand", "Deleting...", {process, folder, file, link, again}, false, 0},
+                  {2, "RemoveCommand", "Deleting...", {process, own, folder, file, link, again}, false, 0},
                   {3, "RemoveCommand", "Nothing...", {}, false, 0},
                   {4, "RemoveCommand", "Again...", {again}, false, 0},
                   {15, "KillProcessCommand", "Unknown...", {}, true, 0}};
@@ -55,6 +59,7 @@ TEST(PlanReport, ShowsTheStepsThatFindSomething) {
               "      then a pause of 5 s\n"
               " 2  Deleting...\n"
               "      process 8 of user 502, /System/Software Update (not the product's)\n"
+              "      process 9 of user 0, /Applications/Sentrel.app/x\n"
               "      /Applications/Sentrel.app  (at least 1.5 kB in 2 files)\n"
               "      /file  (12 B)\n"
               "      /link  (link)\n"
@@ -103,6 +108,8 @@ TEST(PlanReport, HoldsEverythingInJson) {
             {"number": 2, "class": "RemoveCommand", "description": "Deleting...", "isLookedAt": true,
              "pauseSeconds": 0, "finds": [
                 {"process": "/System/Software Update", "pid": 8, "uid": 502, "isOfProduct": false,
+                 "goneWithStep": null},
+                {"process": "/Applications/Sentrel.app/x", "pid": 9, "uid": 0, "isOfProduct": true,
                  "goneWithStep": null},
                 {"item": "/Applications/Sentrel.app", "kind": "folder", "bytes": 1500, "files": 2,
                  "isComplete": false, "goneWithStep": null},
