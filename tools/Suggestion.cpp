@@ -30,10 +30,13 @@ std::size_t distance(std::string_view a, std::string_view b) {
 std::optional<std::string> nearestWord(std::string_view word, const std::vector<std::string>& words) {
     // No word of a command line is that long; the table stays small.
     constexpr std::size_t kLongest = 64;
+    if (word.size() > kLongest) {
+        return std::nullopt;
+    }
     std::optional<std::string> nearest;
-    std::size_t least = std::max<std::size_t>(1, std::min(word.size(), kLongest) / 3) + 1;
+    std::size_t least = std::max<std::size_t>(1, word.size() / 3) + 1;
     for (const std::string& each : words) {
-        const std::size_t letters = word.size() > kLongest ? least : distance(word, each);
+        const std::size_t letters = distance(word, each);
         if (letters < least) {
             least = letters;
             nearest = each;

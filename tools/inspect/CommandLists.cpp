@@ -69,13 +69,4 @@ std::vector<std::string> commandListNameList() {
     return names;
 }
 
-std::string commandListNames() {
-    std::string text;
-    for (const NamedCommandList& list : kLists) {
-        text += text.empty() ? "" : ", ";
-        text += list.name;
-    }
-    return text;
-}
-
 }  // namespace Inspect

@@ -34,7 +34,4 @@ struct NamedCommandList {
 /// All names.
 [[nodiscard]] std::vector<std::string> commandListNameList();
 
-/// All names, separated by ", ".
-[[nodiscard]] std::string commandListNames();
-
 }  // namespace Inspect

@@ -66,11 +66,8 @@ class PayloadFolders {
 }  // namespace
 
 int runCommands(const Arguments& arguments) {
+    // The command's definition has the names of the lists; a command line with another word is refused.
     const NamedCommandList* const list = findCommandList(arguments.argument);
-    if (list == nullptr) {
-        return fail(kMisuse, '"' + shown(std::string_view(arguments.argument)) + "\" is not one of " +
-                                 commandListNames());
-    }
     PayloadFolders folders(*list, arguments);
     const InstallCommon::PayloadLocations payload{folders.folder("--applications", list->uses.applications),
                                                   folders.folder("--launchd-jobs", list->uses.launchdJobs),

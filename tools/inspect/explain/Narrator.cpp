@@ -158,7 +158,7 @@ void Narrator::beginGroup(std::string& text, std::string_view heading) {
 
 void Narrator::addItem(std::string& text, StepOutcome outcome, std::string_view name) {
     const std::size_t columns = 2 + columnsOf(name);
-    if (column_ > 0 && column_ + kGap.size() + columns > width_) {
+    if (column_ + kGap.size() + columns > width_) {
         text += finish();
     }
     text += column_ > 0 ? kGap : std::string_view("    ").substr(0, kStepIndent);
