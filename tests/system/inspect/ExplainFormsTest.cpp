@@ -98,6 +98,38 @@ TEST_F(Explain, WritesThePageBesideTheText) {
     EXPECT_EQ(page.find("https://"), std::string::npos);
 }
 
+TEST_F(Explain, ReadsAFileOrItsInput) {
+    const std::string log = logOf(finishedRun());
+    write("log", log);
+    const Outcome told = inspect({"explain", "log"});
+    EXPECT_EQ(told.status, 0) << told.errors;
+    EXPECT_EQ(told.output, inspect({"explain"}, log).output);
+    EXPECT_EQ(told.output, inspect({"explain", "-"}, log).output);
+}
+
+TEST_F(Explain, WritesThePageAloneToItsOutput) {
+    const std::string log = logOf(finishedRun());
+    EXPECT_EQ(inspect({"explain", "--html", "page.html", "--json"}, log).output,
+              inspect({"explain", "--json"}, log).output);
+    EXPECT_EQ(inspect({"explain", "--html", "-", "--json"}, log).output, read("page.html"));
+}
+
+TEST_F(Explain, SaysThatThePageCannotBePut) {
+    const Outcome told = inspect({"explain", "--html", "missing/page.html"}, logOf(finishedRun()));
+    EXPECT_EQ(told.status, 1);
+    EXPECT_EQ(told.output, "");
+    EXPECT_EQ(told.errors, "sentrel-inspect: missing/page.html: No such file or directory\n");
+}
+
+TEST_F(Explain, SaysWhenItsOutputTakesNoMore) {
+    write("log", logOf(finishedRun()));
+    for (const char* option : {"--follow", "--all", "--json"}) {
+        const Outcome told = inspectUnder({.output = "/dev/full"}, {"explain", option, "log"});
+        EXPECT_EQ(told.status, 1) << option;
+        EXPECT_EQ(told.errors, "sentrel-inspect: standard output: No space left on device\n") << option;
+    }
+}
+
 TEST_F(Explain, ShowsNoTimelineOfARunThatTheClockEndedBeforeItsBeginning) {
     constexpr auto kTimeline = "<h3>Where the time went</h3>";
     Entries entries = finishedRun();

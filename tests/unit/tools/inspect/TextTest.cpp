@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "DisplayText.h"
 #include "HelpText.h"
 #include "Suggestion.h"
 #include "Terminal.h"
@@ -33,7 +34,20 @@ TEST(NearestWord, TakesTheNearestAndOfSeveralTheFirst) {
     // A third of the letters may be wrong, not more.
     EXPECT_EQ(nearestWord("abcdef", {"abcdxy"}), "abcdxy");
     EXPECT_EQ(nearestWord("abcdef", {"abcxyz"}), std::nullopt);
+    EXPECT_EQ(nearestWord(std::string(64, 'a'), {std::string(64, 'a')}), std::string(64, 'a'));
     EXPECT_EQ(nearestWord(std::string(65, 'a'), {std::string(65, 'a')}), std::nullopt);
+}
+
+TEST(NearestWord, TakesTwoSwappedLettersForOneMistake) {
+    EXPECT_EQ(nearestWord("ba", {"ab"}), "ab");
+    EXPECT_EQ(nearestWord("ab", {"ba", "ab"}), "ab");
+    EXPECT_EQ(nearestWord("xab", {"xba"}), "xba");
+    // Only one of them is where the other one was.
+    EXPECT_EQ(nearestWord("xy", {"yz"}), std::nullopt);
+    EXPECT_EQ(nearestWord("xy", {"zx"}), std::nullopt);
+    // Two such pairs, and letters that are not neighbours.
+    EXPECT_EQ(nearestWord("badc", {"abcd"}), std::nullopt);
+    EXPECT_EQ(nearestWord("cba", {"abc"}), std::nullopt);
 }
 
 TEST(DidYouMean, IsAQuestionOrNothing) {
@@ -91,6 +105,37 @@ TEST(Folded, LeavesWhatCannotBeBroken) {
     EXPECT_EQ(folded("unbreakable/", 2, 5), "  unbreakable/\n");
     EXPECT_EQ(folded("ab/cd", 10, 5), "          ab/cd\n");
     EXPECT_EQ(folded("", 2, 5), "\n");
+}
+
+TEST(DisplayText, StandsForAnEmptyProperty) {
+    EXPECT_EQ(Inspect::shown(std::optional<std::string>()), "(none)");
+    EXPECT_EQ(Inspect::shown(std::optional<std::string>("a\x1b")), "a\\x1b");
+    EXPECT_EQ(Inspect::shown(std::optional<std::string>("")), "");
+}
+
+TEST(DisplayText, CountsCharacters) {
+    EXPECT_EQ(Inspect::columnsOf(""), 0U);
+    EXPECT_EQ(Inspect::columnsOf("a\u00e9\u2713"), 3U);
+}
+
+TEST(DisplayText, FillsACellAndTwoColumnsMore) {
+    const auto cell = [](std::string_view text, std::size_t width) {
+        std::string line = ">";
+        Inspect::appendCell(line, text, width);
+        return line + "<";
+    };
+    EXPECT_EQ(cell("ab", 0), ">ab  <");
+    EXPECT_EQ(cell("ab", 2), ">ab  <");
+    EXPECT_EQ(cell("ab", 3), ">ab   <");
+    EXPECT_EQ(cell("\u00e9", 3), ">\u00e9    <");
+}
+
+TEST(DisplayText, EndsALineWithItsLastCharacter) {
+    std::string text = "before ";
+    for (const char* line : {"one  ", "  two", "", "   ", "x"}) {
+        Inspect::appendLine(text, line);
+    }
+    EXPECT_EQ(text, "before one\n  two\n\n\nx\n");
 }
 
 TEST(Coloured, WrapsTextInCodesOrLeavesIt) {
