@@ -4,10 +4,15 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
+#include <atomic>
+#include <cerrno>
 #include <filesystem>
+#include <fstream>
 
+#include "Linux/Files/RefusedCall.h"
 #include "support/Scratch.h"
 
 namespace {
@@ -48,6 +53,8 @@ class Files : public testing::Test {
     }
 
     [[nodiscard]] mode_t modeOf(const std::string& file) const { return statusOf(file).st_mode & 07777; }
+
+    [[nodiscard]] int descriptors() const { return descriptors_; }
 
     PlatformTests::Scratch folder;
 
@@ -124,6 +131,80 @@ TEST_F(Files, LieInTheCurrentFolderWithoutAnother) {
     EXPECT_EQ(replace("a"), "");
     std::filesystem::current_path(before);
     EXPECT_EQ(contentsOf(folder.path("a")), "new");
+}
+
+TEST_F(Files, StayAsTheyWereWhicheverCallFails) {
+    std::string refusal;
+    const int calls = PlatformTests::refuseEachCall(
+        EIO, [this] { makeFile(folder.path("a"), "old", 0751); },
+        [this, &refusal] { refusal = replace(folder.path("a")); },
+        [this, &refusal](bool isRefused) {
+            EXPECT_TRUE(refusal.empty() || (isRefused && refusal == "Input/output error")) << refusal;
+            EXPECT_EQ(contentsOf(folder.path("a")), refusal.empty() ? "new" : "old");
+            EXPECT_EQ(entries(), 1U);
+            EXPECT_EQ(openDescriptors(), descriptors());
+        });
+    // It looks for the older file, makes the new one, writes it and sets its mode.
+    EXPECT_GE(calls, 4);
+}
+
+TEST_F(Files, AreReadAndWrittenInSpiteOfInterruptions) {
+    makeFile(folder.path("a"), "text");
+    for (const long call : {SYS_read, SYS_write}) {
+        int left = 2;
+        std::string text;
+        static_cast<void>(
+            PlatformTests::askAboutEachCall([&](long each) { return each == call && left-- > 0 ? EINTR : 0; },
+                                            [&] {
+                                                EXPECT_EQ(replace(folder.path("b"), "new text"), "");
+                                                text = read(folder.path("a"), 100);
+                                            }));
+        EXPECT_LE(left, 0) << call;
+        EXPECT_EQ(text, "text");
+        EXPECT_EQ(contentsOf(folder.path("b")), "new text");
+    }
+}
+
+TEST_F(Files, ThatFailToBeReadAreRefused) {
+    makeFile(folder.path("a"), "text");
+    std::string text;
+    static_cast<void>(PlatformTests::askAboutEachCall([](long call) { return call == SYS_read ? EIO : 0; },
+                                                      [&] { text = read(folder.path("a"), 100); }));
+    EXPECT_EQ(text, "refused: Input/output error");
+}
+
+/// The signals that a thread of this process holds back.
+std::uint64_t heldBack(pid_t thread) {
+    std::ifstream status("/proc/self/task/" + std::to_string(thread) + "/status");
+    for (std::string line; std::getline(status, line);) {
+        if (line.starts_with("SigBlk:")) {
+            return std::stoull(line.substr(7), nullptr, 16);
+        }
+    }
+    return 0;
+}
+
+TEST_F(Files, HoldSignalsBackWhileThereIsANewOne) {
+    std::uint64_t ending = 0;
+    for (const int signal : {SIGHUP, SIGINT, SIGTERM, SIGQUIT, SIGTSTP, SIGPIPE}) {
+        ending |= std::uint64_t{1} << (signal - 1);
+    }
+    std::atomic<pid_t> thread = 0;
+    int asked = 0;
+    static_cast<void>(PlatformTests::askAboutEachCall(
+        [&](long call) {
+            if (call == SYS_openat || call == SYS_write || call == SYS_fchmod) {
+                EXPECT_EQ(heldBack(thread) & ending, ending) << call;
+                EXPECT_EQ(heldBack(thread) & (std::uint64_t{1} << (SIGUSR2 - 1)), 0U);
+                ++asked;
+            }
+            return 0;
+        },
+        [&] {
+            thread = ::gettid();
+            EXPECT_EQ(replace(folder.path("a")), "");
+        }));
+    EXPECT_EQ(asked, 3);
 }
 
 TEST_F(Files, LetSignalsThroughAgain) {

@@ -36,6 +36,20 @@ TEST_F(View, IsOfThisMacWithoutARoot) {
     EXPECT_EQ(rootOf("/"), "");
 }
 
+// A link leads where it leads only on the Mac that runs.
+TEST_F(View, FollowsLinksOfThisMacOnly) {
+    makeFile(folder.path("Library/a"));
+    PlatformTests::makeLink("Library", folder.path("link"));
+    const auto finds = [](const std::optional<std::string>& root, const std::string& path) {
+        std::string why;
+        Platform::Error error;
+        return MacView::make(root, why)->files().look(Base::URL::fileURL(path), error).has_value();
+    };
+    EXPECT_TRUE(finds(std::nullopt, folder.path("link/a")));
+    EXPECT_TRUE(finds(folder.path(), "/Library/a"));
+    EXPECT_FALSE(finds(folder.path(), "/link/a"));
+}
+
 TEST_F(View, IsOfAFolderByItsWholePath) {
     EXPECT_EQ(rootOf(folder.path()), folder.path());
     EXPECT_EQ(rootOf(folder.path() + "/"), folder.path());
