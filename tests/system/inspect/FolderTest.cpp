@@ -69,6 +69,17 @@ TEST_F(Folder, WithTheProductShowsIt) {
                   "  file          3 B          /Library/LaunchDaemons/com.norvik.fileaccessd.plist\n"
                   "\n" +
                   notLookedAt);
+    const Outcome facts = ofFolder("scan", {"--plain"});
+    EXPECT_EQ(facts.status, 3);
+    EXPECT_EQ(facts.output,
+              "verdict\tinstalled\n"
+              "uninstaller\tuninstalls\n"
+              "helper\tidle\n"
+              "item\tfolder\t" +
+                  root +
+                  "/Applications/Sentrel.app\n"
+                  "item\tfile\t" +
+                  root + "/Library/LaunchDaemons/com.norvik.fileaccessd.plist\n");
     const auto verified = nlohmann::json::parse(ofFolder("verify", {"--json"}).output);
     EXPECT_EQ(verified.at("verdict"), "installed");
     EXPECT_FALSE(verified.at("items").at(0).contains("bytes"));

@@ -145,6 +145,11 @@ TEST(CommandJson, HoldsEverything) {
     EXPECT_EQ(Inspect::jsonText(Inspect::toJson(allCommands())), Inspect::jsonText(expected));
 }
 
+TEST(CommandKindDeathTest, EndsTheProcessForACommandThatNoListHas) {
+    EXPECT_DEATH(static_cast<void>(Inspect::kindOf(InstallCommon::CommandConcrete("Base..."))),
+                 "A command list holds a command of an unknown class\\.\n");
+}
+
 TEST(JsonText, IsIndentedAndValidWhateverAStringHolds) {
     EXPECT_EQ(Inspect::jsonText({{"z", "a\xFF"}, {"a", Inspect::Json::array({1, nullptr})}}),
               "{\n  \"z\": \"a\uFFFD\",\n  \"a\": [\n    1,\n    null\n  ]\n}\n");

@@ -4,6 +4,7 @@
 
 #include "DisplayText.h"
 #include "HelpText.h"
+#include "ItemText.h"
 #include "Suggestion.h"
 #include "Terminal.h"
 
@@ -105,6 +106,14 @@ TEST(Folded, LeavesWhatCannotBeBroken) {
     EXPECT_EQ(folded("unbreakable/", 2, 5), "  unbreakable/\n");
     EXPECT_EQ(folded("ab/cd", 10, 5), "          ab/cd\n");
     EXPECT_EQ(folded("", 2, 5), "\n");
+}
+
+TEST(ItemKind, HasAName) {
+    using enum Platform::ItemKind;
+    EXPECT_STREQ(Inspect::nameOf(file), "file");
+    EXPECT_STREQ(Inspect::nameOf(folder), "folder");
+    EXPECT_STREQ(Inspect::nameOf(link), "link");
+    EXPECT_STREQ(Inspect::nameOf(other), "other");
 }
 
 TEST(DisplayText, StandsForAnEmptyProperty) {
