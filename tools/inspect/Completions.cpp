@@ -54,19 +54,12 @@ std::string quoted(std::string_view text) {
     return result;
 }
 
-/// zsh's action for completing a value.
+/// zsh's action for completing a value: nothing for what is no file.
 std::string actionFor(ValueKind kind) {
-    switch (kind) {
-        case ValueKind::file:
-            return "_files";
-        case ValueKind::folder:
-            return "_files -/";
-        case ValueKind::none:
-        case ValueKind::number:
-        case ValueKind::word:
-            return " ";
+    if (kind == ValueKind::file) {
+        return "_files";
     }
-    return " ";
+    return kind == ValueKind::folder ? "_files -/" : " ";
 }
 
 std::string zshArguments(const CommandDefinition& command) {

@@ -15,7 +15,7 @@ namespace {
 constexpr int kFindFormat = 1;
 
 bool isBelow(const std::string& path, const std::string& folder) {
-    return path.size() > folder.size() && path.starts_with(folder) && path[folder.size()] == '/';
+    return path.starts_with(folder) && path[folder.size()] == '/';
 }
 
 bool isAtOrBelow(const std::string& path, const std::string& folder) {

@@ -17,7 +17,7 @@ bool hasProgram(const Inventory& inventory) {
 }
 
 bool isBelow(const std::string& path, const std::string& folder) {
-    return path.size() > folder.size() && path.starts_with(folder) && path[folder.size()] == '/';
+    return path.starts_with(folder) && path[folder.size()] == '/';
 }
 
 bool isInside(const Place& place, const Place& other) {
