@@ -67,14 +67,21 @@ Inventory::Inventory MacView::look() const {
 
 std::vector<Platform::TreeSize> MacView::sizesOf(const Inventory::Inventory& inventory) const {
     Progress progress;
+    return contentsOf(inventory.places, files(), [&progress](std::uint64_t count) {
+        progress.show("Counting files: " + std::to_string(count));
+    });
+}
+
+std::vector<Platform::TreeSize> contentsOf(const std::vector<Inventory::Place>& places,
+                                           Platform::FileFacts& files,
+                                           const std::function<void(std::uint64_t)>& counted) {
     std::vector<Platform::TreeSize> sizes;
-    std::uint64_t counted = 0;
-    for (const Inventory::Place& place : inventory.places) {
-        sizes.push_back(files().measure(
-            Base::URL::fileURL(place.paths.front()), {}, [&](const Platform::TreeSize& soFar) {
-                progress.show("Counting files: " + std::to_string(counted + soFar.files));
-            }));
-        counted += sizes.back().files;
+    std::uint64_t before = 0;
+    for (const Inventory::Place& place : places) {
+        sizes.push_back(files.measure(
+            Base::URL::fileURL(place.paths.front()), {},
+            [&counted, before](const Platform::TreeSize& soFar) { counted(before + soFar.files); }));
+        before += sizes.back().files;
     }
     return sizes;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -21,7 +22,7 @@ class MacView {
 
     /// Looks until two looks agree.
     [[nodiscard]] Inventory::Inventory look() const;
-    /// The contents of each place of `inventory`, with a progress line.
+    /// What `contentsOf` says of the places of `inventory`, with a progress line.
     [[nodiscard]] std::vector<Platform::TreeSize> sizesOf(const Inventory::Inventory& inventory) const;
 
     [[nodiscard]] Platform::FileFacts& files() const;
@@ -33,6 +34,11 @@ class MacView {
     std::string root_;
     std::unique_ptr<Inventory::FolderAsRoot> folder_;
 };
+
+/// The contents of each of these places. `counted` is told now and then how many files they have so far.
+[[nodiscard]] std::vector<Platform::TreeSize> contentsOf(const std::vector<Inventory::Place>& places,
+                                                         Platform::FileFacts& files,
+                                                         const std::function<void(std::uint64_t)>& counted);
 
 /// The version of the uninstaller that this program was built with.
 [[nodiscard]] Inventory::Version ownVersion();

@@ -10,7 +10,7 @@ namespace Inspect {
 
 namespace {
 
-constexpr std::size_t kStepIndent = 2;
+/// Before each item: a line begins with it as well.
 constexpr std::string_view kGap = "  ";
 constexpr std::string_view kClosing = "KillProcessCommand";
 
@@ -161,8 +161,8 @@ void Narrator::addItem(std::string& text, StepOutcome outcome, std::string_view 
     if (column_ + kGap.size() + columns > width_) {
         text += finish();
     }
-    text += column_ > 0 ? kGap : std::string_view("    ").substr(0, kStepIndent);
-    column_ += (column_ > 0 ? kGap.size() : kStepIndent) + columns;
+    text += kGap;
+    column_ += kGap.size() + columns;
     text += colouredMark(outcome, inColour_) + ' ';
     text += name;
 }
@@ -172,7 +172,7 @@ void Narrator::addFailures(std::string& text, const StepReport& step) {
     for (const StepDetail& detail : step.details) {
         if (detail.outcome == StepOutcome::failed) {
             const std::string reason = detail.reason.empty() ? "" : ": " + detail.reason;
-            appendFolded(text, shown(std::string_view(detail.subject + reason)), 2 * kStepIndent, width_);
+            appendFolded(text, shown(std::string_view(detail.subject + reason)), 2 * kGap.size(), width_);
         }
     }
 }

@@ -124,11 +124,10 @@ constexpr double kPauseSeconds = 5;
 
 struct Scale {
     double start;
+    /// More than 0.
     double length;
 
-    [[nodiscard]] double at(double seconds) const {
-        return length <= 0 ? 0 : (seconds - start) / length * kPictureWidth;
-    }
+    [[nodiscard]] double at(double seconds) const { return (seconds - start) / length * kPictureWidth; }
 };
 
 void appendBar(std::string& svg, const Scale& scale, double from, double to, const std::string& css,

@@ -4,6 +4,7 @@
 
 #include <filesystem>
 
+#include "support/FakeInspection.h"
 #include "support/Scratch.h"
 
 namespace {
@@ -89,6 +90,24 @@ TEST_F(View, SeesTheFilesOfItsFolder) {
     EXPECT_EQ(sizes[0].files, 1U);
     EXPECT_EQ(sizes[1].files, 1U);
     EXPECT_EQ(sizes[1].bytes, 3U);
+}
+
+TEST(ContentsOfPlaces, AreCountedOneAfterTheOther) {
+    TestSupport::FakeFileFacts files;
+    files.add("/one/a", Platform::ItemKind::file, 5);
+    files.add("/one/b", Platform::ItemKind::file, 6);
+    files.add("/two", Platform::ItemKind::file, 7);
+    files.add("/three/c", Platform::ItemKind::file, 8);
+    std::vector<Inventory::Place> places(3);
+    places[0].paths = {"/one", "/two"};
+    places[1].paths = {"/two"};
+    places[2].paths = {"/three"};
+    std::vector<std::uint64_t> counts;
+    const auto sizes =
+        Inspect::contentsOf(places, files, [&counts](std::uint64_t count) { counts.push_back(count); });
+    EXPECT_EQ(sizes,
+              (std::vector<Platform::TreeSize>{{2, 1, 0, 0, 11, 0}, {1, 0, 0, 0, 7, 0}, {1, 1, 0, 0, 8, 0}}));
+    EXPECT_EQ(counts, (std::vector<std::uint64_t>{2, 3, 4}));
 }
 
 TEST(OwnVersion, IsTheProgramsShortVersionAndItsBuild) {
