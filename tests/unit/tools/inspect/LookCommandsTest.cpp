@@ -1,8 +1,10 @@
 // The commands that look at a Mac, whose jobs, processes and time are made up; its files are this machine's.
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include "ATerminal.h"
 #include "Commands.h"
 #include "InspectedMac.h"
 #include "RecordJson.h"
@@ -55,6 +57,21 @@ TEST_F(LookCommands, WaitForTheHelperUpToTheTimeThatIsGiven) {
         "found: process 7, user 0, /Library/PrivilegedHelperTools/com.norvik.InstallerHelper\n"))
         << said.output;
     EXPECT_EQ(said.errors, "");
+}
+
+TEST_F(LookCommands, TellATerminalHowLongTheyHaveWaited) {
+    startHelper();
+    const ATerminal terminal;
+    static_cast<void>(terminal.ask(
+        [] {
+            ::dup2(::open("/dev/null", O_WRONLY), STDOUT_FILENO);
+            return static_cast<std::size_t>(Inspect::runVerify({"", {{"--wait", "2"}}}));
+        },
+        {}, STDERR_FILENO));
+    EXPECT_EQ(terminal.written(),
+              "\r\x1b[KWaiting for the helper to finish (0 s)..."
+              "\r\x1b[KWaiting for the helper to finish (1 s)..."
+              "\r\x1b[K");
 }
 
 TEST_F(LookCommands, DoNotWaitUnlessToldTo) {

@@ -5,81 +5,17 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <stdlib.h>
-#include <sys/ioctl.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <functional>
-#include <optional>
-#include <string>
-#include <utility>
-#include <vector>
+#include <array>
 
+#include "ATerminal.h"
 #include "Files.h"
+
+namespace InspectUnitTests {
 
 namespace {
 
-using Environment = std::vector<std::pair<const char*, std::optional<std::string>>>;
-
-/// A terminal of so many columns, 0 for one that does not know.
-class Terminal : public testing::Test {
-  protected:
-    Terminal() : main_(::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC)) {
-        EXPECT_EQ(::grantpt(main_), 0);
-        EXPECT_EQ(::unlockpt(main_), 0);
-        terminal_ = ::open(::ptsname(main_), O_RDWR | O_NOCTTY | O_CLOEXEC);
-        EXPECT_GE(terminal_, 0);
-    }
-    ~Terminal() override {
-        ::close(terminal_);
-        ::close(main_);
-    }
-
-    void setColumns(unsigned short columns) const {
-        const winsize size{24, columns, 0, 0};
-        EXPECT_EQ(::ioctl(terminal_, TIOCSWINSZ, &size), 0);
-    }
-
-    /// The answer of a process whose `stream` is the terminal, or no terminal.
-    [[nodiscard]] std::size_t ask(const std::function<std::size_t()>& question,
-                                  const Environment& environment, int stream = STDOUT_FILENO,
-                                  bool isTerminal = true) const {
-        std::array<int, 2> answer{};
-        EXPECT_EQ(::pipe2(answer.data(), O_CLOEXEC), 0);
-        const pid_t child = ::fork();
-        if (child == 0) {
-            for (const auto& [name, value] : environment) {
-                value ? ::setenv(name, value->c_str(), 1) : ::unsetenv(name);
-            }
-            ::dup2(isTerminal ? terminal_ : ::open("/dev/null", O_WRONLY), stream);
-            const std::size_t result = question();
-            ::_exit(::write(answer[1], &result, sizeof result) == sizeof result ? 0 : 1);
-        }
-        int status = -1;
-        EXPECT_EQ(::waitpid(child, &status, 0), child);
-        EXPECT_EQ(status, 0);
-        std::size_t result = 0;
-        EXPECT_EQ(::read(answer[0], &result, sizeof result), static_cast<ssize_t>(sizeof result));
-        ::close(answer[0]);
-        ::close(answer[1]);
-        return result;
-    }
-
-    /// What has been written to the terminal.
-    [[nodiscard]] std::string written() const {
-        EXPECT_EQ(::write(terminal_, "\x04", 1), 1);
-        std::string text;
-        for (char byte = 0; ::read(main_, &byte, 1) == 1 && byte != '\x04';) {
-            text += byte;
-        }
-        return text;
-    }
-
-  private:
-    int main_;
-    int terminal_ = -1;
-};
+class Terminal : public testing::Test, protected ATerminal {};
 
 std::size_t colours() {
     return Inspect::usesColour() ? 1 : 0;
@@ -171,3 +107,5 @@ TEST_F(Terminal, IsNeededForProgress) {
 }
 
 }  // namespace
+
+}  // namespace InspectUnitTests

@@ -27,7 +27,10 @@ TEST_F(LookingPorts, HandQuestionsOn) {
     ports.users->rewind();
     EXPECT_EQ(ports.users->next()->uid, 501U);
     EXPECT_FALSE(ports.users->next());
+    ports.users->rewind();
+    EXPECT_EQ(ports.users->next()->uid, 501U);
     ports.users->close();
+    EXPECT_EQ(mac.callsOf("endpwent").size(), 1U);
     EXPECT_EQ(ports.users->realUserId(), 501U);
     std::uint32_t user = 0;
     std::array<std::int32_t, 4> pids{};
@@ -49,7 +52,7 @@ TEST_F(LookingPorts, HandQuestionsOn) {
 }
 
 TEST_F(LookingPortsDeathTest, EndTheProcessOverAnythingElse) {
-    const char* const words = "This program only looks.";
+    const char* const words = "This program only looks\\.\n";
     const char* const other = "This program does not use that service.";
     EXPECT_DEATH(static_cast<void>(ports.tasks->launch("/bin/launchctl", {{"bootout", "system"}})), words);
     EXPECT_DEATH(static_cast<void>(ports.tasks->launch("/bin/launchctl", std::nullopt)), words);

@@ -59,6 +59,8 @@ TEST(Timestamp, MayHaveAFraction) {
 TEST(Timestamp, MayHaveAZone) {
     EXPECT_EQ(taken("1970-01-01 03:00:00+0130 x"), (Taken{5400, " x"}));
     EXPECT_EQ(taken("1970-01-01 03:00:00-0130 x"), (Taken{16200, " x"}));
+    EXPECT_EQ(taken("1970-01-01 03:00:00+0100"), (Taken{7200, ""}));
+    EXPECT_EQ(taken("1970-01-01 03:00:00-9900"), (Taken{102 * 3600, ""}));
     EXPECT_EQ(taken("1970-01-01 03:00:00.5+1245"), (Taken{-35099.5, ""}));
     EXPECT_EQ(taken("1970-01-01 03:00:00+01:30"), (Taken{10800, "01:30"}));
 }
