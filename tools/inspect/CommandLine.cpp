@@ -109,8 +109,8 @@ std::string firstUnexpected(const CLI::App& app, const std::string& otherwise) {
             return unexpected(words.front(), definitionOf(app));
         }
     }
-    const auto words = app.remaining(true);
-    return words.empty() ? otherwise : unexpected(words.front(), definitionOf(app));
+    const auto words = app.remaining();
+    return words.empty() ? otherwise : unexpected(words.front(), nullptr);
 }
 
 std::string wrongChoice(const Chosen& chosen) {

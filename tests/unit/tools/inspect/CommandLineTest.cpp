@@ -54,6 +54,13 @@ TEST(CommandLine, RefusesWhatIsNoCommand) {
     EXPECT_EQ(misuse({"--jsno"}), "--jsno is not an option");
 }
 
+TEST(CommandLine, RefusesACommandsOptionBeforeTheCommand) {
+    EXPECT_EQ(misuse({"--json", "scan"}), "--json is not an option");
+    EXPECT_EQ(misuse({"bogus", "scan"}), "\"bogus\" is not a command");
+    // What is wrong behind the command comes first.
+    EXPECT_EQ(misuse({"--json", "scan", "--jsno"}), "--jsno is not an option of scan: did you mean --json?");
+}
+
 TEST(CommandLine, RefusesWhatACommandDoesNotTake) {
     EXPECT_EQ(misuse({"scan", "--jsno"}), "--jsno is not an option of scan: did you mean --json?");
     EXPECT_EQ(misuse({"scan", "--hepl"}), "--hepl is not an option of scan: did you mean --help?");
@@ -61,6 +68,7 @@ TEST(CommandLine, RefusesWhatACommandDoesNotTake) {
     EXPECT_EQ(misuse({"verify", "--wiat=5"}), "--wiat is not an option of verify: did you mean --wait?");
     EXPECT_EQ(misuse({"verify", "--wiat=a=b"}), "--wiat is not an option of verify: did you mean --wait?");
     EXPECT_EQ(misuse({"plan", "extra"}), "\"extra\" is one word too many for plan");
+    EXPECT_EQ(misuse({"scan", "plan"}), "\"plan\" is one word too many for scan");
     EXPECT_EQ(misuse({"find", "one", "two"}), "\"two\" is one word too many for find");
     EXPECT_EQ(misuse({"scan", "--json", "--plain"}), "--json excludes --plain");
     EXPECT_EQ(misuse({"find"}), "WHAT is required");
@@ -124,7 +132,8 @@ TEST(CommandLine, WrapsTheExplanationsInItsHelp) {
     EXPECT_NE(help.find(" an absolute path, a launchd label, a process's name or a bundle\n"),
               std::string::npos)
         << help;
-    EXPECT_NE(help.find("  identifier\n"), std::string::npos) << help;
+    EXPECT_NE(help.find("  identifier\n\nOptions:\n"), std::string::npos) << help;
+    EXPECT_NE(help.find("\n  WHAT REQUIRED  "), std::string::npos) << help;
 }
 
 TEST(CommandLists, AreFoundByName) {
