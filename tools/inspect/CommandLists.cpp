@@ -63,6 +63,7 @@ std::string describeCommandLists() {
 
 std::vector<std::string> commandListNameList() {
     std::vector<std::string> names;
+    names.reserve(kLists.size());
     for (const NamedCommandList& list : kLists) {
         names.emplace_back(list.name);
     }

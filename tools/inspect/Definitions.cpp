@@ -173,6 +173,7 @@ const std::vector<CommandDefinition>& commandDefinitions() {
 
 std::vector<std::string> namesOf(const std::vector<CommandDefinition>& commands) {
     std::vector<std::string> names;
+    names.reserve(commands.size());
     for (const CommandDefinition& command : commands) {
         names.emplace_back(command.name);
     }

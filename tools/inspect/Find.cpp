@@ -49,7 +49,8 @@ class RecordSearch {
                      const std::string& generation) {
         if (value.is_object()) {
             for (const auto& [key, member] : value.items()) {
-                searchField(name, field.empty() ? key : field + "." + key, member, generation);
+                std::string inner = field.empty() ? "" : field + '.';
+                searchField(name, inner.append(key), member, generation);
             }
             return;
         }
@@ -145,7 +146,7 @@ FindResult find(const std::string& what) {
             continue;
         }
         for (const auto& [property, value] : properties.items()) {
-            search.search(provider + "." + property, value);
+            search.search(std::string(provider).append(".").append(property), value);
         }
     }
     searchSupportHelper(search);

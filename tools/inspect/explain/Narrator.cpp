@@ -108,7 +108,7 @@ std::string Narrator::tell(const std::vector<StepReport>& steps, std::size_t set
 }
 
 std::string Narrator::finish() {
-    const std::string text = column_ > 0 ? "\n" : "";
+    std::string text = column_ > 0 ? "\n" : "";
     column_ = 0;
     return text;
 }
