@@ -34,6 +34,32 @@ bool isSmall(std::string_view text) {
            (std::isupper(static_cast<unsigned char>(text[0])) == 0 || text.starts_with("JSON"));
 }
 
+/// Whether a text has words and punctuation alone, which every reader of the definitions shows as they are.
+bool isPlain(std::string_view text) {
+    constexpr std::string_view kCharacters =
+        "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789 ,.;:'()-/";
+    return isWord(text, kCharacters) && text.find("  ") == std::string_view::npos;
+}
+
+TEST(Definitions, AreWordsAndPunctuation) {
+    for (const CommandDefinition& command : commandDefinitions()) {
+        EXPECT_TRUE(isPlain(command.summary)) << command.summary;
+        for (const std::string& paragraph : command.text) {
+            EXPECT_TRUE(isPlain(paragraph) || paragraph == Inspect::describeCommandLists()) << paragraph;
+        }
+        for (const OptionDefinition& option : command.options) {
+            EXPECT_TRUE(isPlain(option.what)) << option.what;
+        }
+        EXPECT_TRUE(!command.argument || isPlain(command.argument->what)) << command.name;
+        for (const auto& status : command.statuses) {
+            EXPECT_TRUE(isPlain(status.meaning)) << status.meaning;
+        }
+        for (const auto& example : command.examples) {
+            EXPECT_TRUE(isPlain(example.what)) << example.what;
+        }
+    }
+}
+
 TEST(Definitions, NameTheCommandsInOrder) {
     EXPECT_EQ(namesOf(commandDefinitions()),
               (Names{"scan", "plan", "verify", "explain", "find", "commands", "decode", "catalogue"}));

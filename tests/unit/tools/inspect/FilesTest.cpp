@@ -83,6 +83,24 @@ TEST_F(Files, ThatCannotBeReadAreRefused) {
     EXPECT_EQ(read("", 5), "refused: No such file or directory");
 }
 
+// Whoever starts the program may have closed its standard input.
+TEST_F(Files, MayHaveTheFirstDescriptor) {
+    makeFile(folder.path("a"), "text");
+    const int input = ::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 3);
+    ASSERT_GE(input, 0);
+    ::close(STDIN_FILENO);
+    const int before = openDescriptors();
+    const std::string text = read(folder.path("a"), 100);
+    const std::string refusal = replace(folder.path("b"));
+    const int after = openDescriptors();
+    ::dup2(input, STDIN_FILENO);
+    ::close(input);
+    EXPECT_EQ(text, "text");
+    EXPECT_EQ(refusal, "");
+    EXPECT_EQ(after, before);
+    EXPECT_EQ(contentsOf(folder.path("b")), "new");
+}
+
 TEST_F(Files, AreMadeWithTheUsualMode) {
     const mode_t mask = ::umask(0027);
     EXPECT_EQ(replace(folder.path("new")), "");

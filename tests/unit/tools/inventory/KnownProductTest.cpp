@@ -22,10 +22,14 @@ TEST_F(KnownProduct, HasItemsWithTheirMeanings) {
     Lines items;
     for (const KnownItem& item : Inventory::knownItems()) {
         std::string line = item.path.path();
+        std::string previous;
         for (const KnownRecord& record : item.records) {
-            line += "; " + std::string(nameOf(record.role)) +
-                    (record.generation.empty() ? "" : " of " + std::string(record.generation)) +
-                    (record.onlyAs ? std::string(", only a ") + Inspect::nameOf(*record.onlyAs) : "");
+            const std::string meaning =
+                std::string(nameOf(record.role)) +
+                (record.generation.empty() ? "" : " of " + std::string(record.generation)) +
+                (record.onlyAs ? std::string(" (") + Inspect::nameOf(*record.onlyAs) + ")" : "");
+            line += meaning == previous ? "" : "; " + meaning;
+            previous = meaning;
         }
         items.push_back(line);
     }
@@ -57,17 +61,14 @@ TEST_F(KnownProduct, HasItemsWithTheirMeanings) {
                "/Library/Application Support/NORVIK/SNT/FileAccessDaemon.bundle; daemon of snt-bundle",
                "/Library/Application Support/NORVIK/SNT/ContainmentDaemon.bundle; daemon of snt-bundle",
                "/Library/Application Support/Norvik/AntiVirus/FileAccessDaemon; daemon of antivirus",
-               "/Library/Application Support/NORVIK/SNT/FileAccessDaemon; daemon of snt-plain, only a file; "
-               "data",
-               "/Library/LaunchDaemons/com.norvik.containmentd.plist; launchd job; launchd job",
-               "/Library/LaunchDaemons/com.norvik.fileaccessd.plist; launchd job; launchd job",
+               "/Library/Application Support/NORVIK/SNT/FileAccessDaemon; daemon of snt-plain (file); data",
+               "/Library/LaunchDaemons/com.norvik.containmentd.plist; launchd job",
+               "/Library/LaunchDaemons/com.norvik.fileaccessd.plist; launchd job",
                "/Library/LaunchDaemons/com.norvik.fileaccessdaemon.plist; launchd job",
                "/Library/LaunchDaemons/com.norvik.FileAccessDaemon.plist; launchd job",
-               "/Library/LaunchAgents/com.norvik.TrayMenu.plist; launchd job; launchd job; launchd job; "
-               "launchd job; launchd job",
+               "/Library/LaunchAgents/com.norvik.TrayMenu.plist; launchd job",
                "/Library/LaunchAgents/com.norvik.NorvikAgent.plist; launchd job",
-               "/Library/LaunchAgents/com.norvik.Agent.plist; launchd job; launchd job; launchd job; launchd "
-               "job",
+               "/Library/LaunchAgents/com.norvik.Agent.plist; launchd job",
                "/Library/PrivilegedHelperTools/com.norvik.DiagnosticUtilityHelper; helper tool",
                "/Library/LaunchDaemons/com.norvik.DiagnosticUtilityHelper.plist; launchd job",
                "/Library/PrivilegedHelperTools/com.norvik.InstallerHelper; helper tool",

@@ -129,7 +129,9 @@ TEST_F(Look, FindsProcessesByThePlaceOfTheirProgram) {
     processes.push_back({8, 0, "com.norvik.InstallerHelper", kTool});
     processes.push_back({9, 0, "Sentrel", "/Applications/Sentrel.app2/Sentrel"});
     processes.push_back({10, 0, "Sentrel", "/opt/Sentrel"});
-    EXPECT_EQ(mac.look().processes,
+    const auto found = mac.look();
+    EXPECT_EQ(found.blind, Lines{});
+    EXPECT_EQ(found.processes,
               (std::vector<RunningProcess>{{7, 501, kConsole + "/Contents/MacOS/Sentrel"}, {8, 0, kTool}}));
 }
 

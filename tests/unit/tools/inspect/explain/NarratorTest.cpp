@@ -31,7 +31,7 @@ std::string told(const Steps& steps, std::size_t width = kManyColumns, bool inCo
     return text + narrator.finish();
 }
 
-StepReport closing(std::vector<StepOutcome> outcomes) {
+StepReport closing(const std::vector<StepOutcome>& outcomes) {
     StepReport step = stepWith(1, StepOutcome::notThere, "Closing user application a...");
     step.className = "KillProcessCommand";
     for (const StepOutcome outcome : outcomes) {

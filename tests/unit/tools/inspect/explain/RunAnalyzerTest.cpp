@@ -163,6 +163,17 @@ TEST_F(Analyzer, KeepsOthersWordsUntilTheRunHasEnded) {
     EXPECT_EQ(onlyRun().words, Words{"first"});
 }
 
+TEST_F(Analyzer, GivesOthersWordsToTheRunThatBeganLast) {
+    uninstaller(18, "first");
+    uninstaller(19, "second");
+    add(kSupport, 5, "the package is damaged");
+    uninstaller(18, "third");
+    const std::vector<LogRun> runs = finish();
+    ASSERT_EQ(runs.size(), 2U);
+    EXPECT_EQ(runs[0].words, (Words{"first", "third"}));
+    EXPECT_EQ(runs[1].words, (Words{"second", "the package is damaged"}));
+}
+
 TEST_F(Analyzer, BoundsTheWordsOfARun) {
     uninstaller(18, std::string(5000, 'x'));
     for (int number = 2; number <= 60; ++number) {

@@ -229,6 +229,9 @@ TEST(RunPage, PutsTheLastMarksTextBesideItNearTheEnd) {
 TEST(RunPage, HasEightMarksOfRoundNumbersAtMost) {
     EXPECT_EQ(marksOf(8), (Marks{"0 s", "1 s", "2 s", "3 s", "4 s", "5 s", "6 s", "7 s", "8 s"}));
     EXPECT_EQ(marksOf(8.5), (Marks{"0 s", "2 s", "4 s", "6 s", "8 s"}));
+    EXPECT_EQ(marksOf(16).at(1), "2 s");
+    EXPECT_EQ(marksOf(28800).at(1), "3600 s");
+    EXPECT_EQ(marksOf(57600).at(1), "7200 s");
     EXPECT_EQ(marksOf(16.5), (Marks{"0 s", "5 s", "10 s", "15 s"}));
     const std::vector<std::pair<double, std::string>> seconds{
         {40.5, "10 s"},      {80.5, "15 s"},      {120.5, "30 s"},   {240.5, "60 s"},

@@ -11,7 +11,6 @@ namespace {
 using Inspect::Json;
 using Inspect::runJson;
 using Inspect::runReport;
-using Inspect::StepOutcome;
 
 constexpr std::size_t kWideEnough = 200;
 

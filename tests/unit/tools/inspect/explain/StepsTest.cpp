@@ -308,9 +308,9 @@ TEST_F(Steps, KeepTheBeginningOfLongTexts) {
 
 TEST_F(Steps, AreWhatTheirDetailsAreTogether) {
     const auto combined = [](const std::vector<StepOutcome>& outcomes) {
-        std::vector<StepDetail> details;
-        for (const StepOutcome outcome : outcomes) {
-            details.push_back({outcome, "", "", ""});
+        std::vector<StepDetail> details(outcomes.size());
+        for (std::size_t index = 0; index < outcomes.size(); ++index) {
+            details[index].outcome = outcomes[index];
         }
         return Inspect::combinedOutcome(details);
     };
