@@ -184,6 +184,18 @@ TEST_F(WhileACallIsRefused, AnItemHasItsNewOwnerOrIsReported) {
     EXPECT_GT(calls, 20);
 }
 
+TEST_F(WhileACallIsRefused, AFolderThatCannotBeListedIsNotRemovedAndThatIsTheReason) {
+    makeTree("top");
+    const auto before = tree("top");
+    std::optional<Platform::Error> error;
+    askAboutEachCall([](long call) { return call == SYS_getdents64 ? EIO : 0; },
+                     [&] { error = files_.removeItem(scratch_.url("top")); });
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->code, EIO);
+    EXPECT_EQ(error->description, "\"" + path("top") + "\" could not be removed: Input/output error");
+    EXPECT_EQ(tree("top"), before);
+}
+
 // Where root alone can exchange an item, its name is enough; elsewhere each is opened first.
 TEST_F(WhileACallIsRefused, EachItemIsOpenedInFoldersThatOthersCanChangeAndNoneElsewhere) {
     constexpr int kFolders = 6;

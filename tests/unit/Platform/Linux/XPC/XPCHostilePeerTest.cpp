@@ -2,11 +2,14 @@
 // line and nothing is delivered.
 
 #include <gtest/gtest.h>
+#include <linux/sockios.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include <cstdint>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "RawPeer.h"
@@ -182,6 +185,25 @@ TEST(XPCHostilePeer, AReplyToNothingIsIgnored) {
     const Bytes after = message(0, 0, "say:", stringArgument("x"));
     ASSERT_EQ(::send(socket.get(), after.data(), after.size(), MSG_NOSIGNAL),
               static_cast<ssize_t>(after.size()));
+    EXPECT_EQ(service.received.waitFor(1), std::vector<std::string>{"say x"});
+}
+
+/// Whether the other end has read everything (unix(7)).
+bool isAllRead(const Platform::Posix::Descriptor& socket) {
+    int unread = -1;
+    return ::ioctl(socket.get(), SIOCOUTQ, &unread) == 0 && unread == 0;
+}
+
+TEST(XPCHostilePeer, AMessageThatComesByteByByteIsTaken) {
+    TestService service;
+    service.start();
+    const Platform::Posix::Descriptor socket = connectTo(service.socketPath());
+    for (const std::uint8_t byte : message(0, 0, "say:", stringArgument("x"))) {
+        ASSERT_EQ(::send(socket.get(), &byte, 1, MSG_NOSIGNAL), 1);
+        while (!isAllRead(socket)) {
+            std::this_thread::yield();
+        }
+    }
     EXPECT_EQ(service.received.waitFor(1), std::vector<std::string>{"say x"});
 }
 
