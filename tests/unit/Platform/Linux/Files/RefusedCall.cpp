@@ -33,14 +33,14 @@ constexpr long kCalls[] = {
     // On older processors only.
     SYS_readlink,
 #endif
-    kChangeModeCall, SYS_accept4,    SYS_connect,    SYS_copy_file_range, SYS_eventfd2, SYS_faccessat,
-    SYS_faccessat2,  SYS_fchmod,     SYS_fchmodat,   SYS_fchown,          SYS_fchownat, SYS_fcntl,
-    SYS_fgetxattr,   SYS_flistxattr, SYS_flock,      SYS_fsetxattr,       SYS_fstat,    SYS_fstatfs,
-    SYS_ftruncate,   SYS_getdents64, SYS_getsockopt, SYS_ioctl,           SYS_linkat,   SYS_lseek,
-    SYS_mkdirat,     SYS_mknodat,    SYS_newfstatat, SYS_openat,          SYS_pipe2,    SYS_pread64,
-    SYS_pwrite64,    SYS_read,       SYS_readlinkat, SYS_recvfrom,        SYS_renameat, SYS_renameat2,
-    SYS_sendmsg,     SYS_sendto,     SYS_setsockopt, SYS_socket,          SYS_statx,    SYS_symlinkat,
-    SYS_unlinkat,    SYS_utimensat,  SYS_write};
+    kChangeModeCall, SYS_accept4,    SYS_connect,    SYS_copy_file_range, SYS_eventfd2,  SYS_faccessat,
+    SYS_faccessat2,  SYS_fchmod,     SYS_fchmodat,   SYS_fchown,          SYS_fchownat,  SYS_fcntl,
+    SYS_fgetxattr,   SYS_flistxattr, SYS_flock,      SYS_fsetxattr,       SYS_fstat,     SYS_fstatfs,
+    SYS_ftruncate,   SYS_getdents64, SYS_getsockopt, SYS_ioctl,           SYS_lgetxattr, SYS_linkat,
+    SYS_llistxattr,  SYS_lseek,      SYS_lsetxattr,  SYS_mkdirat,         SYS_mknodat,   SYS_newfstatat,
+    SYS_openat,      SYS_pipe2,      SYS_pread64,    SYS_pwrite64,        SYS_read,      SYS_readlinkat,
+    SYS_recvfrom,    SYS_renameat,   SYS_renameat2,  SYS_sendmsg,         SYS_sendto,    SYS_setsockopt,
+    SYS_socket,      SYS_statx,      SYS_symlinkat,  SYS_unlinkat,        SYS_utimensat, SYS_write};
 
 /// From now on, the kernel asks the reader of the result about each such call of this thread and of those
 /// that it starts. -errno if it cannot.

@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cerrno>
 #include <filesystem>
 #include <map>
@@ -211,9 +212,10 @@ TEST_F(WhileACallIsRefused, EachItemIsOpenedInFoldersThatOthersCanChangeAndNoneE
     int opened = 0;
     askAboutEachCall(
         [&](const Call& call) {
-            const auto* name = reinterpret_cast<const char*>(call.arguments[1]);
-            const bool opensItem = call == SYS_openat && std::string_view(name).starts_with("file ") &&
-                                   (call.arguments[2] & O_DIRECTORY) == 0;
+            const bool opensItem =
+                call == SYS_openat &&
+                std::string_view(std::bit_cast<const char*>(call.arguments[1])).starts_with("file ") &&
+                (call.arguments[2] & O_DIRECTORY) == 0;
             opened += opensItem ? 1 : 0;
             return 0;
         },
