@@ -31,7 +31,7 @@ namespace {
 constexpr long kCalls[] = {
 #ifdef SYS_readlink
     // On older processors only.
-    SYS_readlink,
+    SYS_chmod,       SYS_readlink,
 #endif
     kChangeModeCall, SYS_accept4,    SYS_connect,    SYS_copy_file_range, SYS_eventfd2,  SYS_faccessat,
     SYS_faccessat2,  SYS_fchmod,     SYS_fchmodat,   SYS_fchown,          SYS_fchownat,  SYS_fcntl,
