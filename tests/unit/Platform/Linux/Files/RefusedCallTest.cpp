@@ -358,50 +358,67 @@ TEST_F(PrivateCopyWhileACallIsRefused, IsNoneInAFolderThatCannotBeLocked) {
     EXPECT_TRUE(isExplained("No locks available")) << error_.description;
 }
 
-TEST_F(WhileACallIsRefused, AWalkThatComesBackKnowsTheNameOfTheFolderItLeftOrNone) {
-    // Deeper than folders are held open.
-    constexpr int kDepth = 20;
-    std::string folder = "top";
-    makeFolder(path(folder));
-    for (int level = 1; level <= kDepth; ++level) {
-        folder += "/" + std::to_string(level);
+/// A walk down to a folder that lies deeper than folders are held open, and back.
+class WalkWhileACallIsRefused : public WhileACallIsRefused {
+  protected:
+    static constexpr int kDepth = 20;
+
+    WalkWhileACallIsRefused() {
+        std::string folder = "top";
         makeFolder(path(folder));
+        for (int level = 1; level <= kDepth; ++level) {
+            folder += "/" + std::to_string(level);
+            makeFolder(path(folder));
+        }
     }
-    std::vector<std::string> names;
-    int failure = 0;
+    /// What the walk says of the folders that it left, up to its first failure.
+    void goAndComeBack() {
+        names_.clear();
+        Platform::Posix::FolderWalk walk(path("top"));
+        Platform::Posix::Descriptor each;
+        failure_ = Platform::Posix::openFolder(AT_FDCWD, path("top").c_str(), each);
+        if (failure_ == 0) {
+            walk.enterTop(std::move(each));
+        }
+        for (int level = 1; failure_ == 0 && level <= kDepth; ++level) {
+            const std::string name = std::to_string(level);
+            failure_ = Platform::Posix::openFolder(walk.folder(), name.c_str(), each);
+            if (failure_ == 0) {
+                walk.enter(std::move(each), name.c_str());
+            }
+        }
+        while (failure_ == 0 && walk.depth() > 1) {
+            failure_ = walk.leave();
+            names_.emplace_back(failure_ == 0 && walk.leftName() != nullptr ? walk.leftName() : "none");
+        }
+    }
+    void expectNamesThatAreRightOrNone() const {
+        for (std::size_t number = 0; number < names_.size(); ++number) {
+            EXPECT_TRUE(names_[number] == "none" || names_[number] == std::to_string(kDepth - number))
+                << names_[number];
+        }
+    }
+
+    std::vector<std::string> names_;
+    int failure_ = 0;
+};
+
+TEST_F(WalkWhileACallIsRefused, KnowsTheNameOfTheFolderItLeftOrNone) {
     const int calls = refuseEachCall(
-        EIO,
-        [&] {
-            names.clear();
-            failure = 0;
-        },
-        [&] {
-            Platform::Posix::FolderWalk walk(path("top"));
-            Platform::Posix::Descriptor each;
-            failure = Platform::Posix::openFolder(AT_FDCWD, path("top").c_str(), each);
-            if (failure == 0) {
-                walk.enterTop(std::move(each));
-            }
-            for (int level = 1; failure == 0 && level <= kDepth; ++level) {
-                const std::string name = std::to_string(level);
-                failure = Platform::Posix::openFolder(walk.folder(), name.c_str(), each);
-                if (failure == 0) {
-                    walk.enter(std::move(each), name.c_str());
-                }
-            }
-            while (failure == 0 && walk.depth() > 1) {
-                failure = walk.leave();
-                names.emplace_back(failure == 0 && walk.leftName() != nullptr ? walk.leftName() : "none");
-            }
-        },
+        EIO, [] {}, [&] { goAndComeBack(); },
         [&](bool isRefused) {
-            EXPECT_TRUE(isRefused || (failure == 0 && std::ranges::count(names, "none") == 0));
-            for (std::size_t number = 0; number < names.size(); ++number) {
-                EXPECT_TRUE(names[number] == "none" || names[number] == std::to_string(kDepth - number))
-                    << names[number];
-            }
+            EXPECT_TRUE(isRefused || (failure_ == 0 && std::ranges::count(names_, "none") == 0));
+            expectNamesThatAreRightOrNone();
         });
     EXPECT_GT(calls, 40);
+}
+
+TEST_F(WalkWhileACallIsRefused, KnowsNoNameInAFolderThatCannotBeListedAgain) {
+    askAboutEachCall([](long call) { return call == SYS_getdents64 ? EIO : 0; }, [&] { goAndComeBack(); });
+    EXPECT_EQ(failure_, 0);
+    EXPECT_EQ(names_.size(), std::size_t{kDepth});
+    EXPECT_EQ(names_.back(), "none");
+    expectNamesThatAreRightOrNone();
 }
 
 TEST(WhileACallIsInterrupted, ATaskIsReadToItsEnd) {
