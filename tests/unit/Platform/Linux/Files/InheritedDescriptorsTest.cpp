@@ -82,16 +82,18 @@ TEST_F(InheritedDescriptors, AreNoneOfFoldersThatAreMadeAndLookedInto) {
 
 TEST_F(InheritedDescriptors, AreNoneOfAPrivateCopy) {
     makeFolder(path("Tools"));
-    EXPECT_EQ(leftBy([&] {
-                  Platform::Posix::PosixPrivateCopies copies(
-                      Platform::Posix::PrivateFolder::Ground{scratch_.path(), ::geteuid()}, {});
-                  Platform::Error error;
-                  EXPECT_NE(copies.copy(scratch_.url("top/folder/file"), scratch_.url("Tools/folder/copy"),
-                                        1000, error),
-                            nullptr)
-                      << error.description;
-              }),
-              0);
+    const auto copy = [&] {
+        Platform::Posix::PosixPrivateCopies copies(
+            Platform::Posix::PrivateFolder::Ground{scratch_.path(), ::geteuid()}, {});
+        Platform::Error error;
+        EXPECT_NE(
+            copies.copy(scratch_.url("top/folder/file"), scratch_.url("Tools/folder/copy"), 1000, error),
+            nullptr)
+            << error.description;
+    };
+    // The library that hashes reads its own settings the first time.
+    copy();
+    EXPECT_EQ(leftBy(copy), 0);
 }
 
 TEST_F(InheritedDescriptors, AreNoneOfATask) {
