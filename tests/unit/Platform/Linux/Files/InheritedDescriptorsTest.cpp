@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <array>
-#include <functional>
 #include <optional>
 #include <string>
 
@@ -31,38 +30,28 @@ class InheritedDescriptors : public testing::Test {
     }
     [[nodiscard]] std::string path(const char* name) const { return scratch_.path(name); }
 
-    /// How many of the calls that `work` makes leave a descriptor to children.
-    static int leftBy(const std::function<void()>& work) {
-        int left = 0;
-        const int calls = askAboutEachCall(
-            [&left](const Call& call) {
-                left += leavesToChildren(call) ? 1 : 0;
-                return 0;
-            },
-            work);
-        EXPECT_GT(calls, 0);
-        return left;
-    }
-
     Scratch scratch_;
     Platform::Posix::PosixFileManager files_;
 };
 
 TEST_F(InheritedDescriptors, AreNoneOfAnOpenFileWithoutTheFlag) {
-    EXPECT_EQ(leftBy([&] { ::close(::open(path("top").c_str(), O_RDONLY)); }), 1);
-    EXPECT_EQ(leftBy([&] { ::close(::open(path("top").c_str(), O_RDONLY | O_CLOEXEC)); }), 0);
+    EXPECT_EQ(descriptorsLeftToChildren([&] { ::close(::open(path("top").c_str(), O_RDONLY)); }), 1);
+    EXPECT_EQ(descriptorsLeftToChildren([&] { ::close(::open(path("top").c_str(), O_RDONLY | O_CLOEXEC)); }),
+              0);
 }
 
 TEST_F(InheritedDescriptors, AreNoneOfACopy) {
-    EXPECT_EQ(leftBy([&] { EXPECT_FALSE(files_.copyItem(scratch_.url("top"), scratch_.url("copy"))); }), 0);
+    EXPECT_EQ(descriptorsLeftToChildren(
+                  [&] { EXPECT_FALSE(files_.copyItem(scratch_.url("top"), scratch_.url("copy"))); }),
+              0);
 }
 
 TEST_F(InheritedDescriptors, AreNoneOfARemoval) {
-    EXPECT_EQ(leftBy([&] { EXPECT_FALSE(files_.removeItem(scratch_.url("top"))); }), 0);
+    EXPECT_EQ(descriptorsLeftToChildren([&] { EXPECT_FALSE(files_.removeItem(scratch_.url("top"))); }), 0);
 }
 
 TEST_F(InheritedDescriptors, AreNoneOfAChangeOfOwnersAndModes) {
-    EXPECT_EQ(leftBy([&] {
+    EXPECT_EQ(descriptorsLeftToChildren([&] {
                   files_.setOwnerOfContents(scratch_.url("top"), ::geteuid(), ::getegid(),
                                             [](const Base::URL& item, int) { ADD_FAILURE() << item.path(); });
                   EXPECT_EQ(files_.setOwner(scratch_.url("top"), ::geteuid(), ::getegid()), 0);
@@ -72,7 +61,7 @@ TEST_F(InheritedDescriptors, AreNoneOfAChangeOfOwnersAndModes) {
 }
 
 TEST_F(InheritedDescriptors, AreNoneOfFoldersThatAreMadeAndLookedInto) {
-    EXPECT_EQ(leftBy([&] {
+    EXPECT_EQ(descriptorsLeftToChildren([&] {
                   Platform::Error error;
                   EXPECT_FALSE(files_.createDirectory(scratch_.url("a/b/c"), true));
                   EXPECT_EQ(files_.hasVisibleEntries(scratch_.url("top"), error), std::optional(true));
@@ -93,11 +82,11 @@ TEST_F(InheritedDescriptors, AreNoneOfAPrivateCopy) {
     };
     // The library that hashes reads its own settings the first time.
     copy();
-    EXPECT_EQ(leftBy(copy), 0);
+    EXPECT_EQ(descriptorsLeftToChildren(copy), 0);
 }
 
 TEST_F(InheritedDescriptors, AreNoneOfATask) {
-    EXPECT_EQ(leftBy([&] {
+    EXPECT_EQ(descriptorsLeftToChildren([&] {
                   const auto task = Platform::Posix::PosixTaskRunner().launch("/bin/true", std::nullopt);
                   task->waitUntilExit();
                   EXPECT_EQ(task->readOutputToEnd(), "");
@@ -109,7 +98,7 @@ TEST_F(InheritedDescriptors, AreNoneOfABundleAndAProcess) {
     makeFolder(path("X.app"));
     makeFolder(path("X.app/Contents"));
     makeFile(path("X.app/Contents/Info.plist"), "<plist version=\"1.0\"><dict/></plist>\n");
-    EXPECT_EQ(leftBy([&] {
+    EXPECT_EQ(descriptorsLeftToChildren([&] {
                   EXPECT_NE(Platform::Linux::LinuxBundles().open(scratch_.url("X.app")), nullptr);
                   std::array<char, 1024> text{};
                   Platform::Linux::LinuxProcessTable table;
@@ -121,7 +110,9 @@ TEST_F(InheritedDescriptors, AreNoneOfABundleAndAProcess) {
 }
 
 TEST_F(InheritedDescriptors, AreNoneOfTheLog) {
-    EXPECT_EQ(leftBy([&] { Platform::Linux::LinuxSystemLog(path("nobody")).log("unheard"); }), 0);
+    EXPECT_EQ(
+        descriptorsLeftToChildren([&] { Platform::Linux::LinuxSystemLog(path("nobody")).log("unheard"); }),
+        0);
 }
 
 }  // namespace

@@ -88,6 +88,28 @@ bool answerNext(int listener, const std::function<int(const Call& call)>& codeOf
     return ::ioctl(listener, SECCOMP_IOCTL_NOTIF_SEND, &answer) == 0;
 }
 
+bool leavesToChildren(const Call& call) {
+    const auto lacks = [&call](std::size_t index, std::uint64_t flag) {
+        return (call.arguments[index] & flag) == 0;
+    };
+    switch (call.number) {
+        case SYS_openat:
+            return lacks(2, O_CLOEXEC);
+        case SYS_accept4:
+            return lacks(3, SOCK_CLOEXEC);
+        case SYS_socket:
+            return lacks(1, SOCK_CLOEXEC);
+        case SYS_pipe2:
+            return lacks(1, O_CLOEXEC);
+        case SYS_eventfd2:
+            return lacks(1, EFD_CLOEXEC);
+        case SYS_fcntl:
+            return call.arguments[1] == F_DUPFD;
+        default:
+            return false;
+    }
+}
+
 }  // namespace
 
 int askAboutEachCall(const std::function<int(const Call& call)>& codeOf, const std::function<void()>& work) {
@@ -119,26 +141,16 @@ int callsWhileOneIsRefused(int number, int code, const std::function<void()>& wo
     return askAboutEachCall([&](const Call& /*call*/) { return next++ == number ? code : 0; }, work);
 }
 
-bool leavesToChildren(const Call& call) {
-    const auto lacks = [&call](std::size_t index, std::uint64_t flag) {
-        return (call.arguments[index] & flag) == 0;
-    };
-    switch (call.number) {
-        case SYS_openat:
-            return lacks(2, O_CLOEXEC);
-        case SYS_accept4:
-            return lacks(3, SOCK_CLOEXEC);
-        case SYS_socket:
-            return lacks(1, SOCK_CLOEXEC);
-        case SYS_pipe2:
-            return lacks(1, O_CLOEXEC);
-        case SYS_eventfd2:
-            return lacks(1, EFD_CLOEXEC);
-        case SYS_fcntl:
-            return call.arguments[1] == F_DUPFD;
-        default:
-            return false;
-    }
+int descriptorsLeftToChildren(const std::function<void()>& work) {
+    int left = 0;
+    const int calls = askAboutEachCall(
+        [&left](const Call& call) {
+            left += leavesToChildren(call) ? 1 : 0;
+            return 0;
+        },
+        work);
+    EXPECT_GT(calls, 0);
+    return left;
 }
 
 int refuseEachCall(int code, const std::function<void()>& prepare, const std::function<void()>& work,

@@ -17,14 +17,15 @@ struct Call {
     operator long() const { return number; }
 };
 
-/// Whether a program that a child process runs would have the descriptor that this call makes.
-[[nodiscard]] bool leavesToChildren(const Call& call);
-
 /// Does `work` on a thread of its own, where the kernel asks `codeOf`, on the caller's thread, about each
 /// call that deals with files, attributes or sockets: 0 lets it happen, a code of errno(3)
 /// is what it fails with; the threads that `work` starts count too (seccomp_unotify(2)). Returns how many
 /// such calls there were. Throws std::system_error where the kernel cannot do this.
 int askAboutEachCall(const std::function<int(const Call& call)>& codeOf, const std::function<void()>& work);
+
+/// The same, where every call succeeds. Returns how many of them make a descriptor that a program would have
+/// which a child process runs.
+[[nodiscard]] int descriptorsLeftToChildren(const std::function<void()>& work);
 
 /// The same, where one call is refused with `code`: the one of this number, from 0.
 [[nodiscard]] int callsWhileOneIsRefused(int number, int code, const std::function<void()>& work);
