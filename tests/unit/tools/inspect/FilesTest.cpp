@@ -12,8 +12,8 @@
 #include <filesystem>
 #include <fstream>
 
-#include "Linux/Files/RefusedCall.h"
 #include "support/Scratch.h"
+#include "support/SystemCalls.h"
 
 namespace {
 

@@ -11,8 +11,8 @@
 
 #include "NativeFiles.h"
 #include "Platform/Posix/Descriptor.h"
-#include "RefusedCall.h"
 #include "support/Scratch.h"
+#include "support/SystemCalls.h"
 
 namespace PlatformTests {
 namespace {

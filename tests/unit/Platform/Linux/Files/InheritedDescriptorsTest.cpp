@@ -13,8 +13,8 @@
 #include "Platform/Posix/PosixFileManager.h"
 #include "Platform/Posix/PosixPrivateCopies.h"
 #include "Platform/Posix/PosixTaskRunner.h"
-#include "RefusedCall.h"
 #include "support/Scratch.h"
+#include "support/SystemCalls.h"
 
 namespace PlatformTests {
 namespace {

@@ -16,8 +16,8 @@
 #include "NativeFiles.h"
 #include "Platform/Posix/PosixFileManager.h"
 #include "Posix/OwnRoot.h"
-#include "RefusedCall.h"
 #include "support/Scratch.h"
+#include "support/SystemCalls.h"
 
 namespace PlatformTests {
 namespace {

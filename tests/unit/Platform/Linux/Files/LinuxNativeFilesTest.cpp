@@ -7,8 +7,8 @@
 
 #include "Platform/Posix/Descriptor.h"
 #include "Platform/Posix/NativeFiles.h"
-#include "RefusedCall.h"
 #include "support/Scratch.h"
+#include "support/SystemCalls.h"
 
 namespace PlatformTests {
 namespace {

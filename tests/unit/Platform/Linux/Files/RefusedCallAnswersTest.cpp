@@ -17,8 +17,8 @@
 #include "Platform/Linux/Processes/LinuxProcessTable.h"
 #include "Platform/Posix/PosixFileFacts.h"
 #include "Platform/Posix/TamePropertyList.h"
-#include "RefusedCall.h"
 #include "support/Scratch.h"
+#include "support/SystemCalls.h"
 
 namespace PlatformTests {
 namespace {

@@ -1,5 +1,5 @@
 // File operations while the kernel refuses any one of their calls: either there is an error, or all is done.
-#include "RefusedCall.h"
+#include "support/SystemCalls.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

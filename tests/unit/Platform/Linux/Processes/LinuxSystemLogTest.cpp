@@ -19,9 +19,9 @@
 #include <thread>
 #include <vector>
 
-#include "Linux/Files/RefusedCall.h"
 #include "Platform/Linux/Processes/StandardErrorLog.h"
 #include "support/Scratch.h"
+#include "support/SystemCalls.h"
 
 namespace PlatformTests {
 namespace {

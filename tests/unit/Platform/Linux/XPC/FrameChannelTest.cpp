@@ -11,7 +11,7 @@
 #include <cerrno>
 #include <functional>
 
-#include "RefusedCall.h"
+#include "support/SystemCalls.h"
 
 namespace {
 

@@ -8,9 +8,9 @@
 #include <ctime>
 
 #include "InstallCommon/XPC/InstallationXPCUtils.h"
-#include "RefusedCall.h"
 #include "XPCTestClient.h"
 #include "XPCTestService.h"
+#include "support/SystemCalls.h"
 
 namespace {
 

@@ -11,9 +11,9 @@
 
 #include "InstallCommon/XPC/InstallationXPCUtils.h"
 #include "RawPeer.h"
-#include "RefusedCall.h"
 #include "XPCTestClient.h"
 #include "XPCTestService.h"
+#include "support/SystemCalls.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "RefusedCall.h"
+#include "support/SystemCalls.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
